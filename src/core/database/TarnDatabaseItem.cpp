@@ -1,0 +1,380 @@
+#include "TarnDatabaseItem.h"
+
+#include <QFileInfo>
+#include <QLocale>
+#include <QMutex>
+
+#include <cstring>
+
+#include "TarnFileSize.h"
+#include "TarnMediafile.h"
+#include "TarnPreferences.h"
+#include "xConsole.h"
+
+namespace {
+
+// Difference between the Mac OS epoch (1904) and the canonical one, as the
+// editing system applies it: five hours short of the true 2082844800.
+constexpr quint32 kCanonicalOffset = 2082826800u;
+
+// The first four bytes of every SMPTE UMID: the universal label prefix.
+constexpr quint8 kUMIDLabel[4] = {0x06, 0x0A, 0x2B, 0x34};
+
+quint32 wordAt(const quint8* p) {
+    quint32 w;
+    std::memcpy(&w, p, 4);
+    return w;
+}
+
+QString extensionOf(const QString& name) { return QFileInfo(name).suffix(); }
+
+// Names in index files are single bytes; Latin-1 keeps every byte as the
+// character of the same code, so the portable-name check sees what is stored.
+QString textFromBytes(const char* p, qsizetype n) { return QString::fromLatin1(p, n); }
+
+bool isPortableChar(char16_t c) {
+    if (c < 20 || c > 145) return false;
+    switch (c) {
+        case u'/':
+        case u'\\':
+        case u'?':
+        case u'%':
+        case u'*':
+        case u'|':
+        case u'"':
+        case u'<':
+        case u'>':
+            return false;
+        default:
+            return true;
+    }
+}
+
+}  // namespace
+
+TarnDatabaseItem::TarnDatabaseItem() {
+    std::memset(filePackageUID, 0, sizeof filePackageUID);
+    std::memset(materialPackageUID, 0, sizeof materialPackageUID);
+    std::memset(CompressionFourCC, 0, sizeof CompressionFourCC);
+}
+
+QString TarnDatabaseItem::GetProjectNameUnmanaged() {
+    return QStringLiteral("_00_TRN_UNMANAGED_FILES");
+}
+QString TarnDatabaseItem::GetProjectNameEmpty() {
+    return QStringLiteral("_00_TRN_EMPTY_PROJECT_NAME");
+}
+QString TarnDatabaseItem::GetProjectNameNull() { return QStringLiteral("_00_TRN_NULL_PROJECT_NAME"); }
+
+QString TarnDatabaseItem::kindForUsageCode(qint32 usageCode) {
+    switch (usageCode) {
+        case 1: return QStringLiteral("PRECOMP");
+        case 2: return QStringLiteral("UC_SUBCLIP");
+        case 3: return QStringLiteral("UC_EFFECT");
+        case 4: return QStringLiteral("UC_GROUP");
+        case 5: return QStringLiteral("UC_GROUPOOFTER");
+        case 6: return QStringLiteral("UC_MOTION");
+        case 8: return QStringLiteral("UC_8");
+        case 9: return QStringLiteral("UC_PRECOMPUTE_FILE");
+        case 15: return QStringLiteral("IMPORTED");
+        default: return QString(QLatin1String(""));
+    }
+}
+
+void TarnDatabaseItem::setupWithPmrBytes(const void* bytes, qsizetype length, quint32 uidSize,
+                                         bool useByteSwap) {
+    if ((uidSize != 2 && uidSize != 8) || !bytes || length <= 0) return;
+    DB_SizeofUID = uidSize;
+    DB_pmrField = QByteArray(static_cast<const char*>(bytes), length);
+    auto* b = reinterpret_cast<quint8*>(DB_pmrField.data());
+    const qsizetype uidBytes = uidSize == 8 ? 32 : 8;
+    // A short identifier sits in bytes 16..23 of the 32-byte buffer.
+    const qsizetype uidOffset = uidSize == 8 ? 0 : 16;
+
+    // Reads a 16-bit count at p, swapping it in the copy first when asked.
+    auto count16 = [&](qsizetype p) -> quint16 {
+        if (useByteSwap) std::swap(b[p], b[p + 1]);
+        quint16 v;
+        std::memcpy(&v, b + p, 2);
+        return v;
+    };
+
+    qsizetype p = 0;
+    do {
+        if (p > length) break;
+        if (!(p + uidBytes < length)) break;
+        std::memcpy(filePackageUID + uidOffset, b + p, uidBytes);
+        p += uidBytes;
+
+        if (!(p + 2 < length)) break;
+        quint16 nameLength = count16(p);
+        if (nameLength == 0 || nameLength > 255 || p + 2 + nameLength >= length) break;
+        DB_ClipName = textFromBytes(reinterpret_cast<const char*>(b + p + 2), nameLength);
+        p += 2 + nameLength;
+
+        if (!(p + 2 < length)) break;
+        quint16 projectLength = count16(p);
+        if (projectLength > 64 || p + 2 + projectLength >= length) break;
+        if (projectLength > 0) {
+            DB_ProjectName = textFromBytes(reinterpret_cast<const char*>(b + p + 2), projectLength);
+        }
+        p += 2 + projectLength;
+
+        if (!(p + uidBytes < length)) break;
+        std::memcpy(materialPackageUID + uidOffset, b + p, uidBytes);
+        p += uidBytes;
+    } while (p + 3 < length);
+
+    checkForAudioTypeByExtension();
+    DB_isReferenced = true;
+    DB_isGoodUUID = checkUUID();
+}
+
+void TarnDatabaseItem::setupWithUnrefFile(const QString& folderPath, const QString& clipname) {
+    QString folder = folderPath;
+    if (!folder.endsWith(QLatin1Char('/'))) folder += QLatin1Char('/');
+    DB_itemPath = folder + clipname;
+    DB_ClipName = clipname;
+    checkForAudioTypeByExtension();
+    if (hash() == 0 && readsOwnMxfFile()) readOwnMediaFile();
+    if (DB_ProjectName.isNull()) DB_ProjectName = GetProjectNameUnmanaged();
+    DB_isReferenced = false;
+    DB_isGoodUUID = checkUUID();
+}
+
+// The MXF reader runs only for ".mxf" files of at least 1025 bytes (smaller
+// ones cannot hold a header partition with packages) and only while the user
+// wants media files read ("ScanMXF" = 1). An unlisted file has no size yet when
+// it is set up, so the size is taken from the disk then.
+bool TarnDatabaseItem::readsOwnMxfFile() const {
+    if (DB_itemPath.isEmpty()) return false;
+    if (extensionOf(DB_itemPath).compare(QLatin1String("mxf"), Qt::CaseInsensitive) != 0)
+        return false;
+    if (TarnPreferences::shared()->integer(QLatin1String(TarnPreferences::kScanMXF)) != 1)
+        return false;
+    quint64 size = DB_filesize ? *DB_filesize : quint64(QFileInfo(DB_itemPath).size());
+    return size >= 1025;
+}
+
+void TarnDatabaseItem::readOwnMediaFile() {
+    TarnMediafile mediafile;
+    mediafile.openFile(DB_itemPath, nullptr);
+    mediafile.addInfoToItem(this);
+}
+
+void TarnDatabaseItem::addinfoToItemFromCorrespondingFile() {
+    if (!DB_FileExists || DB_itemPath.isEmpty()) return;
+    DB_isReferenced = false;
+    if (readsOwnMxfFile()) readOwnMediaFile();
+}
+
+void TarnDatabaseItem::setFileUIDWithNSData(const QByteArray& data) {
+    const auto n = data.size();
+    if (n == 32) {
+        std::memcpy(filePackageUID, data.constData(), 32);
+    } else if (n == 8) {
+        std::memcpy(filePackageUID + 16, data.constData(), 8);
+    }
+    DB_SizeofUID = quint32(n / 4);
+}
+
+void TarnDatabaseItem::setMaterialUIDWithNSData(const QByteArray& data) {
+    const auto n = data.size();
+    if (n == 32) {
+        std::memcpy(materialPackageUID, data.constData(), 32);
+    } else if (n == 8) {
+        std::memcpy(materialPackageUID + 16, data.constData(), 8);
+    }
+    DB_SizeofUID = quint32(n / 4);
+}
+
+void TarnDatabaseItem::checkForAudioTypeByExtension() {
+    const QString ext = extensionOf(DB_ClipName);
+    for (const char* audio : {"aif", "wav", "sd2", "lrc"}) {
+        if (ext.compare(QLatin1String(audio), Qt::CaseInsensitive) == 0) {
+            std::memcpy(CompressionFourCC, "_AUD", 4);
+            break;
+        }
+    }
+    if (isAudio()) DB_CompressionString = QStringLiteral("Audio");
+}
+
+bool TarnDatabaseItem::checkUUID() {
+    if (DB_SizeofUID != 8) return true;
+    if (std::memcmp(filePackageUID, kUMIDLabel, 4) == 0 &&
+        std::memcmp(materialPackageUID, kUMIDLabel, 4) == 0)
+        return true;
+    TARN_LOG(QStringLiteral("UMID: %1 :: File: %2 ").arg(getFileUIDString(), DB_ClipName));
+    return false;
+}
+
+void TarnDatabaseItem::validatePath() {
+    DB_isValid_initial = false;
+    DB_isValid = false;
+    if (DB_itemPath.isNull()) return;
+
+    QFileInfo info(DB_itemPath);
+    if (info.exists()) {
+        DB_FileExists = true;
+        DB_isValid_initial = true;
+        DB_isValid = true;
+        DB_filesize = quint64(info.size());
+        // Creation date: the birth time where the file system keeps one, else
+        // the status-change time, else the modification time.
+        QDateTime created = info.birthTime();
+        if (!created.isValid()) created = info.metadataChangeTime();
+        if (!created.isValid()) created = info.lastModified();
+        DB_setDate(created);
+    } else {
+        // An AMA link: the editing system keeps a ".aaf" beside the name.
+        QFileInfo ama(DB_itemPath + QStringLiteral(".aaf"));
+        if (ama.exists()) {
+            DB_FileExists = true;
+            DB_isValid_initial = true;
+            DB_isValid = true;
+            DB_isAMA = true;
+            DB_filesize = quint64(ama.size());
+            DB_itemPath = ama.filePath();
+        }
+    }
+    if (!DB_filesize) DB_filesize = 0;
+
+    bool portable = true;
+    for (QChar c : DB_ClipName) {
+        if (!isPortableChar(c.unicode())) {
+            portable = false;
+            break;
+        }
+    }
+    if (!portable) {
+        TARN_LOG(QStringLiteral("**** Warning **** %1 This filename contains non-Portable characters")
+                     .arg(DB_ClipName));
+    }
+    DB_isPortableFilename = portable;
+}
+
+QString TarnDatabaseItem::getFileUIDString() const { return getStringForUID(filePackageUID); }
+
+QString TarnDatabaseItem::getMaterialUIDString() const {
+    return getStringForUID(materialPackageUID);
+}
+
+QString TarnDatabaseItem::getStringForUID(const quint8* uid) const {
+    if (!uid) return QString();
+    static const char digits[] = "0123456789abcdef";
+    QString out = QStringLiteral("{ ");
+    auto put = [&](quint8 byte) {
+        out.append(QLatin1Char(digits[byte >> 4]));
+        out.append(QLatin1Char(digits[byte & 0x0f]));
+    };
+    if (DB_SizeofUID == 8) {
+        for (int i = 0; i < 32; ++i) {
+            put(uid[i]);
+            if (i % 4 == 3 && i != 31) out.append(QLatin1Char('-'));
+        }
+    } else {
+        for (int i = 16; i < 24; ++i) put(uid[i]);
+    }
+    out.append(QLatin1String(" }"));
+    return out;
+}
+
+QString TarnDatabaseItem::get_DB_ProjectName() const {
+    if (DB_ProjectName.isNull()) return GetProjectNameNull();
+    if (DB_ProjectName.isEmpty()) return GetProjectNameEmpty();
+    return DB_ProjectName;
+}
+
+void TarnDatabaseItem::DB_setDate(const QDateTime& date) { DB_Date = date; }
+
+QString TarnDatabaseItem::DB_Date_String() const {
+    // Made once, on first request, in the user's locale (short date and time).
+    static QMutex mutex;
+    if (dateStringMade_.load(std::memory_order_acquire)) return dateString_;
+    QMutexLocker locker(&mutex);
+    if (!dateStringMade_.load(std::memory_order_relaxed)) {
+        if (DB_Date.isValid()) dateString_ = QLocale().toString(DB_Date, QLocale::ShortFormat);
+        dateStringMade_.store(true, std::memory_order_release);
+    }
+    return dateString_;
+}
+
+quint32 TarnDatabaseItem::hash() const {
+    return wordAt(filePackageUID + 16) ^ wordAt(filePackageUID + 20);
+}
+
+quint64 TarnDatabaseItem::shortFileUID() const {
+    quint64 v;
+    std::memcpy(&v, filePackageUID + 16, 8);
+    return v;
+}
+
+bool TarnDatabaseItem::isEqualByUUID(const TarnDatabaseItem* other) const {
+    if (!other) return false;
+    return other->hash() == hash() && wordAt(other->filePackageUID + 16) == wordAt(filePackageUID + 16) &&
+           wordAt(other->filePackageUID + 20) == wordAt(filePackageUID + 20);
+}
+
+bool TarnDatabaseItem::isLessByUUID(const TarnDatabaseItem* other) const {
+    if (!other) return false;
+    const quint32 a = wordAt(filePackageUID + 16), oa = wordAt(other->filePackageUID + 16);
+    if (a != oa) return a < oa;
+    const quint32 b = wordAt(filePackageUID + 20), ob = wordAt(other->filePackageUID + 20);
+    if (b == ob) return false;
+    return b < ob;
+}
+
+bool TarnDatabaseItem::isEqual(const TarnDatabaseItem* other) const {
+    if (!isEqualByUUID(other)) return false;
+    if (DB_itemPath.isNull() || other->DB_itemPath.isNull()) return false;
+    return DB_itemPath == other->DB_itemPath;
+}
+
+void TarnDatabaseItem::ConvertTimeToCanonical(quint32* time) {
+    if (time) *time -= kCanonicalOffset;
+}
+
+void TarnDatabaseItem::ConvertTimeFromCanonical(quint32* time) {
+    if (time) *time += kCanonicalOffset;
+}
+
+QString TarnDatabaseItem::description() const {
+    QString d = QStringLiteral("TarnDatabaseItem");
+    if (!DB_itemPath.isNull()) d += QStringLiteral("\n        Path:%1").arg(DB_itemPath);
+    if (!DB_ClipName.isNull()) d += QStringLiteral("\n        File:%1").arg(DB_ClipName);
+    if (!DB_NameInBin.isNull()) d += QStringLiteral("\n Name in Bin:%1").arg(DB_NameInBin);
+    if (!DB_ProjectName.isNull()) d += QStringLiteral("\n     Project:%1").arg(DB_ProjectName);
+    if (DB_filesize)
+        d += QStringLiteral("\n   File Size:%1").arg(TarnFileSize(double(*DB_filesize)).description());
+    d += QStringLiteral("\n    File UID:%1").arg(getFileUIDString());
+    d += QStringLiteral("\nMaterial UID:%1").arg(getMaterialUIDString());
+    if (!DB_CompressionString.isNull())
+        d += QStringLiteral("\n Compression:%1").arg(DB_CompressionString);
+    return d;
+}
+
+void TarnDatabaseItem::setFrameRateNumerator(quint32 numerator, quint32 denominator) {
+    framerate_.store(quint64(numerator) | (quint64(denominator) << 32), std::memory_order_relaxed);
+}
+
+void TarnDatabaseItem::setSampleRateNumerator(quint32 numerator, quint32 denominator) {
+    samplerate_.store(quint64(numerator) | (quint64(denominator) << 32), std::memory_order_relaxed);
+}
+
+TarnRate TarnDatabaseItem::DB_framerate() const {
+    const quint64 v = framerate_.load(std::memory_order_relaxed);
+    return {quint32(v), quint32(v >> 32)};
+}
+
+TarnRate TarnDatabaseItem::DB_samplerate() const {
+    const quint64 v = samplerate_.load(std::memory_order_relaxed);
+    return {quint32(v), quint32(v >> 32)};
+}
+
+quint32 TarnDatabaseItem::compressionCode() const {
+    quint32 v;
+    std::memcpy(&v, CompressionFourCC, 4);
+    return v;
+}
+
+bool TarnDatabaseItem::isAudio() const { return std::memcmp(CompressionFourCC, "_AUD", 4) == 0; }

@@ -1,0 +1,143 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+// A rate as stored by the readers: numerator over denominator.
+struct TarnRate {
+    quint32 numerator = 0;
+    quint32 denominator = 0;
+    friend bool operator==(const TarnRate&, const TarnRate&) = default;
+};
+
+// The one record of the media database: one media file of the editing system
+// (an MXF or OMF essence file, an AMA link, or a file that the media index
+// does not list).
+//
+// Identity is the short identifier: bytes 16..23 of the file package UMID. The
+// UMIDs are kept in the system's own byte order, in which the 8 bytes at 16..23
+// are the little-endian fields of a GUID (MXF stores them big-endian; the
+// readers convert).
+//
+// A record is set up on a scanner thread and published to the database under
+// its lock; afterwards the flags that actions and re-validation change are
+// atomics, the rest is read-only.
+class TarnDatabaseItem {
+public:
+    static constexpr int kUIDBytes = 32;
+
+    TarnDatabaseItem();
+    TarnDatabaseItem(const TarnDatabaseItem&) = delete;
+    TarnDatabaseItem& operator=(const TarnDatabaseItem&) = delete;
+
+    // Project-name constants.
+    static QString GetProjectNameUnmanaged();  // "_00_TRN_UNMANAGED_FILES"
+    static QString GetProjectNameEmpty();      // "_00_TRN_EMPTY_PROJECT_NAME"
+    static QString GetProjectNameNull();       // "_00_TRN_NULL_PROJECT_NAME"
+    // The kind word of a usage code ("PRECOMP", "IMPORTED", ...; "" for others).
+    static QString kindForUsageCode(qint32 usageCode);
+
+    // Builds the record from one entry of a media index file ("msmFMID.pmr").
+    // Does nothing unless uidSize is 2 or 8 and there are bytes. A truncated or
+    // inconsistent entry ends the parse at the first field that does not fit.
+    void setupWithPmrBytes(const void* bytes, qsizetype length, quint32 uidSize, bool useByteSwap);
+    // Builds the record for a file found on disk that no index lists.
+    void setupWithUnrefFile(const QString& folderPath, const QString& clipname);
+    // Identifiers of 8 or 32 bytes from a reader; another length only records
+    // the size (in 32-bit words) and copies nothing.
+    void setFileUIDWithNSData(const QByteArray& data);
+    void setMaterialUIDWithNSData(const QByteArray& data);
+
+    // Looks the file up on disk: existence, size, creation date, the AMA
+    // fallback (path + ".aaf") and the portable-name check.
+    void validatePath();
+    // Completes an index record from its own media file (MXF only).
+    void addinfoToItemFromCorrespondingFile();
+    void checkForAudioTypeByExtension();
+    bool checkUUID();
+
+    QString getFileUIDString() const;
+    QString getMaterialUIDString() const;
+    // "{ xxxxxxxx-...-xxxxxxxx }" for 32-byte identifiers, "{ 16 hex digits }"
+    // of bytes 16..23 otherwise; null for a null buffer.
+    QString getStringForUID(const quint8* uid) const;
+
+    QString get_DB_ProjectName() const;
+    void DB_setDate(const QDateTime& date);
+    QString DB_Date_String() const;
+
+    quint32 hash() const;
+    bool isEqual(const TarnDatabaseItem* other) const;
+    bool isEqualByUUID(const TarnDatabaseItem* other) const;
+    bool isLessByUUID(const TarnDatabaseItem* other) const;
+
+    // Mac OS dates count from 1904; these move a 32-bit time by 2082826800
+    // seconds, modulo 2^32.
+    static void ConvertTimeToCanonical(quint32* time);
+    static void ConvertTimeFromCanonical(quint32* time);
+
+    QString description() const;
+
+    void setFrameRateNumerator(quint32 numerator, quint32 denominator);
+    void setSampleRateNumerator(quint32 numerator, quint32 denominator);
+    TarnRate DB_framerate() const;
+    TarnRate DB_samplerate() const;
+    // The rates as one 64-bit value: numerator in the low, denominator in the high 32 bits.
+    quint64 DB_framerateBits() const { return framerate_.load(std::memory_order_relaxed); }
+    quint64 DB_samplerateBits() const { return samplerate_.load(std::memory_order_relaxed); }
+
+    quint8* DB_filePackageUID() { return filePackageUID; }
+    const quint8* DB_filePackageUID() const { return filePackageUID; }
+    quint8* DB_materialPackageUID() { return materialPackageUID; }
+    const quint8* DB_materialPackageUID() const { return materialPackageUID; }
+    char* DB_CompressionFourCC() { return CompressionFourCC; }
+    const char* DB_CompressionFourCC() const { return CompressionFourCC; }
+    // The four-character code as a 32-bit number in host order ("_AUD" is 0x4455415F).
+    quint32 compressionCode() const;
+    bool isAudio() const;  // the code reads "_AUD"
+
+    // The short identifier: bytes 16..23 of the file package UMID.
+    quint64 shortFileUID() const;
+
+    quint8 filePackageUID[kUIDBytes];
+    quint8 materialPackageUID[kUIDBytes];
+    char CompressionFourCC[4];
+
+    std::atomic<bool> DB_isValid_initial{true};
+    std::atomic<bool> DB_isValid{true};
+    std::atomic<bool> DB_FileExists{false};
+    bool DB_isAMA = false;
+    bool DB_isUME = false;
+    bool DB_isGoodUUID = true;
+    bool DB_isPortableFilename = true;
+    bool DB_isReferenced = false;
+    quint32 DB_SizeofUID = 0;
+    qint32 DB_usageCode = 0;
+    quint32 DB_DIDResolutionID = 0;
+    quint32 DB_bits = 0;
+    QByteArray DB_pmrField;
+    QString DB_ClipName;
+    QString DB_ProjectName;  // null: no project; empty: an empty one
+    QString DB_itemPath;     // absolute path; null: none
+    std::optional<quint64> DB_filesize;
+    QString DB_NameInBin;
+    QDateTime DB_Date;
+    QString DB_CompressionString;
+
+private:
+    bool readsOwnMxfFile() const;
+    void readOwnMediaFile();
+
+    std::atomic<quint64> framerate_{0};
+    std::atomic<quint64> samplerate_{0};
+    mutable QString dateString_;
+    mutable std::atomic<bool> dateStringMade_{false};
+};
+
+using TarnItemPtr = std::shared_ptr<TarnDatabaseItem>;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+
+#include "TarnMediaReader.h"
+
+// AAF files are recognised and refused: an AAF file never yields information.
+class TarnAAF : public TarnMediaReader {
+public:
+    unsigned getType() const override { return 3; }
+    // Logs "AAf file : open" and returns false, always.
+    bool openFile(const QString& path, TarnProgressIndicator* indicator) override;
+
+    TarnProgressIndicator* localWorkInProgressIndicator = nullptr;
+
+private:
+    QByteArray fileData_;  // declared for a future reader; nothing fills it
+};

@@ -1,0 +1,4 @@
+#include "TarnOMFI.h"
+
+// Not yet written: refuses every file.
+bool TarnOMFI::openFile(const QString&, TarnProgressIndicator*) { return false; }

@@ -1,0 +1,71 @@
+#include "TarnStatusWheel.h"
+
+TarnStatusWheel::TarnStatusWheel(int index, std::function<void(int)> notify)
+    : index_(index), notify_(std::move(notify)) {}
+
+bool TarnStatusWheel::isFree() const {
+    QMutexLocker locker(&mutex_);
+    return isFree_;
+}
+
+void TarnStatusWheel::setIsFree(bool free) {
+    QMutexLocker locker(&mutex_);
+    isFree_ = free;
+}
+
+TarnStatusWheel::State TarnStatusWheel::state() const {
+    QMutexLocker locker(&mutex_);
+    return state_;
+}
+
+void TarnStatusWheel::setIndeterminate(bool indeterminate) {
+    {
+        QMutexLocker locker(&mutex_);
+        state_.indeterminate = indeterminate;
+    }
+    changed();
+}
+
+void TarnStatusWheel::setMinValue(double value) {
+    {
+        QMutexLocker locker(&mutex_);
+        state_.minValue = value;
+    }
+    changed();
+}
+
+void TarnStatusWheel::setMaxValue(double value) {
+    {
+        QMutexLocker locker(&mutex_);
+        state_.maxValue = value;
+    }
+    changed();
+}
+
+void TarnStatusWheel::setDoubleValue(double value) {
+    {
+        QMutexLocker locker(&mutex_);
+        state_.value = value;
+    }
+    changed();
+}
+
+void TarnStatusWheel::startAnimation() {
+    {
+        QMutexLocker locker(&mutex_);
+        state_.animating = true;
+    }
+    changed();
+}
+
+void TarnStatusWheel::stopAnimation() {
+    {
+        QMutexLocker locker(&mutex_);
+        state_.animating = false;
+    }
+    changed();
+}
+
+void TarnStatusWheel::changed() {
+    if (notify_) notify_(index_);
+}
