@@ -103,14 +103,18 @@ QString hex8(quint64 v) {
 }  // namespace
 
 bool AVBFile::dataWithContentsOfURL(const QString& path) {
-    filedata_.clear();
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return false;
-    QByteArray data = file.readAll();
+    if (!dataWithBytes(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray()))
+        return false;
+    TARN_LOG(QStringLiteral("Opened avid BIN %1").arg(path));
+    return true;
+}
+
+bool AVBFile::dataWithBytes(QByteArray data) {
+    filedata_.clear();
     if (data.size() < kMinimumBinSize || std::memcmp(data.constData(), kBinHeader, 12) != 0)
         return false;
     filedata_ = std::move(data);
-    TARN_LOG(QStringLiteral("Opened avid BIN %1").arg(path));
     return true;
 }
 
