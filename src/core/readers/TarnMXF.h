@@ -3,7 +3,7 @@
 #include "TarnMediaReader.h"
 
 class TarnMXF : public TarnMediaReader {
-  public:
+public:
     unsigned getType() const override { return 4; }
     bool openFile(const QString& path, TarnProgressIndicator* indicator) override;
 };

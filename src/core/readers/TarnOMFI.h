@@ -3,7 +3,7 @@
 #include "TarnMediaReader.h"
 
 class TarnOMFI : public TarnMediaReader {
-  public:
+public:
     unsigned getType() const override { return 1; }
     bool openFile(const QString& path, TarnProgressIndicator* indicator) override;
 };
