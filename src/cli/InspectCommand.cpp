@@ -45,23 +45,24 @@ QJsonObject inspectPmr(QJsonObject facts, const QString& path) {
     if (!pmr.dataWithContentsOfURL(path))
         return failure(facts, QStringLiteral("not a media file index (shorter than 30 bytes or "
                                              "unknown magic)"));
-    facts.insert(QStringLiteral("byteOrder"),
+    facts.insert(QStringLiteral("byte_order"),
                  pmr.usebyteswap() ? QStringLiteral("big") : QStringLiteral("little"));
-    facts.insert(QStringLiteral("uidSize"), qint64(pmr.UUIDlength()));
-    facts.insert(QStringLiteral("entriesClaimed"), qint64(pmr.ItemsCount()));
+    facts.insert(QStringLiteral("uid_size"), qint64(pmr.UUIDlength()));
+    facts.insert(QStringLiteral("entries_claimed"), qint64(pmr.ItemsCount()));
     QJsonArray entries;
     while (auto item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
         QJsonObject entry;
         entry.insert(QStringLiteral("name"), textOrNull(item->DB_ClipName));
         entry.insert(QStringLiteral("project"), textOrNull(item->DB_ProjectName));
-        entry.insert(QStringLiteral("fileUID"), uidHex(item->filePackageUID, item->DB_SizeofUID));
-        entry.insert(QStringLiteral("materialUID"),
+        entry.insert(QStringLiteral("file_package_uid"),
+                     uidHex(item->filePackageUID, item->DB_SizeofUID));
+        entry.insert(QStringLiteral("material_package_uid"),
                      uidHex(item->materialPackageUID, item->DB_SizeofUID));
         entries.append(entry);
     }
-    facts.insert(QStringLiteral("entriesRead"), entries.size());
+    facts.insert(QStringLiteral("entries_read"), entries.size());
     if (quint32(entries.size()) != pmr.ItemsCount())
-        facts.insert(QStringLiteral("stoppedAt"), qint64(pmr.position()));
+        facts.insert(QStringLiteral("stopped_at"), qint64(pmr.position()));
     facts.insert(QStringLiteral("entries"), entries);
     return facts;
 }
@@ -74,7 +75,7 @@ QJsonObject inspectBin(QJsonObject facts, const QString& path) {
     QJsonArray uids;
     for (const auto& item : bin.getUIDS()) uids.append(uidHex(item->filePackageUID, 2));
     facts.insert(QStringLiteral("references"), uids.size());
-    facts.insert(QStringLiteral("shortUIDs"), uids);
+    facts.insert(QStringLiteral("short_uids"), uids);
     return facts;
 }
 
@@ -91,12 +92,12 @@ QJsonObject inspectBento(QJsonObject facts, const QString& path) {
     if (label.size() != TarnOMFI::kLabelSize)
         return failure(facts, QStringLiteral("the container label cannot be read"));
     const auto* l = reinterpret_cast<const uchar*>(label.constData());
-    facts.insert(QStringLiteral("byteOrder"),
+    facts.insert(QStringLiteral("byte_order"),
                  omf->isLittleEndian() ? QStringLiteral("little") : QStringLiteral("big"));
-    facts.insert(QStringLiteral("majorVersion"), qFromLittleEndian<quint16>(l + 12));
-    facts.insert(QStringLiteral("tocOffset"), qint64(qFromLittleEndian<quint32>(l + 16)));
-    facts.insert(QStringLiteral("tocSize"), qint64(qFromLittleEndian<quint32>(l + 20)));
-    facts.insert(QStringLiteral("tocEntries"), qint64(omf->tocEntryCount()));
+    facts.insert(QStringLiteral("major_version"), qFromLittleEndian<quint16>(l + 12));
+    facts.insert(QStringLiteral("toc_offset"), qint64(qFromLittleEndian<quint32>(l + 16)));
+    facts.insert(QStringLiteral("toc_size"), qint64(qFromLittleEndian<quint32>(l + 20)));
+    facts.insert(QStringLiteral("toc_entries"), qint64(omf->tocEntryCount()));
     facts.insert(QStringLiteral("objects"), qint64(omf->howManyBentoObjectsV01()));
     facts.insert(QStringLiteral("compositions"), qint64(front.getMDBCompositionsCount()));
     return facts;
@@ -133,7 +134,7 @@ QJsonObject inspectMxf(QJsonObject facts, const QString& path) {
                                   .arg(mxfStatusText(status)));
     }
     facts.insert(QStringLiteral("status"), status);
-    facts.insert(QStringLiteral("statusText"), mxfStatusText(status));
+    facts.insert(QStringLiteral("status_text"), mxfStatusText(status));
     auto text = [](const std::optional<std::string>& s) {
         return s ? QJsonValue(QString::fromStdString(*s)) : QJsonValue(QJsonValue::Null);
     };
@@ -144,10 +145,10 @@ QJsonObject inspectMxf(QJsonObject facts, const QString& path) {
             QByteArray(reinterpret_cast<const char*>(stored.data()), 32));
         return QJsonValue(hex(tarn.constData(), 32));
     };
-    facts.insert(QStringLiteral("clipName"), text(info.clipName));
+    facts.insert(QStringLiteral("clip_name"), text(info.clipName));
     facts.insert(QStringLiteral("project"), text(info.projectName));
-    facts.insert(QStringLiteral("fileUID"), uid(info.fileSourcePackageUID));
-    facts.insert(QStringLiteral("materialUID"), uid(info.materialPackageUID));
+    facts.insert(QStringLiteral("file_package_uid"), uid(info.fileSourcePackageUID));
+    facts.insert(QStringLiteral("material_package_uid"), uid(info.materialPackageUID));
     TarnAvidMXFInfo::free(&info);
     return facts;
 }
@@ -217,9 +218,9 @@ QString InspectCommand::humanText(const QJsonObject& f) {
         return QString::number(f.value(QLatin1String(key)).toInteger());
     };
     const QString order =
-        f.value(QStringLiteral("byteOrder")).toString() + QStringLiteral("-endian");
+        f.value(QStringLiteral("byte_order")).toString() + QStringLiteral("-endian");
     if (kind == QLatin1String("pmr")) {
-        const qint64 uidSize = f.value(QStringLiteral("uidSize")).toInteger();
+        const qint64 uidSize = f.value(QStringLiteral("uid_size")).toInteger();
         out += line("kind:", QStringLiteral("media file index"));
         out += line("byte order:", order);
         out +=
@@ -228,10 +229,10 @@ QString InspectCommand::humanText(const QJsonObject& f) {
                                              : QStringLiteral("%1 (no identifiers)").arg(uidSize));
         out += line(
             "entries:",
-            QStringLiteral("%1 claimed, %2 read").arg(num("entriesClaimed"), num("entriesRead")));
-        if (f.contains(QStringLiteral("stoppedAt")))
+            QStringLiteral("%1 claimed, %2 read").arg(num("entries_claimed"), num("entries_read")));
+        if (f.contains(QStringLiteral("stopped_at")))
             out += line("stopped at:",
-                        QStringLiteral("offset %1 (damaged or cut entry)").arg(num("stoppedAt")));
+                        QStringLiteral("offset %1 (damaged or cut entry)").arg(num("stopped_at")));
         int n = 0;
         for (const QJsonValue& v : f.value(QStringLiteral("entries")).toArray()) {
             const QJsonObject e = v.toObject();
@@ -240,27 +241,27 @@ QString InspectCommand::humanText(const QJsonObject& f) {
             out += QStringLiteral("     project:      %1\n")
                        .arg(orNone(e.value(QStringLiteral("project"))));
             out += QStringLiteral("     file UID:     %1\n")
-                       .arg(uidText(e.value(QStringLiteral("fileUID"))));
+                       .arg(uidText(e.value(QStringLiteral("file_package_uid"))));
             out += QStringLiteral("     material UID: %1\n")
-                       .arg(uidText(e.value(QStringLiteral("materialUID"))));
+                       .arg(uidText(e.value(QStringLiteral("material_package_uid"))));
         }
     } else if (kind == QLatin1String("mdb") || kind == QLatin1String("omf")) {
         out += line("kind:", kind == QLatin1String("mdb") ? QStringLiteral("media database")
                                                           : QStringLiteral("OMF media file"));
         out += line("byte order:", order);
-        out += line("version:", QStringLiteral("OMF %1").arg(num("majorVersion")));
+        out += line("version:", QStringLiteral("OMF %1").arg(num("major_version")));
         out += line("TOC:", QStringLiteral("%1 bytes at offset %2, %3 entries")
-                                .arg(num("tocSize"), num("tocOffset"), num("tocEntries")));
+                                .arg(num("toc_size"), num("toc_offset"), num("toc_entries")));
         out += line("objects:", num("objects"));
         out += line("compositions:", num("compositions"));
     } else if (kind == QLatin1String("mxf")) {
-        const QJsonValue fileUID = f.value(QStringLiteral("fileUID"));
-        const QJsonValue materialUID = f.value(QStringLiteral("materialUID"));
+        const QJsonValue fileUID = f.value(QStringLiteral("file_package_uid"));
+        const QJsonValue materialUID = f.value(QStringLiteral("material_package_uid"));
         out += line("kind:", QStringLiteral("MXF media file"));
         out +=
             line("status:", QStringLiteral("%1 (%2)").arg(
-                                num("status"), f.value(QStringLiteral("statusText")).toString()));
-        out += line("clip name:", orNone(f.value(QStringLiteral("clipName"))));
+                                num("status"), f.value(QStringLiteral("status_text")).toString()));
+        out += line("clip name:", orNone(f.value(QStringLiteral("clip_name"))));
         out += line("project:", orNone(f.value(QStringLiteral("project"))));
         out += line("file UID:", fileUID.isNull() ? orNone(fileUID) : uidText(fileUID));
         out += line("material UID:",
@@ -268,7 +269,7 @@ QString InspectCommand::humanText(const QJsonObject& f) {
     } else if (kind == QLatin1String("bin")) {
         out += line("kind:", QStringLiteral("Avid bin"));
         out += line("references:", num("references"));
-        for (const QJsonValue& v : f.value(QStringLiteral("shortUIDs")).toArray())
+        for (const QJsonValue& v : f.value(QStringLiteral("short_uids")).toArray())
             out += QStringLiteral("  %1\n").arg(uidText(v));
     }
     return out;

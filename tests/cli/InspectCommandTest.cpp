@@ -112,41 +112,42 @@ TEST_F(InspectCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     const QJsonObject p = files[0].toObject();
     EXPECT_EQ(p[QStringLiteral("path")].toString(), pmr);
     EXPECT_EQ(p[QStringLiteral("kind")].toString(), QStringLiteral("pmr"));
-    EXPECT_EQ(p[QStringLiteral("byteOrder")].toString(), QStringLiteral("big"));
-    EXPECT_EQ(p[QStringLiteral("uidSize")].toInt(), 2);
-    EXPECT_EQ(p[QStringLiteral("entriesClaimed")].toInt(), 3);
-    EXPECT_EQ(p[QStringLiteral("entriesRead")].toInt(), 1);
-    EXPECT_GT(p[QStringLiteral("stoppedAt")].toInt(), 12);
+    EXPECT_EQ(p[QStringLiteral("byte_order")].toString(), QStringLiteral("big"));
+    EXPECT_EQ(p[QStringLiteral("uid_size")].toInt(), 2);
+    EXPECT_EQ(p[QStringLiteral("entries_claimed")].toInt(), 3);
+    EXPECT_EQ(p[QStringLiteral("entries_read")].toInt(), 1);
+    EXPECT_GT(p[QStringLiteral("stopped_at")].toInt(), 12);
     const QJsonObject e = p[QStringLiteral("entries")].toArray().at(0).toObject();
     EXPECT_EQ(e[QStringLiteral("name")].toString(), QStringLiteral("A001C001_V01.mxf"));
     EXPECT_EQ(e[QStringLiteral("project")].toString(), QStringLiteral("Feature"));
-    EXPECT_EQ(e[QStringLiteral("fileUID")].toString(), QStringLiteral("efcdab8967452301"));
-    EXPECT_EQ(e[QStringLiteral("materialUID")].toString(), QStringLiteral("f0cdab8967452301"));
+    EXPECT_EQ(e[QStringLiteral("file_package_uid")].toString(), QStringLiteral("efcdab8967452301"));
+    EXPECT_EQ(e[QStringLiteral("material_package_uid")].toString(),
+              QStringLiteral("f0cdab8967452301"));
 
     const QJsonObject b = files[1].toObject();
     EXPECT_EQ(b[QStringLiteral("kind")].toString(), QStringLiteral("bin"));
     EXPECT_EQ(b[QStringLiteral("references")].toInt(), 2);
-    EXPECT_EQ(b[QStringLiteral("shortUIDs")].toArray(),
+    EXPECT_EQ(b[QStringLiteral("short_uids")].toArray(),
               (QJsonArray{QStringLiteral("4200000000000000"), QStringLiteral("9900000000000000")}));
 
     const QJsonObject m = files[2].toObject();
     EXPECT_EQ(m[QStringLiteral("kind")].toString(), QStringLiteral("mdb"));
-    EXPECT_EQ(m[QStringLiteral("byteOrder")].toString(), QStringLiteral("big"));
-    EXPECT_EQ(m[QStringLiteral("majorVersion")].toInt(), 1);
+    EXPECT_EQ(m[QStringLiteral("byte_order")].toString(), QStringLiteral("big"));
+    EXPECT_EQ(m[QStringLiteral("major_version")].toInt(), 1);
     EXPECT_EQ(m[QStringLiteral("compositions")].toInt(), 2);
     EXPECT_EQ(m[QStringLiteral("objects")].toInt(), fixtures::mdbObjectCount({clip, clip}));
-    EXPECT_EQ(m[QStringLiteral("tocEntries")].toInt() * 24, m[QStringLiteral("tocSize")].toInt());
-    EXPECT_GT(m[QStringLiteral("tocOffset")].toInt(), 0);
+    EXPECT_EQ(m[QStringLiteral("toc_entries")].toInt() * 24, m[QStringLiteral("toc_size")].toInt());
+    EXPECT_GT(m[QStringLiteral("toc_offset")].toInt(), 0);
 
     const QJsonObject x = files[3].toObject();
     EXPECT_EQ(x[QStringLiteral("kind")].toString(), QStringLiteral("mxf"));
     EXPECT_EQ(x[QStringLiteral("status")].toInt(), 0);
-    EXPECT_EQ(x[QStringLiteral("statusText")].toString(), QStringLiteral("OK"));
-    EXPECT_EQ(x[QStringLiteral("clipName")].toString(), QStringLiteral("Interview"));
+    EXPECT_EQ(x[QStringLiteral("status_text")].toString(), QStringLiteral("OK"));
+    EXPECT_EQ(x[QStringLiteral("clip_name")].toString(), QStringLiteral("Interview"));
     EXPECT_EQ(x[QStringLiteral("project")].toString(), QStringLiteral("Documentary"));
-    EXPECT_EQ(x[QStringLiteral("fileUID")].toString(),
+    EXPECT_EQ(x[QStringLiteral("file_package_uid")].toString(),
               QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(spec.fileUMID).toHex()));
-    EXPECT_EQ(x[QStringLiteral("materialUID")].toString(),
+    EXPECT_EQ(x[QStringLiteral("material_package_uid")].toString(),
               QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(spec.materialUMID).toHex()));
 }
 
@@ -183,7 +184,7 @@ TEST_F(InspectCommandTest, IndexesAndBinsAreKnownByTheirFirstBytes) {
     const QJsonArray files = run.files();
     ASSERT_EQ(files.size(), 2);
     EXPECT_EQ(files[0].toObject()[QStringLiteral("kind")].toString(), QStringLiteral("pmr"));
-    EXPECT_EQ(files[0].toObject()[QStringLiteral("entriesRead")].toInt(), 3);
+    EXPECT_EQ(files[0].toObject()[QStringLiteral("entries_read")].toInt(), 3);
     EXPECT_EQ(files[1].toObject()[QStringLiteral("kind")].toString(), QStringLiteral("bin"));
 }
 
