@@ -5,6 +5,7 @@
 #include <QString>
 #include <QtEndian>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -103,6 +104,8 @@ class TarnOMFI : public TarnMediaReader {
     QString textFromBytes(const quint8* bytes, quint32 length) const;
     QString sourceProjectOfListedObject(quint32 objectID, QHash<quint32, QString>& done) const;
     QString projectOfSourceIdentifier(quint32 objectIndex) const;
+    bool visitListedObjects(const Value& list, bool lastFirst,
+                            const std::function<bool(quint32)>& visit) const;
     bool hasImportSetting(quint32 clipIndex) const;
     bool audioCompression(CompressionData* record, quint32 descriptor) const;
     bool pictureCompression(CompressionData* record, quint32 descriptor) const;
