@@ -1,26 +1,62 @@
-// Writes the seed corpus of every fuzz target: <folder>/<target>/seed_<n>.
+// Writes the seed corpus of every fuzz target: <root>/<target>/<seed files>,
+// made with the fixture writers.
 #include <QDir>
-#include <QList>
+#include <QString>
 
 #include <cstdio>
-#include <utility>
 
 #include "FixtureFiles.h"
+#include "MxfWriter.h"
 #include "OmfSeeds.h"
 
+namespace {
+
+bool mxfSeeds(const QString& dir) {
+    fixtures::MxfSpec named;
+    named.clipName = QStringLiteral("Interview A01");
+    named.projectName = QStringLiteral("Documentary");
+    fixtures::MxfSpec unnamed;
+    unnamed.essenceBytes = 1200;
+    fixtures::MxfSpec op1a = named;
+    op1a.opAtom = false;
+    const QByteArray whole = fixtures::writeMxf(named);
+    return fixtures::writeFile(dir + QStringLiteral("/opatom.mxf"), whole) &&
+           fixtures::writeFile(dir + QStringLiteral("/unnamed.mxf"), fixtures::writeMxf(unnamed)) &&
+           fixtures::writeFile(dir + QStringLiteral("/op1a.mxf"), fixtures::writeMxf(op1a)) &&
+           fixtures::writeFile(dir + QStringLiteral("/header-only.mxf"), whole.left(1500));
+}
+
+// The OMF reader's own seed set: media databases in both byte orders, an
+// OMF 2 label, a truncated table of contents.
+bool omfSeeds(const QString& dir) {
+    const QList<QByteArray> seeds = fixtures::omfSeeds();
+    bool ok = !seeds.isEmpty();
+    for (qsizetype i = 0; i < seeds.size(); ++i)
+        ok &= fixtures::writeFile(dir + QStringLiteral("/seed_%1").arg(i), seeds[i]);
+    return ok;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    const QString root = QString::fromLocal8Bit(argc > 1 ? argv[1] : "fuzz-corpus");
-    const QList<std::pair<const char*, QList<QByteArray>>> targets{
-        {"fuzz_omf", fixtures::omfSeeds()},
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: seed_corpus <folder>\n");
+        return 2;
+    }
+    const QString root = QString::fromLocal8Bit(argv[1]);
+    struct Target {
+        const char* name;
+        bool (*write)(const QString& dir);
     };
-    for (const auto& [target, seeds] : targets) {
-        for (qsizetype i = 0; i < seeds.size(); ++i) {
-            const QString path =
-                QDir(root).filePath(QStringLiteral("%1/seed_%2").arg(QLatin1String(target)).arg(i));
-            if (!fixtures::writeFile(path, seeds[i])) {
-                std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
-                return 1;
-            }
+    const Target targets[] = {
+        {"fuzz_mxf", mxfSeeds},
+        {"fuzz_omf", omfSeeds},
+    };
+    for (const Target& t : targets) {
+        const QString dir = root + QLatin1Char('/') + QLatin1String(t.name);
+        if (!QDir().mkpath(dir) || !t.write(dir)) {
+            std::fprintf(stderr, "seed_corpus: cannot write %s\n", qPrintable(dir));
+            return 1;
         }
     }
     return 0;
