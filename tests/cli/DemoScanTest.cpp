@@ -125,3 +125,41 @@ TEST_F(DemoScanTest, DemoCommandWritesOnceAndShowsTableAndSummary) {
     // The same scan, so the same report after the first line.
     EXPECT_EQ(second.out, first.out.section(QLatin1Char('\n'), 1));
 }
+
+TEST_F(DemoScanTest, BinsNarrowAndWidenTheViewInTheOrderGiven) {
+    ASSERT_EQ(demo_.bins.size(), 2);
+    const fixtures::DemoBin& harbour = demo_.bins.at(0);
+    const fixtures::DemoBin& lighthouse = demo_.bins.at(1);
+    auto paths = [&](const QStringList& more) {
+        const CliResult r =
+            run_(QStringList{QStringLiteral("scan"), QStringLiteral("--volume"), root_,
+                             QStringLiteral("--format"), QStringLiteral("json")} +
+                 more);
+        QStringList shown;
+        for (const QJsonValue& v : r.json().value(QStringLiteral("items")).toArray()) {
+            shown.append(v.toObject().value(QStringLiteral("path")).toString());
+        }
+        shown.sort();
+        return shown;
+    };
+    auto sorted = [](QStringList list) {
+        list.sort();
+        return list;
+    };
+    const QStringList all = paths({});
+
+    EXPECT_EQ(paths({QStringLiteral("--intersect"), harbour.path}),
+              sorted(harbour.referencedPaths));
+    EXPECT_EQ(paths({QStringLiteral("--intersect"), harbour.path, QStringLiteral("--add"),
+                     lighthouse.path}),
+              sorted(harbour.referencedPaths + lighthouse.referencedPaths));
+    // An intersection starts from the whole database again: the last one decides.
+    EXPECT_EQ(paths({QStringLiteral("--intersect"), harbour.path, QStringLiteral("--intersect"),
+                     lighthouse.path}),
+              sorted(lighthouse.referencedPaths));
+    QStringList rest = all;
+    for (const QString& p : harbour.referencedPaths) rest.removeAll(p);
+    EXPECT_EQ(paths({QStringLiteral("--subtract"), harbour.path}), rest);
+    // A bin that cannot be read changes nothing.
+    EXPECT_EQ(paths({QStringLiteral("--subtract"), root_ + QStringLiteral("/none.avb")}), all);
+}
