@@ -227,7 +227,8 @@ bool TarnDatabaseItem::checkUUID() {
 void TarnDatabaseItem::validatePath() {
     DB_isValid_initial = false;
     DB_isValid = false;
-    if (DB_itemPath.isNull()) return;
+    // An empty path would otherwise look up ".aaf" in the working folder.
+    if (DB_itemPath.isEmpty()) return;
 
     QFileInfo info(DB_itemPath);
     if (info.exists()) {
