@@ -4,9 +4,14 @@
 #include <QString>
 
 #include <cstdio>
+#include <cstring>
 
+#include "AvbWriter.h"
 #include "FixtureFiles.h"
+#include "MdbWriter.h"
 #include "MxfWriter.h"
+#include "PmrWriter.h"
+#include "Umid.h"
 
 namespace {
 
@@ -25,6 +30,71 @@ bool mxfSeeds(const QString& dir) {
            fixtures::writeFile(dir + QStringLiteral("/header-only.mxf"), whole.left(1500));
 }
 
+bool pmrSeeds(const QString& dir) {
+    QList<fixtures::PmrEntry> entries = {
+        fixtures::makePmrEntry(0x1001, QStringLiteral("A001C001_V01.mxf"),
+                               QStringLiteral("Feature")),
+        fixtures::makePmrEntry(0x1003, QStringLiteral("A001C001_A01.wav"), QString()),
+        fixtures::makePmrEntry(0x1005, QStringLiteral("title.mxf"), QStringLiteral("Promo")),
+    };
+    QList<fixtures::PmrEntry> damaged = entries;
+    damaged[1].nameLength = 256;
+    const QByteArray little = fixtures::writePmr(entries);
+    bool ok = true;
+    ok &= fixtures::writeFile(dir + QStringLiteral("/little-umid.pmr"), little);
+    ok &= fixtures::writeFile(dir + QStringLiteral("/big-umid.pmr"),
+                              fixtures::writePmr(entries, 8, true));
+    ok &= fixtures::writeFile(dir + QStringLiteral("/little-short.pmr"),
+                              fixtures::writePmr(entries, 2));
+    ok &= fixtures::writeFile(dir + QStringLiteral("/big-short.pmr"),
+                              fixtures::writePmr(entries, 2, true));
+    ok &= fixtures::writeFile(dir + QStringLiteral("/damaged.pmr"), fixtures::writePmr(damaged));
+    ok &= fixtures::writeFile(dir + QStringLiteral("/truncated.pmr"),
+                              little.left(little.size() - 40));
+    return ok;
+}
+
+bool avbSeeds(const QString& dir) {
+    const QList<fixtures::AvbReference> references = {
+        {0x1001, 0x0202, QStringLiteral("Avid MediaFiles"), {}},
+        {0x1003, 0x0202, QStringLiteral("AMA Card 01"), {}},
+        {0x1005, 0x0203, QString(), {}},
+        {0x1001, 0x0202, QString(), {}},
+    };
+    bool ok = true;
+    ok &= fixtures::writeFile(dir + QStringLiteral("/references.avb"),
+                              fixtures::writeBinReferences(references));
+    ok &= fixtures::writeFile(dir + QStringLiteral("/plain.avb"),
+                              fixtures::writeBin({0x2001, 0x2002}));
+    ok &= fixtures::writeFile(dir + QStringLiteral("/empty.avb"), fixtures::writeBin({}));
+    return ok;
+}
+
+bool omfSeeds(const QString& dir) {
+    fixtures::MdbClip picture;
+    picture.fileShortUID = 0x1001;
+    picture.materialShortUID = 0x1002;
+    picture.clipName = QStringLiteral("A001C001");
+    picture.project = QStringLiteral("Feature");
+    picture.frameRate = {25, 1};
+    picture.resolutionID = 1237;
+    std::memcpy(picture.fourCC, "AVdn", 4);
+    picture.sampleRate = {25, 1};
+    picture.bits = 8;
+    fixtures::MdbClip sound = picture;
+    sound.fileShortUID = 0x1003;
+    sound.audio = true;
+    sound.sampleRate = {48000, 1};
+    sound.bits = 24;
+    sound.projectSourceUIDSize = 32;
+    bool ok = true;
+    ok &= fixtures::writeFile(dir + QStringLiteral("/little.mdb"),
+                              fixtures::writeMdb({picture, sound}));
+    ok &= fixtures::writeFile(dir + QStringLiteral("/big.mdb"),
+                              fixtures::writeMdb({picture, sound}, true));
+    return ok;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -39,6 +109,9 @@ int main(int argc, char** argv) {
     };
     const Target targets[] = {
         {"fuzz_mxf", mxfSeeds},
+        {"fuzz_omf", omfSeeds},
+        {"fuzz_pmr", pmrSeeds},
+        {"fuzz_avb", avbSeeds},
     };
     for (const Target& t : targets) {
         const QString dir = root + QLatin1Char('/') + QLatin1String(t.name);
