@@ -121,11 +121,6 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     return !isDatabase || clipTableSeen_;
 }
 
-quint32 TarnOMFI::tocWord(quint32 index, int word) const {
-    if (index >= entryCount_ || word < 0 || word > 5) return 0;
-    return qFromLittleEndian<quint32>(toc_ + qsizetype(index) * kTocEntrySize + 4 * word);
-}
-
 quint32 TarnOMFI::howManyBentoObjectsV01() const {
     quint32 objects = 0;
     for (quint32 i = 0; i < entryCount_; ++i) {

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
+#include <QtEndian>
 
 #include <memory>
 #include <optional>
@@ -56,7 +57,11 @@ class TarnOMFI : public TarnMediaReader {
     // The container.
     bool isLittleEndian() const { return littleEndian_; }
     quint32 tocEntryCount() const { return entryCount_; }
-    quint32 tocWord(quint32 index, int word) const;
+    // Word 0..5 of an entry; 0 outside the TOC.
+    quint32 tocWord(quint32 index, int word) const {
+        if (index >= entryCount_ || word < 0 || word > 5) return 0;
+        return qFromLittleEndian<quint32>(toc_ + qsizetype(index) * kTocEntrySize + 4 * word);
+    }
     quint32 objectIDAt(quint32 index) const { return tocWord(index, 0); }
     quint32 propertyIDAt(quint32 index) const { return tocWord(index, 1); }
     // Start of the value of a TOC entry, or null (no index, zero length, or an
