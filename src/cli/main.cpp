@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "DemoCommand.h"
+#include "InspectCommand.h"
 #include "ScanCommand.h"
 #include "TarnUtilities.h"
 
@@ -15,6 +16,7 @@ const char* kUsage =
     "commands:\n"
     "  scan [PATH...] [options]  scan media folders and print the view (tarn scan --help)\n"
     "  demo [DIR]                write the demo volume (if absent) and show its scan\n"
+    "  inspect [--json] FILE...  what Tarn reads in index, database, media and bin files\n"
     "  --help                    this text\n"
     "  --version                 the version and build number\n";
 
@@ -35,6 +37,7 @@ int main(int argc, char** argv) {
     }
     if (command == QLatin1String("scan")) return ScanCommand::run(args);
     if (command == QLatin1String("demo")) return DemoCommand::run(args);
+    if (command == QLatin1String("inspect")) return InspectCommand::run(args);
     std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(command), kUsage);
     return 2;
 }
