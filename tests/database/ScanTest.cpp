@@ -9,6 +9,7 @@
 #include "TarnPMRScannerOperation.h"
 #include "TarnScanner.h"
 #include "TarnVocabulary.h"
+#include "TarnVolumeSelector.h"
 #include "TestSupport.h"
 #include "Umid.h"
 
@@ -277,6 +278,24 @@ TEST(StatusWheels, PoolHandsOutSixteenAndTakesThemBack) {
     EXPECT_EQ(status->wheelsleft(), 2);
     status->StopAllWheels();
     EXPECT_EQ(status->wheelsleft(), 16);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(VolumeSelector, ChecksStartOnAndTheResultKeepsTheOrder) {
+    TarnVolumeSelector selector({"/Volumes/A", "/Volumes/B", "/Volumes/C"});
+    EXPECT_EQ(selector.createResultingArray(),
+              QStringList({"/Volumes/A", "/Volumes/B", "/Volumes/C"}));
+    selector.setCheck(1, false);
+    EXPECT_EQ(selector.createResultingArray(), QStringList({"/Volumes/A", "/Volumes/C"}));
+    EXPECT_EQ(selector.delectDeselectAll(false), "Select all");
+    EXPECT_TRUE(selector.createResultingArray().isEmpty());
+    EXPECT_EQ(selector.delectDeselectAll(true), "Deselect all");
+    EXPECT_EQ(selector.createResultingArray().size(), 3);
+    EXPECT_EQ(selector.volumeAt(2), "/Volumes/C");
+    EXPECT_TRUE(selector.volumeAt(3).isNull());
 }
 
 }  // namespace
