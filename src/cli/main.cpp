@@ -3,7 +3,9 @@
 
 #include <cstdio>
 
+#include "DemoCommand.h"
 #include "InspectCommand.h"
+#include "ScanCommand.h"
 #include "TarnUtilities.h"
 
 namespace {
@@ -12,9 +14,11 @@ const char* kUsage =
     "usage: tarn <command> [options]\n"
     "\n"
     "commands:\n"
+    "  scan [PATH...] [options]  scan media folders and print the view (tarn scan --help)\n"
+    "  demo [DIR]                write the demo volume (if absent) and show its scan\n"
     "  inspect [--json] FILE...  what Tarn reads in index, database, media and bin files\n"
-    "  --help             this text\n"
-    "  --version          the version and build number\n";
+    "  --help                    this text\n"
+    "  --version                 the version and build number\n";
 
 }  // namespace
 
@@ -26,11 +30,14 @@ int main(int argc, char** argv) {
         std::fputs(kUsage, stdout);
         return 0;
     }
-    if (args.first() == QLatin1String("--version")) {
+    const QString command = args.takeFirst();
+    if (command == QLatin1String("--version")) {
         std::printf("%s\n", qPrintable(TarnUtilities::versionText()));
         return 0;
     }
-    if (args.first() == QLatin1String("inspect")) return InspectCommand::run(args.mid(1));
-    std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(args.first()), kUsage);
+    if (command == QLatin1String("scan")) return ScanCommand::run(args);
+    if (command == QLatin1String("demo")) return DemoCommand::run(args);
+    if (command == QLatin1String("inspect")) return InspectCommand::run(args);
+    std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(command), kUsage);
     return 2;
 }

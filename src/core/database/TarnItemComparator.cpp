@@ -1,0 +1,216 @@
+#include "TarnItemComparator.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "TarnDatabaseItem.h"
+
+namespace {
+
+template <typename T>
+int threeWay(const T& a, const T& b) {
+    return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+int compareText(const QString& a, const QString& b) {
+    const int c = a.compare(b, Qt::CaseInsensitive);
+    return c < 0 ? -1 : (c > 0 ? 1 : 0);
+}
+
+int compareBytes(const quint8* a, const quint8* b) {
+    const int c = std::memcmp(a, b, TarnDatabaseItem::kUIDBytes);
+    return c < 0 ? -1 : (c > 0 ? 1 : 0);
+}
+
+}  // namespace
+
+TarnItemComparator::TarnItemComparator(const QString& key, bool ascending, bool invalidLast)
+    : key_(keyFromString(key)), ascending_(ascending), invalidLast_(invalidLast) {}
+
+TarnItemComparator::Key TarnItemComparator::keyFromString(const QString& key) {
+    static const struct {
+        const char* name;
+        Key key;
+    } keys[] = {
+        {"filename", Key::FileName},
+        {"clipname", Key::ClipName},
+        {"project", Key::Project},
+        {"filesize", Key::FileSize},
+        {"path", Key::Path},
+        {"fileUID", Key::FileUID},
+        {"materialUID", Key::MaterialUID},
+        {"hash", Key::Hash},
+        {"filedate", Key::FileDate},
+        {"compression", Key::Compression},
+        {"samplerate", Key::SampleRate},
+        {"framerate", Key::FrameRate},
+        {"bits", Key::Bits},
+    };
+    for (const auto& k : keys) {
+        if (key == QLatin1String(k.name)) return k.key;
+    }
+    return Key::Unknown;
+}
+
+int TarnItemComparator::compare(const TarnDatabaseItem* a, const TarnDatabaseItem* b) const {
+    if (!a) return b ? 1 : 0;
+    if (!b) return -1;
+    if (invalidLast_) {
+        const bool va = a->DB_isValid, vb = b->DB_isValid;
+        if (va != vb) {
+            const int c = va ? -1 : 1;
+            return ascending_ ? c : -c;
+        }
+        if (!va) return 0;
+    }
+    if (key_ == Key::FileDate) {
+        // Items without a date are last whichever way the column is sorted.
+        const bool da = a->DB_Date.isValid(), db = b->DB_Date.isValid();
+        if (!da || !db) return da == db ? 0 : (da ? -1 : 1);
+    }
+    const int c = compareField(*a, *b);
+    return ascending_ ? c : -c;
+}
+
+int TarnItemComparator::compareField(const TarnDatabaseItem& a, const TarnDatabaseItem& b) const {
+    switch (key_) {
+        case Key::FileName:
+            return compareText(a.DB_ClipName, b.DB_ClipName);
+        case Key::ClipName:
+            return compareText(a.DB_NameInBin, b.DB_NameInBin);
+        case Key::Project:
+            return compareText(a.get_DB_ProjectName(), b.get_DB_ProjectName());
+        case Key::FileSize:
+            return threeWay(a.DB_filesize.value_or(0), b.DB_filesize.value_or(0));
+        case Key::Path:
+            return compareText(a.DB_itemPath, b.DB_itemPath);
+        case Key::FileUID:
+            return compareBytes(a.filePackageUID, b.filePackageUID);
+        case Key::MaterialUID:
+            return compareBytes(a.materialPackageUID, b.materialPackageUID);
+        case Key::Hash:
+            return threeWay(a.hash(), b.hash());
+        case Key::FileDate:
+            return threeWay(a.DB_Date, b.DB_Date);
+        case Key::Compression: {
+            const int c = threeWay(a.compressionCode(), b.compressionCode());
+            return c ? c : threeWay(a.DB_DIDResolutionID, b.DB_DIDResolutionID);
+        }
+        case Key::SampleRate:
+            return threeWay(a.DB_samplerate().numerator, b.DB_samplerate().numerator);
+        case Key::FrameRate:
+            return threeWay(a.DB_framerate().numerator, b.DB_framerate().numerator);
+        case Key::Bits:
+            return threeWay(a.DB_bits, b.DB_bits);
+        case Key::Unknown:
+            break;
+    }
+    return 0;
+}
+
+namespace {
+
+struct SortEntry {
+    quint32 index = 0;
+    quint8 group = 0;  // validity and presence: compared first, in any direction
+    quint8 sub = 0;    // undated after dated
+    quint64 number = 0;
+    const quint8* bytes = nullptr;
+    QString text;
+};
+
+quint64 bigEndian64(const quint8* p) {
+    quint64 v = 0;
+    for (int i = 0; i < 8; ++i) v = (v << 8) | p[i];
+    return v;
+}
+
+}  // namespace
+
+void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items) const {
+    std::vector<SortEntry> entries(size_t(indexes.size()));
+    for (qsizetype n = 0; n < indexes.size(); ++n) {
+        SortEntry& e = entries[size_t(n)];
+        e.index = indexes[n];
+        const TarnDatabaseItem* item =
+            e.index < quint32(items.size()) ? items[e.index].get() : nullptr;
+        if (!item) {
+            e.group = 3;
+            continue;
+        }
+        e.group = 1;
+        if (invalidLast_ && !item->DB_isValid) {
+            e.group = ascending_ ? 2 : 0;
+            continue;
+        }
+        switch (key_) {
+            case Key::FileName:
+                e.text = item->DB_ClipName.toCaseFolded();
+                break;
+            case Key::ClipName:
+                e.text = item->DB_NameInBin.toCaseFolded();
+                break;
+            case Key::Project:
+                e.text = item->get_DB_ProjectName().toCaseFolded();
+                break;
+            case Key::Path:
+                e.text = item->DB_itemPath.toCaseFolded();
+                break;
+            case Key::FileSize:
+                e.number = item->DB_filesize.value_or(0);
+                break;
+            case Key::FileUID:
+                e.bytes = item->filePackageUID;
+                e.number = bigEndian64(e.bytes);
+                break;
+            case Key::MaterialUID:
+                e.bytes = item->materialPackageUID;
+                e.number = bigEndian64(e.bytes);
+                break;
+            case Key::Hash:
+                e.number = item->hash();
+                break;
+            case Key::FileDate:
+                if (item->DB_Date.isValid()) {
+                    e.number = quint64(item->DB_Date.toMSecsSinceEpoch()) ^ (quint64(1) << 63);
+                } else {
+                    e.sub = 1;
+                }
+                break;
+            case Key::Compression:
+                e.number = (quint64(item->compressionCode()) << 32) | item->DB_DIDResolutionID;
+                break;
+            case Key::SampleRate:
+                e.number = item->DB_samplerate().numerator;
+                break;
+            case Key::FrameRate:
+                e.number = item->DB_framerate().numerator;
+                break;
+            case Key::Bits:
+                e.number = item->DB_bits;
+                break;
+            case Key::Unknown:
+                break;
+        }
+    }
+
+    const bool textKey =
+        key_ == Key::FileName || key_ == Key::ClipName || key_ == Key::Project || key_ == Key::Path;
+    const bool byteKey = key_ == Key::FileUID || key_ == Key::MaterialUID;
+    auto fieldCompare = [&](const SortEntry& a, const SortEntry& b) {
+        if (textKey) return QString::compare(a.text, b.text, Qt::CaseSensitive);
+        if (a.number != b.number) return a.number < b.number ? -1 : 1;
+        if (byteKey) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
+        return 0;
+    };
+    std::stable_sort(entries.begin(), entries.end(), [&](const SortEntry& a, const SortEntry& b) {
+        if (a.group != b.group) return a.group < b.group;
+        if (a.group != 1) return false;
+        if (a.sub != b.sub) return a.sub < b.sub;
+        if (a.sub != 0) return false;
+        const int c = fieldCompare(a, b);
+        return ascending_ ? c < 0 : c > 0;
+    });
+    for (qsizetype n = 0; n < indexes.size(); ++n) indexes[n] = entries[size_t(n)].index;
+}
