@@ -92,7 +92,7 @@ void TarnCore::clear() {
     {
         std::lock_guard<std::mutex> guard(coreLock_);
         items_.clear();
-        projectCacheValid_ = false;
+        invalidateCaches();
     }
     sortedFiltered_.clear();
     sorted_.clear();
@@ -101,7 +101,7 @@ void TarnCore::clear() {
     selectedSize_ = 0;
     projects_.clear();
     projectByName_.clear();
-    projectCacheValid_ = false;
+    invalidateCaches();
     TarnFilter::sharedFilter()->ResetFilter();
 }
 
@@ -181,17 +181,18 @@ void TarnCore::AddFile_TypeSelector(const QString& path) {
 void TarnCore::AddItem(const TarnItemPtr& item) {
     if (!item) return;
     items_.append(item);
-    projectCacheValid_ = false;
+    invalidateCaches();
 }
 
 void TarnCore::AddItemsFromArray(const QList<TarnItemPtr>& items) {
     if (!broken_) {
         try {
-            items_.reserve(items_.size() + items.size());
+            // Appends grow the array geometrically; an exact reserve per
+            // folder would copy the whole database for every folder.
             for (const auto& item : items) {
                 if (item) items_.append(item);
             }
-            projectCacheValid_ = false;
+            invalidateCaches();
             return;
         } catch (const std::bad_alloc&) {
             broken_ = true;
@@ -243,7 +244,7 @@ void TarnCore::makeUnique() {
         kept.reserve(qsizetype(unique->size()));
         for (const quint32 i : *unique) kept.append(items_[i]);
         items_ = std::move(kept);
-        projectCacheValid_ = false;
+        invalidateCaches();
     }
 }
 
@@ -293,6 +294,12 @@ void TarnCore::applyFilter() {
     }
 }
 
+void TarnCore::invalidateCaches() {
+    projectCacheValid_ = false;
+    dateKeysValid_ = false;
+    identifierTree_.reset();
+}
+
 void TarnCore::refreshProjectCache() {
     projectOf_.assign(size_t(items_.size()), nullptr);
     if (!projectByName_.isEmpty()) {
@@ -316,6 +323,21 @@ void TarnCore::applyFilterAdd(const QList<TarnItemPtr>& binItems) {
     applySetOperation(binItems, SetOperation::Add);
 }
 
+// Positions in sort order, keyed by identifier; kProbe stands for the bin
+// item being looked up. Kept until the items change.
+void TarnCore::buildIdentifierTree() {
+    identifierOrder_.resize(size_t(items_.size()));
+    for (qsizetype i = 0; i < items_.size(); ++i)
+        identifierOrder_[size_t(i)] = identifierOrder(*items_[i]);
+    auto orderOf = [this](quint32 i) { return i == kProbe ? probeOrder_ : identifierOrder_[i]; };
+    identifierTree_ = std::make_unique<TarnRBTree<quint32>>();
+    identifierTree_->setEQBlock(
+        [orderOf](const quint32& a, const quint32& b) { return orderOf(a) == orderOf(b); });
+    identifierTree_->setLTBlock(
+        [orderOf](const quint32& a, const quint32& b) { return orderOf(a) < orderOf(b); });
+    for (const quint32 index : std::as_const(sorted_)) identifierTree_->TreeInsertNode(index);
+}
+
 // The database goes into a tree ordered by short identifier, so each bin item
 // finds all database items of its identifier in logarithmic time.
 void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperation operation) {
@@ -323,24 +345,16 @@ void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperatio
     const bool onlyExisting = showOnlyExistingFiles();
     const auto filter = TarnFilter::sharedFilter()->snapshot();
 
-    // Positions in the tree; kProbe stands for the bin item being looked up.
-    constexpr quint32 kProbe = 0xFFFFFFFFu;
-    std::vector<quint64> order(size_t(items_.size()));
-    for (qsizetype i = 0; i < items_.size(); ++i) order[size_t(i)] = identifierOrder(*items_[i]);
-    quint64 probeOrder = 0;
-    auto orderOf = [&](quint32 i) { return i == kProbe ? probeOrder : order[i]; };
-    TarnRBTree<quint32> tree;
-    tree.setEQBlock([&](const quint32& a, const quint32& b) { return orderOf(a) == orderOf(b); });
-    tree.setLTBlock([&](const quint32& a, const quint32& b) { return orderOf(a) < orderOf(b); });
-    for (const quint32 index : std::as_const(sorted_)) {
-        tree.TreeInsertNode(index);
-        if (operation == SetOperation::Intersect) items_[index]->DB_isValid = false;
+    if (!identifierTree_) buildIdentifierTree();
+    if (operation == SetOperation::Intersect) {
+        for (const quint32 index : std::as_const(sorted_)) items_[index]->DB_isValid = false;
     }
 
     for (const auto& binItem : binItems) {
         if (!binItem) continue;
-        probeOrder = identifierOrder(*binItem);
-        for (auto* found = tree.TreefindNode(kProbe); found; found = tree.TreefindNextEQ()) {
+        probeOrder_ = identifierOrder(*binItem);
+        for (auto* found = identifierTree_->TreefindNode(kProbe); found;
+             found = identifierTree_->TreefindNextEQ()) {
             TarnDatabaseItem* item = items_[*found].get();
             if (!filter.itemPassFilter(item)) continue;
             if (operation == SetOperation::Subtract) {
@@ -398,15 +412,27 @@ void TarnCore::setFilterFlagProjects(bool shown) {
 
 void TarnCore::SortDefault() {
     if (items_.isEmpty()) return;
-    std::stable_sort(items_.begin(), items_.end(), [](const TarnItemPtr& a, const TarnItemPtr& b) {
-        if (!a) return false;
-        if (!b) return true;
-        const int c =
-            QString::compare(a->get_DB_ProjectName(), b->get_DB_ProjectName(), Qt::CaseSensitive);
+    // Project and file name of each item taken once, then one stable sort.
+    struct Entry {
+        QString project;
+        const QString* clipName;
+        TarnItemPtr item;
+    };
+    std::vector<Entry> entries;
+    entries.reserve(size_t(items_.size()));
+    for (auto& item : items_) {
+        const QString* name = item ? &item->DB_ClipName : nullptr;
+        entries.push_back({item ? item->get_DB_ProjectName() : QString(), name, std::move(item)});
+    }
+    std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+        if (!a.item) return false;
+        if (!b.item) return true;
+        const int c = QString::compare(a.project, b.project, Qt::CaseSensitive);
         if (c != 0) return c < 0;
-        return QString::compare(a->DB_ClipName, b->DB_ClipName, Qt::CaseSensitive) < 0;
+        return QString::compare(*a.clipName, *b.clipName, Qt::CaseSensitive) < 0;
     });
-    projectCacheValid_ = false;
+    for (size_t i = 0; i < entries.size(); ++i) items_[qsizetype(i)] = std::move(entries[i].item);
+    invalidateCaches();
     sorted_.resize(items_.size());
     for (qsizetype i = 0; i < items_.size(); ++i) sorted_[i] = quint32(i);
     if (sortedFiltered_.isEmpty()) sortedFiltered_ = sorted_;
@@ -419,7 +445,12 @@ void TarnCore::sortUsingDescriptors(const QList<TarnSortDescriptor>& descriptors
     const qsizetype start = descriptors.size() < 4 ? descriptors.size() - 1 : 0;
     for (qsizetype i = start; i >= 0; --i) {
         const TarnSortDescriptor& d = descriptors.at(i);
-        TarnItemComparator(d.key, d.ascending, invalidLast).sort(sorted_, items_);
+        const TarnItemComparator comparator(d.key, d.ascending, invalidLast);
+        if (comparator.needsDates() && !dateKeysValid_) {
+            dateKeys_ = TarnItemComparator::dateKeys(items_);
+            dateKeysValid_ = true;
+        }
+        comparator.sort(sorted_, items_, &dateKeys_);
     }
 }
 

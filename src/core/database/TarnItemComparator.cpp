@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "TarnDatabaseItem.h"
@@ -128,7 +129,18 @@ quint64 bigEndian64(const quint8* p) {
 
 }  // namespace
 
-void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items) const {
+std::vector<qint64> TarnItemComparator::dateKeys(const QList<TarnItemPtr>& items) {
+    std::vector<qint64> keys(size_t(items.size()), std::numeric_limits<qint64>::min());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (items[i] && items[i]->DB_Date.isValid())
+            keys[size_t(i)] = items[i]->DB_Date.toMSecsSinceEpoch();
+    }
+    return keys;
+}
+
+void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items,
+                              const std::vector<qint64>* dates) const {
+    if (dates && dates->size() != size_t(items.size())) dates = nullptr;
     std::vector<SortEntry> entries(size_t(indexes.size()));
     for (qsizetype n = 0; n < indexes.size(); ++n) {
         SortEntry& e = entries[size_t(n)];
@@ -171,13 +183,17 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
             case Key::Hash:
                 e.number = item->hash();
                 break;
-            case Key::FileDate:
-                if (item->DB_Date.isValid()) {
-                    e.number = quint64(item->DB_Date.toMSecsSinceEpoch()) ^ (quint64(1) << 63);
+            case Key::FileDate: {
+                const bool dated = dates ? (*dates)[e.index] != std::numeric_limits<qint64>::min()
+                                         : item->DB_Date.isValid();
+                if (dated) {
+                    const qint64 ms = dates ? (*dates)[e.index] : item->DB_Date.toMSecsSinceEpoch();
+                    e.number = quint64(ms) ^ (quint64(1) << 63);
                 } else {
                     e.sub = 1;
                 }
                 break;
+            }
             case Key::Compression:
                 e.number = (quint64(item->compressionCode()) << 32) | item->DB_DIDResolutionID;
                 break;
