@@ -40,6 +40,22 @@ QString extensionOf(const QString& path) {
     return path.mid(dot + 1);
 }
 
+// The first four UTF-16 units of a text as one number that orders like the
+// text itself (a shorter text pads with zeros); equal heads need the full text.
+quint64 textHead(const QString& text) {
+    quint64 head = 0;
+    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
+    return head;
+}
+
+// Only index files and AAF files do anything in AddFile_TypeSelector; the
+// walk skips building paths for the media files around them.
+bool dispatchesByExtension(const QString& name) {
+    const QString ext = extensionOf(name);
+    return ext.compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0 ||
+           ext.compare(QLatin1String("aaf"), Qt::CaseInsensitive) == 0;
+}
+
 QString lastComponent(const QString& path) {
     QString p = path;
     while (p.size() > 1 && p.endsWith(QLatin1Char('/'))) p.chop(1);
@@ -151,13 +167,13 @@ void TarnCore::walkFolder(const QString& root) {
         // Sub-folders are pushed in reverse so that they come off in name order.
         subfolders.clear();
         for (const auto& entry : std::as_const(entries)) {
-            const QString path = base + entry.name;
             if (entry.isDir) {
-                subfolders.append(path);
-            } else {
-                AddFile_TypeSelector(path);
+                subfolders.append(base + entry.name);
+            } else if (dispatchesByExtension(entry.name)) {
+                AddFile_TypeSelector(base + entry.name);
             }
         }
+        std::sort(subfolders.begin(), subfolders.end());
         for (auto it = subfolders.crbegin(); it != subfolders.crend(); ++it) stack.append(*it);
     }
 }
@@ -412,23 +428,44 @@ void TarnCore::setFilterFlagProjects(bool shown) {
 
 void TarnCore::SortDefault() {
     if (items_.isEmpty()) return;
-    // Project and file name of each item taken once, then one stable sort.
+    // A database holds few projects: each gets its rank in the plain text
+    // order once, so most comparisons are of two numbers and a file name.
+    QHash<QString, quint32> rankOf;
+    std::vector<quint32> ranks(size_t(items_.size()), 0);
+    {
+        QStringList names;
+        for (const auto& item : std::as_const(items_)) {
+            if (!item) continue;
+            const QString name = item->get_DB_ProjectName();
+            if (!rankOf.contains(name)) {
+                rankOf.insert(name, 0);
+                names.append(name);
+            }
+        }
+        std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
+            return QString::compare(a, b, Qt::CaseSensitive) < 0;
+        });
+        for (qsizetype r = 0; r < names.size(); ++r) rankOf[names[r]] = quint32(r);
+    }
     struct Entry {
-        QString project;
+        quint32 rank;
+        bool present;
+        quint64 head;  // the name's first four characters, in order
         const QString* clipName;
         TarnItemPtr item;
     };
     std::vector<Entry> entries;
     entries.reserve(size_t(items_.size()));
     for (auto& item : items_) {
+        const quint32 rank = item ? rankOf.value(item->get_DB_ProjectName()) : 0;
         const QString* name = item ? &item->DB_ClipName : nullptr;
-        entries.push_back({item ? item->get_DB_ProjectName() : QString(), name, std::move(item)});
+        entries.push_back({rank, bool(item), name ? textHead(*name) : 0, name, std::move(item)});
     }
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
-        if (!a.item) return false;
-        if (!b.item) return true;
-        const int c = QString::compare(a.project, b.project, Qt::CaseSensitive);
-        if (c != 0) return c < 0;
+        if (!a.present) return false;
+        if (!b.present) return true;
+        if (a.rank != b.rank) return a.rank < b.rank;
+        if (a.head != b.head) return a.head < b.head;
         return QString::compare(*a.clipName, *b.clipName, Qt::CaseSensitive) < 0;
     });
     for (size_t i = 0; i < entries.size(); ++i) items_[qsizetype(i)] = std::move(entries[i].item);
@@ -460,19 +497,31 @@ void TarnCore::prepareProjectsSummary() {
         project->SizeValue = 0;
         project->FilesCount = 0;
     }
+    // Every item's project is looked up here once, which also fills the
+    // project cache of applyFilter.
     const auto filter = TarnFilter::sharedFilter()->snapshot();
-    for (const auto& item : std::as_const(items_)) {
-        if (!item->DB_isValid || !filter.itemPassFilter(item.get())) continue;
+    projectOf_.assign(size_t(items_.size()), nullptr);
+    for (qsizetype i = 0; i < items_.size(); ++i) {
+        const TarnDatabaseItem* item = items_[i].get();
         const QString name = item->get_DB_ProjectName();
         auto found = projectByName_.find(name);
+        const bool counted = item->DB_isValid && filter.itemPassFilter(item);
         if (found == projectByName_.end()) {
-            auto project = std::make_shared<TarnProject>(name);
-            found = projectByName_.insert(name, project);
+            if (!counted) continue;
+            found = projectByName_.insert(name, std::make_shared<TarnProject>(name));
         }
+        projectOf_[size_t(i)] = found->get();
+        if (!counted) continue;
         (*found)->SizeValue += item->DB_filesize.value_or(0);
         (*found)->FilesCount += 1;
     }
-    projectCacheValid_ = false;
+    // A project made for a later item is missed by earlier ones of its name.
+    for (qsizetype i = 0; i < items_.size(); ++i) {
+        if (projectOf_[size_t(i)]) continue;
+        const auto found = projectByName_.constFind(items_[i]->get_DB_ProjectName());
+        if (found != projectByName_.constEnd()) projectOf_[size_t(i)] = found->get();
+    }
+    projectCacheValid_ = true;
     projects_ = projectByName_.values();
     std::sort(projects_.begin(), projects_.end(),
               [](const TarnProjectPtr& a, const TarnProjectPtr& b) {

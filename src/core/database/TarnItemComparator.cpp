@@ -121,6 +121,13 @@ struct SortEntry {
     QString text;
 };
 
+// The first four UTF-16 units as one number ordered like the text.
+quint64 textHead(const QString& text) {
+    quint64 head = 0;
+    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
+    return head;
+}
+
 quint64 bigEndian64(const quint8* p) {
     quint64 v = 0;
     for (int i = 0; i < 8; ++i) v = (v << 8) | p[i];
@@ -214,8 +221,14 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
     const bool textKey =
         key_ == Key::FileName || key_ == Key::ClipName || key_ == Key::Project || key_ == Key::Path;
     const bool byteKey = key_ == Key::FileUID || key_ == Key::MaterialUID;
+    if (textKey) {
+        for (auto& e : entries) e.number = textHead(e.text);
+    }
     auto fieldCompare = [&](const SortEntry& a, const SortEntry& b) {
-        if (textKey) return QString::compare(a.text, b.text, Qt::CaseSensitive);
+        if (textKey) {
+            if (a.number != b.number) return a.number < b.number ? -1 : 1;
+            return QString::compare(a.text, b.text, Qt::CaseSensitive);
+        }
         if (a.number != b.number) return a.number < b.number ? -1 : 1;
         if (byteKey) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
         return 0;
