@@ -4,12 +4,11 @@
 #include <QString>
 
 #include <cstdio>
-#include <cstring>
 
 #include "AvbWriter.h"
 #include "FixtureFiles.h"
-#include "MdbWriter.h"
 #include "MxfWriter.h"
+#include "OmfSeeds.h"
 #include "PmrWriter.h"
 #include "Umid.h"
 
@@ -70,39 +69,24 @@ bool avbSeeds(const QString& dir) {
     return ok;
 }
 
+// The OMF reader's own seed set: media databases in both byte orders, an
+// OMF 2 label, a truncated table of contents.
 bool omfSeeds(const QString& dir) {
-    fixtures::MdbClip picture;
-    picture.fileShortUID = 0x1001;
-    picture.materialShortUID = 0x1002;
-    picture.clipName = QStringLiteral("A001C001");
-    picture.project = QStringLiteral("Feature");
-    picture.frameRate = {25, 1};
-    picture.resolutionID = 1237;
-    std::memcpy(picture.fourCC, "AVdn", 4);
-    picture.sampleRate = {25, 1};
-    picture.bits = 8;
-    fixtures::MdbClip sound = picture;
-    sound.fileShortUID = 0x1003;
-    sound.audio = true;
-    sound.sampleRate = {48000, 1};
-    sound.bits = 24;
-    sound.projectSourceUIDSize = 32;
-    bool ok = true;
-    ok &= fixtures::writeFile(dir + QStringLiteral("/little.mdb"),
-                              fixtures::writeMdb({picture, sound}));
-    ok &= fixtures::writeFile(dir + QStringLiteral("/big.mdb"),
-                              fixtures::writeMdb({picture, sound}, true));
+    const QList<QByteArray> seeds = fixtures::omfSeeds();
+    bool ok = !seeds.isEmpty();
+    for (qsizetype i = 0; i < seeds.size(); ++i)
+        ok &= fixtures::writeFile(dir + QStringLiteral("/seed_%1").arg(i), seeds[i]);
     return ok;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: seed_corpus <folder>\n");
+    if (argc > 2) {
+        std::fprintf(stderr, "usage: seed_corpus [folder]\n");
         return 2;
     }
-    const QString root = QString::fromLocal8Bit(argv[1]);
+    const QString root = QString::fromLocal8Bit(argc > 1 ? argv[1] : "fuzz-corpus");
     struct Target {
         const char* name;
         bool (*write)(const QString& dir);

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "InspectCommand.h"
 #include "TarnUtilities.h"
 
 namespace {
@@ -11,6 +12,7 @@ const char* kUsage =
     "usage: tarn <command> [options]\n"
     "\n"
     "commands:\n"
+    "  inspect [--json] FILE...  what Tarn reads in index, database, media and bin files\n"
     "  --help             this text\n"
     "  --version          the version and build number\n";
 
@@ -28,6 +30,7 @@ int main(int argc, char** argv) {
         std::printf("%s\n", qPrintable(TarnUtilities::versionText()));
         return 0;
     }
+    if (args.first() == QLatin1String("inspect")) return InspectCommand::run(args.mid(1));
     std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(args.first()), kUsage);
     return 2;
 }
