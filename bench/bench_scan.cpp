@@ -106,11 +106,11 @@ bool makeVolume(const QString& root) {
             }
             // Every 20th folder holds one real MXF file that no index lists.
             if (i == 0 && f % 20 == 0) {
-                fixtures::MxfSpec spec;
-                spec.clipName = QStringLiteral("Unlisted %1").arg(f);
-                spec.projectName = QStringLiteral("Lost");
-                spec.fileUMID = fixtures::umidFor(quint32(900000 + f));
-                if (!fixtures::writeMxfFile(folder + name, spec)) return false;
+                fixtures::MxfSpec mxf;
+                mxf.clipName = QStringLiteral("Unlisted %1").arg(f);
+                mxf.projectName = QStringLiteral("Lost");
+                mxf.fileUMID = fixtures::umidFor(quint32(900000 + f));
+                if (!fixtures::writeMxfFile(folder + name, mxf)) return false;
             } else {
                 QFile file(folder + name);
                 if (!file.open(QIODevice::WriteOnly)) return false;
