@@ -80,10 +80,10 @@ TEST_F(ScanReadersTest, MediaDatabaseCompletesTheItemsWhenScanMDBIsOn) {
 TEST_F(ScanReadersTest, UnlistedMXFFilesAreReadWhenScanMXFIsOn) {
     const QString folder = root + "/1";
     dbtest::writeMediaFolder(folder, {makePmrEntry(1, "listed.mxf", "P")});
-    fixtures::MxfSpec spec;
-    spec.clipName = QStringLiteral("Lost Take");
-    spec.projectName = QStringLiteral("Lost Project");
-    ASSERT_TRUE(fixtures::writeMxfFile(folder + "/unlisted.mxf", spec));
+    fixtures::MxfSpec mxf;
+    mxf.clipName = QStringLiteral("Lost Take");
+    mxf.projectName = QStringLiteral("Lost Project");
+    ASSERT_TRUE(fixtures::writeMxfFile(folder + "/unlisted.mxf", mxf));
 
     scanFolder(folder);
     auto unlisted = itemNamed("unlisted.mxf");
