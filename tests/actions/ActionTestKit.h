@@ -13,12 +13,19 @@
 #include <QStringList>
 
 #include <deque>
+#include <ostream>
 #include <memory>
 
 #include <gtest/gtest.h>
 
 #include "TarnAlert.h"
 #include "TarnDatabaseItem.h"
+
+// Readable failure messages for texts.
+inline void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.toStdString() << '"'; }
+inline void PrintTo(const QStringList& list, std::ostream* os) {
+    *os << '[' << list.join(QStringLiteral("\", \"")).toStdString() << ']';
+}
 
 namespace actiontest {
 
