@@ -13,8 +13,8 @@
 #include <QStringList>
 
 #include <deque>
-#include <ostream>
 #include <memory>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,9 @@
 #include "TarnDatabaseItem.h"
 
 // Readable failure messages for texts.
-inline void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.toStdString() << '"'; }
+inline void PrintTo(const QString& text, std::ostream* os) {
+    *os << '"' << text.toStdString() << '"';
+}
 inline void PrintTo(const QStringList& list, std::ostream* os) {
     *os << '[' << list.join(QStringLiteral("\", \"")).toStdString() << ']';
 }

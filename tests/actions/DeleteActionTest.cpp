@@ -82,8 +82,8 @@ TEST_F(DeleteFixture, WithoutTrashThePermanentDeleteQuestionDecides) {
     blockTrash();
     QList<TarnItemPtr> items;
     for (const char* n : {"A.mxf", "B.mxf", "C.mxf", "D.mxf"}) items << file(n);
-    ScriptedAnswers answers({TarnAlert::kSecondButton, TarnAlert::kFirstButton,
-                             TarnAlert::kThirdButton});
+    ScriptedAnswers answers(
+        {TarnAlert::kSecondButton, TarnAlert::kFirstButton, TarnAlert::kThirdButton});
     testsupport::LogCapture console;
     TarnActionOperation op(options(items));
     op.start();
@@ -100,7 +100,8 @@ TEST_F(DeleteFixture, WithoutTrashThePermanentDeleteQuestionDecides) {
     EXPECT_EQ(log.count(":: SUCCEED ::\n"), 3);
     EXPECT_TRUE(log.contains(QStringLiteral(":: SKIPPED :: %1 \n").arg(items[1]->DB_itemPath)));
     EXPECT_EQ(console.count("Delegate returned NO"), 1);
-    EXPECT_EQ(log.count(QRegularExpression(":: ERROR :: \\d+ :: No Trash folder at [^\\n]* \\n")), 4);
+    EXPECT_EQ(log.count(QRegularExpression(":: ERROR :: \\d+ :: No Trash folder at [^\\n]* \\n")),
+              4);
     EXPECT_EQ(op.BytesDone(), 4 * 4096u);
 }
 
@@ -117,23 +118,23 @@ TEST_F(DeleteFixture, AFileThatCannotBeRemovedIsReported) {
     }
     if (!locked) GTEST_SKIP() << "cannot make a file unremovable here (chattr)";
     // Yes, Ok, Yes, (no second error dialog after "Do NotShow Again")
-    ScriptedAnswers answers({TarnAlert::kSecondButton, TarnAlert::kSecondButton,
-                             TarnAlert::kSecondButton});
+    ScriptedAnswers answers(
+        {TarnAlert::kSecondButton, TarnAlert::kSecondButton, TarnAlert::kSecondButton});
     TarnActionOperation op(options({a, b}));
     op.start();
     if (::geteuid() == 0) {
         QProcess::execute("chattr", {"-i", a->DB_itemPath});
         QProcess::execute("chattr", {"-i", b->DB_itemPath});
     } else {
-        QFile::setPermissions(src(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                         QFileDevice::ExeOwner);
+        QFile::setPermissions(
+            src(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }
     EXPECT_EQ(answers.asked().size(), 3);
     EXPECT_EQ(answers.buttons().at(1), QStringLiteral("Ok|Do NotShow Again"));
     EXPECT_FALSE(op.ShowAllErrorDialogs());
-    const QString errorLine = QStringLiteral(":: ERROR :: %1 :: %2 \n")
-                                  .arg(::geteuid() == 0 ? "Operation not permitted"
-                                                        : "Permission denied");
+    const QString errorLine =
+        QStringLiteral(":: ERROR :: %1 :: %2 \n")
+            .arg(::geteuid() == 0 ? "Operation not permitted" : "Permission denied");
     EXPECT_TRUE(op.actionLog().contains(errorLine.arg(a->DB_itemPath)));
     EXPECT_TRUE(op.actionLog().contains(errorLine.arg(b->DB_itemPath)));
     EXPECT_FALSE(op.actionLog().contains(":: SUCCEED ::"));

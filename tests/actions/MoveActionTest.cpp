@@ -15,7 +15,7 @@ namespace {
 // Makes a file that the engine must treat as not movable: read-only for a
 // normal user; immutable for root, who may write anything else.
 class Unmovable {
-public:
+  public:
     explicit Unmovable(const QString& path) : path_(path) {
         if (::geteuid() != 0) {
             ok_ = ::chmod(QFile::encodeName(path).constData(), 0444) == 0;
@@ -29,7 +29,7 @@ public:
     }
     bool ok() const { return ok_; }
 
-private:
+  private:
     QString path_;
     bool ok_ = false;
     bool immutable_ = false;
@@ -79,7 +79,8 @@ TEST_F(MoveFixture, FastMoveOnOneVolumeLogsNoDoneAndMarksTheItemMissing) {
 }
 
 TEST_F(MoveFixture, MoveToAnotherFileSystemCopiesThenRemovesTheSource) {
-    struct stat here {}, shm {};
+    struct stat here {
+    }, shm{};
     if (::stat(QFile::encodeName(tmp.path()).constData(), &here) != 0 ||
         ::stat("/dev/shm", &shm) != 0 || here.st_dev == shm.st_dev)
         GTEST_SKIP() << "the build folder and /dev/shm are one file system here";
@@ -92,9 +93,10 @@ TEST_F(MoveFixture, MoveToAnotherFileSystemCopiesThenRemovesTheSource) {
     TarnActionOperation op(o);
     op.start();
     const QString target = other.path() + QStringLiteral("/Doc/MXF/A.mxf");
-    EXPECT_TRUE(untimed(op.actionLog())
-                    .contains(QStringLiteral("to :: %1\nT :: DONE ::\nT :: TarnAction Finished\n")
-                                  .arg(target)));
+    EXPECT_TRUE(
+        untimed(op.actionLog())
+            .contains(
+                QStringLiteral("to :: %1\nT :: DONE ::\nT :: TarnAction Finished\n").arg(target)));
     EXPECT_TRUE(console.contains(QStringLiteral(":: Slow move")));
     EXPECT_EQ(readFile(target), content("A.mxf", 3 * 1024 * 1024 + 17));
     EXPECT_FALSE(QFileInfo::exists(a->DB_itemPath));
@@ -106,7 +108,8 @@ TEST_F(MoveFixture, VolumesAreToldApartByMountEvenWithoutLabels) {
     TarnActionOperation op(options({}));
     QDir().mkpath(tmp.path() + "/Vol");
     EXPECT_TRUE(op.areURLsOnTheSameVolume(tmp.path(), tmp.path() + "/Vol"));
-    struct stat here {}, shm {};
+    struct stat here {
+    }, shm{};
     if (::stat(QFile::encodeName(tmp.path()).constData(), &here) == 0 &&
         ::stat("/dev/shm", &shm) == 0 && here.st_dev != shm.st_dev) {
         EXPECT_FALSE(op.areURLsOnTheSameVolume(tmp.path(), QStringLiteral("/dev/shm")));
@@ -149,7 +152,8 @@ TEST_F(MoveFixture, FiveButtonAnswersDecideAndRemember) {
         EXPECT_TRUE(op.isCancelled());
         EXPECT_EQ(op.itemsDone(), 1u);
         EXPECT_EQ(op.BytesDone(), 0u);
-        EXPECT_TRUE(untimed(op.actionLog()).endsWith("T :: TarnAction Cancelled\nT :: TarnAction Finished\n"));
+        EXPECT_TRUE(untimed(op.actionLog())
+                        .endsWith("T :: TarnAction Cancelled\nT :: TarnAction Finished\n"));
     }
     for (const TarnItemPtr& item : items) EXPECT_TRUE(QFileInfo::exists(item->DB_itemPath));
     EXPECT_EQ(readFile(dst() + "/Doc"), QByteArray("in the way"));
@@ -183,8 +187,8 @@ TEST_F(MoveFixture, RefusedOverwriteStillAsksButCopiesNothing) {
     ScriptedAnswers answers({TarnAlert::kFirstButton, 1002});  // No overwrite, then "Yes" copy
     TarnActionOperation op(options({a}));
     op.start();
-    EXPECT_EQ(answers.asked(),
-              (QStringList{"File exists at destination.\nOverwrite?", "File can not be moved.\nCopy?"}));
+    EXPECT_EQ(answers.asked(), (QStringList{"File exists at destination.\nOverwrite?",
+                                            "File can not be moved.\nCopy?"}));
     EXPECT_TRUE(op.actionLog().contains(
         ":: FILE EXISTS AT DESTINATION \n:: SKIPPING \n:: file is not moveable \n:: COPYING \n"));
     EXPECT_EQ(readFile(target), QByteArray("old"));

@@ -91,8 +91,9 @@ TEST_F(CancelFixture, CancelDuringACopyRemovesThePartialTargetAndEndsTheRun) {
     EXPECT_EQ(QFileInfo(a->DB_itemPath).size(), kBig);
     EXPECT_EQ(op.itemsDone(), 1u);
     EXPECT_EQ(op.BytesDone(), 0u);  // the cancelled file is not counted
-    EXPECT_TRUE(untimed(op.actionLog())
-                    .endsWith("T :: TarnAction Cancelled\nT :: ERROR ::\nT :: TarnAction Finished\n"));
+    EXPECT_TRUE(
+        untimed(op.actionLog())
+            .endsWith("T :: TarnAction Cancelled\nT :: ERROR ::\nT :: TarnAction Finished\n"));
 }
 
 TEST_F(CancelFixture, CancelAfterTheRunChangesNothing) {
@@ -102,8 +103,8 @@ TEST_F(CancelFixture, CancelAfterTheRunChangesNothing) {
     op.cancel();
     EXPECT_EQ(readFile(dst() + "/A.mxf"), content("A.mxf"));
     EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
-    EXPECT_TRUE(untimed(op.actionLog())
-                    .endsWith("T :: TarnAction Finished\nT :: TarnAction Cancelled\n"));
+    EXPECT_TRUE(
+        untimed(op.actionLog()).endsWith("T :: TarnAction Finished\nT :: TarnAction Cancelled\n"));
 }
 
 TEST_F(CancelFixture, InterruptedOverwriteKeepsTheOldTarget) {
@@ -120,7 +121,8 @@ TEST_F(CancelFixture, InterruptedOverwriteKeepsTheOldTarget) {
 }
 
 TEST_F(CancelFixture, CancelledMoveAcrossFileSystemsKeepsTheSource) {
-    struct stat here {}, shm {};
+    struct stat here {
+    }, shm{};
     if (::stat(QFile::encodeName(tmp.path()).constData(), &here) != 0 ||
         ::stat("/dev/shm", &shm) != 0 || here.st_dev == shm.st_dev)
         GTEST_SKIP() << "the build folder and /dev/shm are one file system here";
@@ -154,7 +156,8 @@ TEST_F(CancelFixture, FailedCopyLeavesNoPartialAndNothingChanged) {
 }
 
 TEST_F(CancelFixture, FailedMoveAcrossFileSystemsKeepsTheSource) {
-    struct stat here {}, shm {};
+    struct stat here {
+    }, shm{};
     if (::stat(QFile::encodeName(tmp.path()).constData(), &here) != 0 ||
         ::stat("/dev/shm", &shm) != 0 || here.st_dev == shm.st_dev)
         GTEST_SKIP() << "the build folder and /dev/shm are one file system here";
@@ -187,8 +190,8 @@ TEST_F(CancelFixture, CopierReportsEveryChunkAndTheWholeSize) {
         ++c->calls;
         return int(TarnFileCopier::Continue);
     };
-    TarnFileCopier::Result r =
-        TarnFileCopier::copy(a->DB_itemPath, dst() + "/A.mxf", TarnFileCopier::None, callback, &count);
+    TarnFileCopier::Result r = TarnFileCopier::copy(a->DB_itemPath, dst() + "/A.mxf",
+                                                    TarnFileCopier::None, callback, &count);
     ASSERT_TRUE(r.ok) << r.description.toStdString();
     EXPECT_EQ(count.last, kBig);
     EXPECT_TRUE(count.ordered);
