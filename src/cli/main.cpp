@@ -3,6 +3,8 @@
 
 #include <cstdio>
 
+#include "DemoCommand.h"
+#include "ScanCommand.h"
 #include "TarnUtilities.h"
 
 namespace {
@@ -11,8 +13,10 @@ const char* kUsage =
     "usage: tarn <command> [options]\n"
     "\n"
     "commands:\n"
-    "  --help             this text\n"
-    "  --version          the version and build number\n";
+    "  scan [PATH...] [options]  scan media folders and print the view (tarn scan --help)\n"
+    "  demo [DIR]                write the demo volume (if absent) and show its scan\n"
+    "  --help                    this text\n"
+    "  --version                 the version and build number\n";
 
 }  // namespace
 
@@ -24,10 +28,13 @@ int main(int argc, char** argv) {
         std::fputs(kUsage, stdout);
         return 0;
     }
-    if (args.first() == QLatin1String("--version")) {
+    const QString command = args.takeFirst();
+    if (command == QLatin1String("--version")) {
         std::printf("%s\n", qPrintable(TarnUtilities::versionText()));
         return 0;
     }
-    std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(args.first()), kUsage);
+    if (command == QLatin1String("scan")) return ScanCommand::run(args);
+    if (command == QLatin1String("demo")) return DemoCommand::run(args);
+    std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(command), kUsage);
     return 2;
 }

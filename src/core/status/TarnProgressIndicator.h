@@ -4,7 +4,7 @@
 // spinning wheel (indeterminate) or a count towards a maximum. The status
 // strip's wheels implement it; readers take an optional one.
 class TarnProgressIndicator {
-public:
+  public:
     virtual ~TarnProgressIndicator() = default;
     virtual void setIndeterminate(bool indeterminate) = 0;
     virtual void setMinValue(double value) = 0;

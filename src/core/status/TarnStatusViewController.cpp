@@ -17,7 +17,8 @@ TarnStatusViewController* TarnStatusViewController::getTheController() {
 void TarnStatusViewController::Status_InitWheels() {
     if (wheels_[0]) return;
     for (int i = 0; i < TarnMAXWheels; ++i) {
-        wheels_[i] = std::make_unique<TarnStatusWheel>(i, [this](int idx) { emit wheelChanged(idx); });
+        wheels_[i] =
+            std::make_unique<TarnStatusWheel>(i, [this](int idx) { emit wheelChanged(idx); });
     }
 }
 
@@ -25,24 +26,31 @@ void TarnStatusViewController::setIsRunning(bool running) {
     if (running_.exchange(running) != running) emit runningChanged(running);
 }
 
+bool TarnStatusViewController::tryStartRunning() {
+    bool expected = false;
+    if (!running_.compare_exchange_strong(expected, true)) return false;
+    emit runningChanged(true);
+    return true;
+}
+
 void TarnStatusViewController::Status_SetTextWithString(const QString& text) {
     if (text.isNull()) return;
     {
-        QMutexLocker locker(&lock_);
+        std::lock_guard<std::mutex> locker(lock_);
         text_ = text;
     }
     emit textChanged(text);
 }
 
 QString TarnStatusViewController::statusText() const {
-    QMutexLocker locker(&lock_);
+    std::lock_guard<std::mutex> locker(lock_);
     return text_;
 }
 
 TarnStatusWheel* TarnStatusViewController::Status_GetProgressWheel() {
     TarnStatusWheel* found = nullptr;
     {
-        QMutexLocker locker(&lock_);
+        std::lock_guard<std::mutex> locker(lock_);
         if (wheelsleft_ > 0) {
             for (auto& wheel : wheels_) {
                 if (wheel->isFree()) {
@@ -67,7 +75,7 @@ TarnStatusWheel* TarnStatusViewController::Status_GetProgressWheel() {
 void TarnStatusViewController::Status_DeleteProgressWheel(TarnStatusWheel* wheel) {
     if (!wheel) return;
     {
-        QMutexLocker locker(&lock_);
+        std::lock_guard<std::mutex> locker(lock_);
         wheel->setIsFree(true);
         ++wheelsleft_;
     }
@@ -77,7 +85,7 @@ void TarnStatusViewController::Status_DeleteProgressWheel(TarnStatusWheel* wheel
 
 void TarnStatusViewController::StopAllWheels() {
     {
-        QMutexLocker locker(&lock_);
+        std::lock_guard<std::mutex> locker(lock_);
         for (auto& wheel : wheels_) wheel->setIsFree(true);
         wheelsleft_ = TarnMAXWheels;
     }
@@ -88,7 +96,7 @@ void TarnStatusViewController::StopAllWheels() {
 }
 
 int TarnStatusViewController::wheelsleft() const {
-    QMutexLocker locker(&lock_);
+    std::lock_guard<std::mutex> locker(lock_);
     return wheelsleft_;
 }
 

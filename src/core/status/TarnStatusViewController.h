@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QMutex>
 #include <QObject>
 #include <QString>
+#include <mutex>
 
 #include <array>
 #include <atomic>
@@ -16,7 +16,7 @@
 // announced by a signal (connect queued from a view).
 class TarnStatusViewController : public QObject {
     Q_OBJECT
-public:
+  public:
     static constexpr int TarnMAXThreads = 6;
     static constexpr int TarnMAXWheels = 16;
 
@@ -24,6 +24,8 @@ public:
 
     bool isRunning() const { return running_.load(); }
     void setIsRunning(bool running);
+    // Sets the busy flag only when it was clear; false when work already runs.
+    bool tryStartRunning();
 
     void Status_SetTextWithString(const QString& text);
     QString statusText() const;
@@ -39,16 +41,16 @@ public:
     int wheelsleft() const;
     TarnStatusWheel* wheelAt(int index) const;
 
-signals:
+  signals:
     void textChanged(const QString& text);
     void wheelChanged(int index);  // -1 is the big wheel
     void runningChanged(bool running);
 
-private:
+  private:
     TarnStatusViewController();
     void Status_InitWheels();
 
-    mutable QMutex lock_;
+    mutable std::mutex lock_;
     std::array<std::unique_ptr<TarnStatusWheel>, TarnMAXWheels> wheels_;
     std::unique_ptr<TarnStatusWheel> bigWheel_;
     int wheelsleft_ = TarnMAXWheels;

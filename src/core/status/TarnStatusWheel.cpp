@@ -4,23 +4,23 @@ TarnStatusWheel::TarnStatusWheel(int index, std::function<void(int)> notify)
     : index_(index), notify_(std::move(notify)) {}
 
 bool TarnStatusWheel::isFree() const {
-    QMutexLocker locker(&mutex_);
+    std::lock_guard<std::mutex> locker(mutex_);
     return isFree_;
 }
 
 void TarnStatusWheel::setIsFree(bool free) {
-    QMutexLocker locker(&mutex_);
+    std::lock_guard<std::mutex> locker(mutex_);
     isFree_ = free;
 }
 
 TarnStatusWheel::State TarnStatusWheel::state() const {
-    QMutexLocker locker(&mutex_);
+    std::lock_guard<std::mutex> locker(mutex_);
     return state_;
 }
 
 void TarnStatusWheel::setIndeterminate(bool indeterminate) {
     {
-        QMutexLocker locker(&mutex_);
+        std::lock_guard<std::mutex> locker(mutex_);
         state_.indeterminate = indeterminate;
     }
     changed();
@@ -28,7 +28,7 @@ void TarnStatusWheel::setIndeterminate(bool indeterminate) {
 
 void TarnStatusWheel::setMinValue(double value) {
     {
-        QMutexLocker locker(&mutex_);
+        std::lock_guard<std::mutex> locker(mutex_);
         state_.minValue = value;
     }
     changed();
@@ -36,7 +36,7 @@ void TarnStatusWheel::setMinValue(double value) {
 
 void TarnStatusWheel::setMaxValue(double value) {
     {
-        QMutexLocker locker(&mutex_);
+        std::lock_guard<std::mutex> locker(mutex_);
         state_.maxValue = value;
     }
     changed();
@@ -44,7 +44,7 @@ void TarnStatusWheel::setMaxValue(double value) {
 
 void TarnStatusWheel::setDoubleValue(double value) {
     {
-        QMutexLocker locker(&mutex_);
+        std::lock_guard<std::mutex> locker(mutex_);
         state_.value = value;
     }
     changed();
@@ -52,7 +52,7 @@ void TarnStatusWheel::setDoubleValue(double value) {
 
 void TarnStatusWheel::startAnimation() {
     {
-        QMutexLocker locker(&mutex_);
+        std::lock_guard<std::mutex> locker(mutex_);
         state_.animating = true;
     }
     changed();
@@ -60,7 +60,7 @@ void TarnStatusWheel::startAnimation() {
 
 void TarnStatusWheel::stopAnimation() {
     {
-        QMutexLocker locker(&mutex_);
+        std::lock_guard<std::mutex> locker(mutex_);
         state_.animating = false;
     }
     changed();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QMutex>
+#include <mutex>
 
 #include <functional>
 
@@ -10,7 +10,7 @@
 // Every change calls the owner's notifier with the wheel's index, so a view
 // (the app's strip, the command line's progress line) can redraw it.
 class TarnStatusWheel : public TarnProgressIndicator {
-public:
+  public:
     struct State {
         bool indeterminate = true;
         bool animating = false;
@@ -33,12 +33,12 @@ public:
     void startAnimation() override;
     void stopAnimation() override;
 
-private:
+  private:
     void changed();
 
     const int index_;
     std::function<void(int)> notify_;
-    mutable QMutex mutex_;
+    mutable std::mutex mutex_;
     State state_;
     bool isFree_ = true;
 };

@@ -1,0 +1,440 @@
+#include "TarnCore.h"
+
+#include <QUrl>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+#include "AVBFile.h"
+#include "TarnFilter.h"
+#include "TarnFolderReader.h"
+#include "TarnItemComparator.h"
+#include "TarnPMRScannerOperation.h"
+#include "TarnPreferences.h"
+#include "TarnRBTree.h"
+#include "TarnScannerQueue.h"
+#include "TarnStatusViewController.h"
+#include "TarnVocabulary.h"
+#include "xConsole.h"
+
+namespace {
+
+std::mutex hookLock;
+TarnCore::FatalErrorHook& fatalHook() {
+    static TarnCore::FatalErrorHook hook;
+    return hook;
+}
+
+bool showOnlyExistingFiles() {
+    return TarnPreferences::shared()->integer(
+               QLatin1String(TarnPreferences::kShowOnlyExistingFiles)) == 1;
+}
+
+QString extensionOf(const QString& path) {
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    if (dot <= slash + 1) return QString();
+    return path.mid(dot + 1);
+}
+
+QString lastComponent(const QString& path) {
+    QString p = path;
+    while (p.size() > 1 && p.endsWith(QLatin1Char('/'))) p.chop(1);
+    return p.mid(p.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+}  // namespace
+
+TarnCore::TarnCore(TarnScannerQueue* queue)
+    : queue_(queue ? queue : TarnScannerQueue::shared()),
+      vocabulary_(std::make_unique<TarnVocabulary>()) {
+    try {
+        items_.reserve(1024);
+    } catch (const std::bad_alloc&) {
+        broken_ = true;
+    }
+    TarnFilter::sharedFilter()->ResetFilter();
+    if (broken_) fatalError(QStringLiteral("Tarn error DB-001"));
+}
+
+TarnCore::~TarnCore() = default;
+
+TarnCore* TarnCore::sharedCore() {
+    static TarnCore* core = new TarnCore();
+    return core;
+}
+
+void TarnCore::setFatalErrorHook(FatalErrorHook hook) {
+    std::lock_guard<std::mutex> guard(hookLock);
+    fatalHook() = std::move(hook);
+}
+
+void TarnCore::fatalError(const QString& title) {
+    const QString message = QStringLiteral("Something is wrong with DB\nRestart the app.");
+    FatalErrorHook hook;
+    {
+        std::lock_guard<std::mutex> guard(hookLock);
+        hook = fatalHook();
+    }
+    if (hook) {
+        hook(title, message);
+        return;
+    }
+    std::fprintf(stderr, "%s\n%s\n", qPrintable(title), qPrintable(message));
+    std::exit(70);
+}
+
+void TarnCore::clear() {
+    if (broken_) fatalError(QStringLiteral("Tarn error DB-003"));
+    {
+        std::lock_guard<std::mutex> guard(coreLock_);
+        items_.clear();
+    }
+    sortedFiltered_.clear();
+    sorted_.clear();
+    emit previewCleared();
+    filteredSize_ = 0;
+    selectedSize_ = 0;
+    projects_.clear();
+    projectByName_.clear();
+    TarnFilter::sharedFilter()->ResetFilter();
+}
+
+void TarnCore::AddFile(const QString& location) {
+    QString path = location;
+    if (path.startsWith(QLatin1String("file:"))) {
+        path = QUrl(location).toLocalFile();
+    } else if (path.contains(QLatin1String("://"))) {
+        return;  // not a file
+    }
+    if (path.isEmpty()) return;
+
+    if (!TarnFolderReader::isFolder(path)) {
+        AddFile_TypeSelector(path);
+        return;
+    }
+    walkFolder(path);
+}
+
+// Depth first, each folder reported before its contents, like the file
+// manager's deep enumeration.
+void TarnCore::walkFolder(const QString& root) {
+    auto* status = TarnStatusViewController::getTheController();
+    QList<QString> stack{root};
+    QList<TarnFolderReader::Entry> entries;
+    QList<QString> subfolders;
+    while (!stack.isEmpty()) {
+        const QString folder = stack.takeLast();
+        QString base = folder;
+        if (!base.endsWith(QLatin1Char('/'))) base += QLatin1Char('/');
+        if (folder != root) {
+            status->Status_SetTextWithString(folder);
+            // Folders of media being created are left alone.
+            const bool creating =
+                lastComponent(folder).compare(QLatin1String("creating"), Qt::CaseInsensitive) == 0;
+            if (!creating && !TarnFolderReader::exists(base + QLatin1String("msmMMOB.mdb")) &&
+                !TarnFolderReader::exists(base + QLatin1String("amaMMOB.mdb"))) {
+                TARN_LOG(QStringLiteral("MDB :: doesn't exist in::%1")
+                             .arg(QUrl::fromLocalFile(base).toString(QUrl::FullyEncoded)));
+            }
+        }
+        QString error;
+        if (!TarnFolderReader::list(folder, entries, &error)) {
+            TARN_LOG(QStringLiteral("An error occurred: %1: %2").arg(folder, error));
+            continue;
+        }
+        // Sub-folders are pushed in reverse so that they come off in name order.
+        subfolders.clear();
+        for (const auto& entry : std::as_const(entries)) {
+            const QString path = base + entry.name;
+            if (entry.isDir) {
+                subfolders.append(path);
+            } else {
+                AddFile_TypeSelector(path);
+            }
+        }
+        for (auto it = subfolders.crbegin(); it != subfolders.crend(); ++it) stack.append(*it);
+    }
+}
+
+void TarnCore::AddFile_TypeSelector(const QString& path) {
+    const QString ext = extensionOf(path);
+    auto* status = TarnStatusViewController::getTheController();
+    if (ext.compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
+        status->Status_SetTextWithString(path);
+        auto* operation = new TarnPMRScannerOperation();
+        operation->setCore(this);
+        operation->setCoreLock(&coreLock_);
+        operation->setPmrURL(path);
+        queue_->addOperation(operation);
+    } else if (ext.compare(QLatin1String("aaf"), Qt::CaseInsensitive) == 0) {
+        status->Status_SetTextWithString(path);
+    }
+    // Media files come in through the index of their folder, never one by one.
+}
+
+void TarnCore::AddItem(const TarnItemPtr& item) {
+    if (!item) return;
+    items_.append(item);
+}
+
+void TarnCore::AddItemsFromArray(const QList<TarnItemPtr>& items) {
+    if (!broken_) {
+        try {
+            items_.reserve(items_.size() + items.size());
+            for (const auto& item : items) {
+                if (item) items_.append(item);
+            }
+            return;
+        } catch (const std::bad_alloc&) {
+            broken_ = true;
+        }
+    }
+    fatalError(QStringLiteral("Tarn error DB-002"));
+}
+
+void TarnCore::makeUnique() {
+    TarnRBTree<TarnItemPtr> tree;
+    tree.setEQBlock([](const TarnItemPtr& a, const TarnItemPtr& b) {
+        if (!a->isEqual(b.get())) return false;
+        TARN_LOG(QStringLiteral(
+                     "**** Warning **** comparing items ::EQ item found \n:: %1 is equal to :: %2")
+                     .arg(a->DB_itemPath, b->DB_itemPath));
+        return true;
+    });
+    // Within one identifier the path decides. Only the first item's path is
+    // tested for absence: a second item without one orders as an empty path.
+    tree.setLTBlock([](const TarnItemPtr& a, const TarnItemPtr& b) {
+        if (a->isEqualByUUID(b.get())) {
+            if (a->DB_itemPath.isNull()) return false;
+            return QString::compare(a->DB_itemPath, b->DB_itemPath, Qt::CaseSensitive) < 0;
+        }
+        return a->isLessByUUID(b.get());
+    });
+    for (const auto& item : std::as_const(items_)) tree.TreeInsertNode(item);
+    if (tree.TreeNodeCount() == 0) return;
+    if (auto unique = tree.Tree_v2_GetNonEqDataArray()) {
+        items_ = QList<TarnItemPtr>(unique->begin(), unique->end());
+    }
+}
+
+void TarnCore::ValidateAllItems() {
+    if (items_.isEmpty()) return;
+    const bool onlyExisting = showOnlyExistingFiles();
+    const auto filter = TarnFilter::sharedFilter()->snapshot();
+    for (const auto& item : std::as_const(items_)) {
+        bool valid = false;
+        if (filter.itemPassFilter(item.get())) {
+            valid = item->DB_isValid_initial;
+            if (!item->DB_FileExists && !onlyExisting) valid = true;
+        }
+        item->DB_isValid = valid;
+    }
+}
+
+void TarnCore::LoadDefaults() {
+    TarnFilter::sharedFilter()->ResetFilter();
+    ValidateAllItems();
+    SortDefault();
+    prepareProjectsSummary();
+    setFilterFlagProjects(true);
+    applyFilter();
+    emit deselectAllRows();
+}
+
+QString TarnCore::getExistentURLatIndex(qsizetype row) const {
+    const TarnItemPtr item = ObjectAtIndexFiltered(row);
+    if (!item || !item->DB_FileExists) return QString();
+    return item->DB_itemPath;
+}
+
+void TarnCore::applyFilter() {
+    if (items_.isEmpty() || sorted_.isEmpty()) return;
+    sortedFiltered_.clear();
+    filteredSize_ = 0;
+    const auto filter = TarnFilter::sharedFilter()->snapshot();
+    for (const quint32 index : std::as_const(sorted_)) {
+        const TarnDatabaseItem* item = items_.at(index).get();
+        if (!item->DB_isValid || !filter.itemPassFilter(item)) continue;
+        const auto project = projectByName_.constFind(item->get_DB_ProjectName());
+        if (project == projectByName_.constEnd() || !(*project)->mustBeShownInList) continue;
+        sortedFiltered_.append(index);
+        filteredSize_ += item->DB_filesize.value_or(0);
+    }
+}
+
+void TarnCore::applyFilter(const QList<TarnItemPtr>& binItems) {
+    applySetOperation(binItems, SetOperation::Intersect);
+}
+
+void TarnCore::applyFilterSubtract(const QList<TarnItemPtr>& binItems) {
+    applySetOperation(binItems, SetOperation::Subtract);
+}
+
+void TarnCore::applyFilterAdd(const QList<TarnItemPtr>& binItems) {
+    applySetOperation(binItems, SetOperation::Add);
+}
+
+// The database goes into a tree ordered by short identifier, so each bin item
+// finds all database items of its identifier in logarithmic time.
+void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperation operation) {
+    if (binItems.isEmpty() || items_.isEmpty()) return;
+    const bool onlyExisting = showOnlyExistingFiles();
+    const auto filter = TarnFilter::sharedFilter()->snapshot();
+
+    TarnRBTree<TarnDatabaseItem*> tree;
+    tree.setEQBlock(
+        [](TarnDatabaseItem* const& a, TarnDatabaseItem* const& b) { return a->isEqualByUUID(b); });
+    tree.setLTBlock(
+        [](TarnDatabaseItem* const& a, TarnDatabaseItem* const& b) { return a->isLessByUUID(b); });
+    for (const quint32 index : std::as_const(sorted_)) {
+        TarnDatabaseItem* item = items_.at(index).get();
+        tree.TreeInsertNode(item);
+        if (operation == SetOperation::Intersect) item->DB_isValid = false;
+    }
+
+    for (const auto& binItem : binItems) {
+        if (!binItem) continue;
+        TarnDatabaseItem* probe = binItem.get();
+        for (auto* found = tree.TreefindNode(probe); found; found = tree.TreefindNextEQ()) {
+            TarnDatabaseItem* item = *found;
+            if (!filter.itemPassFilter(item)) continue;
+            if (operation == SetOperation::Subtract) {
+                item->DB_isValid = false;
+            } else {
+                bool valid = item->DB_isValid_initial;
+                if (!item->DB_FileExists && !onlyExisting) valid = true;
+                item->DB_isValid = valid;
+            }
+        }
+    }
+    applyFilter();
+}
+
+void TarnCore::runBinOperation(const QStringList& binPaths, SetOperation operation) {
+    if (binPaths.isEmpty()) return;
+    QList<TarnItemPtr> combined;
+    for (const QString& path : binPaths) {
+        AVBFile bin;
+        if (!bin.dataWithContentsOfURL(path)) continue;
+        const QList<TarnItemPtr> references = bin.getUIDS();
+        combined.append(references);
+    }
+    applySetOperation(combined, operation);
+}
+
+void TarnCore::AVBArray_IntersectWith(const QStringList& binPaths) {
+    runBinOperation(binPaths, SetOperation::Intersect);
+}
+
+void TarnCore::AVBArray_Subtract(const QStringList& binPaths) {
+    runBinOperation(binPaths, SetOperation::Subtract);
+}
+
+void TarnCore::AVBArray_Add(const QStringList& binPaths) {
+    runBinOperation(binPaths, SetOperation::Add);
+}
+
+QList<TarnItemPtr> TarnCore::parseAMAfromAVBs(const QStringList& binPaths) {
+    QList<TarnItemPtr> combined;
+    for (const QString& path : binPaths) {
+        AVBFile bin;
+        if (!bin.dataWithContentsOfURL(path)) continue;
+        combined.append(bin.getAMAUIDS());
+    }
+    return combined;
+}
+
+void TarnCore::setFilterFlagProjects(bool shown) {
+    for (const auto& project : std::as_const(projects_)) project->mustBeShownInList = shown;
+    applyFilter();
+    emit databaseTableReload();
+    emit summaryTableReload();
+}
+
+void TarnCore::SortDefault() {
+    if (items_.isEmpty()) return;
+    std::stable_sort(items_.begin(), items_.end(), [](const TarnItemPtr& a, const TarnItemPtr& b) {
+        if (!a) return false;
+        if (!b) return true;
+        const int c =
+            QString::compare(a->get_DB_ProjectName(), b->get_DB_ProjectName(), Qt::CaseSensitive);
+        if (c != 0) return c < 0;
+        return QString::compare(a->DB_ClipName, b->DB_ClipName, Qt::CaseSensitive) < 0;
+    });
+    sorted_.resize(items_.size());
+    for (qsizetype i = 0; i < items_.size(); ++i) sorted_[i] = quint32(i);
+    if (sortedFiltered_.isEmpty()) sortedFiltered_ = sorted_;
+}
+
+void TarnCore::sortUsingDescriptors(const QList<TarnSortDescriptor>& descriptors) {
+    if (descriptors.isEmpty()) return;
+    const bool invalidLast = showOnlyExistingFiles();
+    // The last descriptor is applied first; four or more apply only the first.
+    const qsizetype start = descriptors.size() < 4 ? descriptors.size() - 1 : 0;
+    for (qsizetype i = start; i >= 0; --i) {
+        const TarnSortDescriptor& d = descriptors.at(i);
+        const TarnItemComparator comparator(d.key, d.ascending, invalidLast);
+        std::stable_sort(sorted_.begin(), sorted_.end(), [&](quint32 a, quint32 b) {
+            return comparator(items_.at(a).get(), items_.at(b).get());
+        });
+    }
+}
+
+void TarnCore::prepareProjectsSummary() {
+    if (items_.isEmpty()) return;
+    for (const auto& project : std::as_const(projects_)) {
+        project->SizeValue = 0;
+        project->FilesCount = 0;
+    }
+    const auto filter = TarnFilter::sharedFilter()->snapshot();
+    for (const auto& item : std::as_const(items_)) {
+        if (!item->DB_isValid || !filter.itemPassFilter(item.get())) continue;
+        const QString name = item->get_DB_ProjectName();
+        auto found = projectByName_.find(name);
+        if (found == projectByName_.end()) {
+            auto project = std::make_shared<TarnProject>(name);
+            found = projectByName_.insert(name, project);
+        }
+        (*found)->SizeValue += item->DB_filesize.value_or(0);
+        (*found)->FilesCount += 1;
+    }
+    projects_ = projectByName_.values();
+    std::sort(projects_.begin(), projects_.end(),
+              [](const TarnProjectPtr& a, const TarnProjectPtr& b) {
+                  const int c = QString::compare(a->name, b->name, Qt::CaseInsensitive);
+                  return c != 0 ? c < 0 : a->name < b->name;
+              });
+}
+
+TarnItemPtr TarnCore::ObjectAtIndexFiltered(qsizetype row) const {
+    if (row < 0 || row >= sortedFiltered_.size()) return nullptr;
+    const quint32 index = sortedFiltered_.at(row);
+    if (index >= quint32(items_.size())) return nullptr;
+    return items_.at(index);
+}
+
+TarnProjectPtr TarnCore::projectAtIndex(qsizetype row) const {
+    if (row < 0 || row >= projects_.size()) return nullptr;
+    return projects_.at(row);
+}
+
+QList<TarnItemPtr> TarnCore::getSelectedItemsArray(const QList<qsizetype>& rows) const {
+    QList<TarnItemPtr> selected;
+    selected.reserve(rows.size());
+    for (const qsizetype row : rows) {
+        if (auto item = ObjectAtIndexFiltered(row)) selected.append(item);
+    }
+    return selected;
+}
+
+quint64 TarnCore::calculateSelectedSize(const QList<qsizetype>& rows) {
+    quint64 size = 0;
+    for (const qsizetype row : rows) {
+        if (auto item = ObjectAtIndexFiltered(row)) size += item->DB_filesize.value_or(0);
+    }
+    selectedSize_ = size;
+    return size;
+}

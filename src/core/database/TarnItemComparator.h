@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+
+class TarnDatabaseItem;
+
+// The order of the database table for one sort key and direction.
+//
+// Keys: "filename", "clipname", "project", "filesize", "path", "fileUID",
+// "materialUID", "hash", "filedate", "compression", "samplerate", "framerate",
+// "bits". An unknown key compares every pair as equal, so a stable sort by it
+// keeps the order it was given.
+//
+// With `invalidLast`, rows that are not shown as valid sort after the valid
+// ones (before them when descending); missing items and missing dates are last
+// in both directions.
+class TarnItemComparator {
+  public:
+    enum class Key {
+        Unknown,
+        FileName,
+        ClipName,
+        Project,
+        FileSize,
+        Path,
+        FileUID,
+        MaterialUID,
+        Hash,
+        FileDate,
+        Compression,
+        SampleRate,
+        FrameRate,
+        Bits,
+    };
+
+    TarnItemComparator(const QString& key, bool ascending, bool invalidLast);
+
+    static Key keyFromString(const QString& key);
+    bool isKnownKey() const { return key_ != Key::Unknown; }
+
+    // <0, 0 or >0 as `a` orders before, with or after `b`.
+    int compare(const TarnDatabaseItem* a, const TarnDatabaseItem* b) const;
+    bool operator()(const TarnDatabaseItem* a, const TarnDatabaseItem* b) const {
+        return compare(a, b) < 0;
+    }
+
+  private:
+    int compareField(const TarnDatabaseItem& a, const TarnDatabaseItem& b) const;
+
+    Key key_;
+    bool ascending_;
+    bool invalidLast_;
+};

@@ -1,0 +1,155 @@
+#include "TarnPMRScannerOperation.h"
+
+#include <QElapsedTimer>
+#include <QSet>
+#include <QUrl>
+
+#include "PMRFile.h"
+#include "TarnCore.h"
+#include "TarnDatabaseItem.h"
+#include "TarnFolderReader.h"
+#include "TarnMediafile.h"
+#include "TarnPreferences.h"
+#include "TarnStatusViewController.h"
+#include "TarnUtilities.h"
+#include "TarnVocabulary.h"
+#include "xConsole.h"
+
+namespace {
+// Above this many entries a media folder slows the editing system down.
+constexpr qsizetype kLargeFolder = 4001;
+}  // namespace
+
+TarnPMRScannerOperation::TarnPMRScannerOperation() {
+    setAutoDelete(false);
+}
+
+void TarnPMRScannerOperation::setCompressionStringForItem(TarnDatabaseItem* item) const {
+    if (!item) return;
+    if (core_) {
+        item->DB_CompressionString = core_->vocabulary().compressionText(*item);
+    } else {
+        item->DB_CompressionString = TarnVocabulary().compressionText(*item);
+    }
+}
+
+void TarnPMRScannerOperation::main() {
+    if (!core_ || !coreLock_ || pmrURL_.isEmpty()) return;
+    QElapsedTimer timer;
+    timer.start();
+    auto* status = TarnStatusViewController::getTheController();
+    TarnStatusWheel* wheel = status->Status_GetProgressWheel();
+    auto* prefs = TarnPreferences::shared();
+
+    const qsizetype slash = pmrURL_.lastIndexOf(QLatin1Char('/'));
+    const QString folder = slash >= 0 ? pmrURL_.left(slash) : QStringLiteral(".");
+    const QString base = folder + QLatin1Char('/');
+
+    // The folder's media database completes the items (names in bins,
+    // compressions, rates) when the user wants it read.
+    std::unique_ptr<TarnMediafile> mdb;
+    quint64 compositions = 0;
+    if (prefs->integer(QLatin1String(TarnPreferences::kScanMDB)) == 1) {
+        QString mdbPath = base + QLatin1String("msmMMOB.mdb");
+        if (!TarnFolderReader::exists(mdbPath)) mdbPath = base + QLatin1String("amaMMOB.mdb");
+        if (TarnFolderReader::exists(mdbPath)) {
+            status->Status_SetTextWithString(mdbPath);
+            mdb = std::make_unique<TarnMediafile>();
+            mdb->openFile(mdbPath, wheel);
+            compositions = mdb->getMDBCompositionsCount();
+        }
+    }
+    if (wheel) {
+        if (compositions != 0) {
+            wheel->setIndeterminate(false);
+            wheel->setDoubleValue(0);
+            wheel->setMaxValue(double(compositions));
+        } else {
+            wheel->setIndeterminate(true);
+            wheel->startAnimation();
+        }
+    }
+
+    PMRFile pmr;
+    pmr.dataWithContentsOfURL(pmrURL_);
+    if (pmr.ItemsCount() == 0) {
+        TARN_LOG(QStringLiteral("**** Warning **** can't open %1").arg(pmrURL_));
+        return;
+    }
+
+    QList<TarnFolderReader::Entry> entries;
+    TarnFolderReader::list(folder, entries);
+    if (entries.size() >= kLargeFolder) {
+        TARN_LOG(QStringLiteral("**** Warning **** %1 contains %2 files")
+                     .arg(folder)
+                     .arg(quint64(entries.size())));
+    }
+    QSet<QString> accounted{QStringLiteral("msmMMOB.mdb"), QStringLiteral("amaMMOB.mdb"),
+                            QStringLiteral("msmFMID.pmr"), QStringLiteral("amaFMID.pmr"),
+                            QStringLiteral("Creating")};
+    accounted.reserve(entries.size() + 8);
+    QList<TarnItemPtr> result;
+    result.reserve(entries.size());
+
+    auto completeFromMdb = [&](TarnDatabaseItem* item) {
+        mdb->addInfoToItem(item);
+        if (item->isAudio()) {
+            item->DB_CompressionString = QStringLiteral("Audio");
+        } else {
+            setCompressionStringForItem(item);
+        }
+    };
+
+    quint32 counter = 0;
+    while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
+        item->DB_itemPath = base + item->DB_ClipName;
+        item->validatePath();
+        // An AMA link's path now ends in ".aaf": that name is accounted for.
+        const QString& path = item->DB_itemPath;
+        accounted.insert(
+            TarnUtilities::stringByRemovingPercentEncoding(path.mid(path.lastIndexOf('/') + 1)));
+        ++counter;
+        if (wheel && compositions != 0) wheel->setDoubleValue(double(compositions) - counter);
+        if (item->DB_isAMA) {
+            TarnMediafile link;
+            link.openFile(item->DB_itemPath, wheel);
+        }
+        if (mdb) {
+            completeFromMdb(item.get());
+        } else if (item->DB_FileExists && item->DB_NameInBin.isEmpty()) {
+            item->addinfoToItemFromCorrespondingFile();
+        }
+        result.append(std::move(item));
+    }
+
+    if (wheel) {
+        wheel->setIndeterminate(true);
+        wheel->startAnimation();
+        wheel->setDoubleValue(0);
+        wheel->setMaxValue(100);
+    }
+
+    if (counter != pmr.ItemsCount()) {
+        TARN_LOG(QStringLiteral("Error:: PMR ::%1").arg(pmrURL_));
+        TARN_LOG(QStringLiteral("Error:: PMR ::%1")
+                     .arg(QUrl::fromLocalFile(pmrURL_).toString(QUrl::FullyEncoded)));
+        TARN_LOG(QString::asprintf("Item :: %08x of %08x ", counter, pmr.ItemsCount()));
+    }
+
+    // Files of the folder that the index does not list.
+    for (const auto& entry : std::as_const(entries)) {
+        if (entry.isDir || accounted.contains(entry.name)) continue;
+        auto item = std::make_shared<TarnDatabaseItem>();
+        item->setupWithUnrefFile(folder, entry.name);
+        item->validatePath();
+        if (mdb) completeFromMdb(item.get());
+        result.append(std::move(item));
+    }
+
+    {
+        std::lock_guard<std::mutex> guard(*coreLock_);
+        core_->AddItemsFromArray(result);
+        status->Status_DeleteProgressWheel(wheel);
+    }
+    (void)timer.elapsed();
+}

@@ -1,0 +1,192 @@
+#include "TarnColumns.h"
+
+#include "TarnDatabaseItem.h"
+#include "TarnFileSize.h"
+#include "TarnVocabulary.h"
+
+namespace {
+
+struct ColumnInfo {
+    TarnColumn column;
+    const char* identifier;
+    const char* title;
+    const char* sortKey;  // nullptr: not sortable
+};
+
+// Table order.
+constexpr ColumnInfo kColumns[] = {
+    {TarnColumn::Icon, "IconCellID", "Icon", nullptr},
+    {TarnColumn::Filename, "FilenameCellID", "File Name", "filename"},
+    {TarnColumn::Clipname, "ClipnameCellID", "Clip Name", "clipname"},
+    {TarnColumn::Path, "PathCellID", "Path", "path"},
+    {TarnColumn::Project, "ProjectCellID", "Project", "project"},
+    {TarnColumn::FilePackageUID, "filePackageUID", "File Package UID", "fileUID"},
+    {TarnColumn::MaterialPackageUID, "materialPackageUID", "Material Package UID", "materialUID"},
+    {TarnColumn::Exists, "ExistsCellID", "Exists", nullptr},
+    {TarnColumn::Compression, "CompressionCellID", "Compression", "compression"},
+    {TarnColumn::Framerate, "FramerateCellID", "Frame Rate", "framerate"},
+    {TarnColumn::Samplerate, "SamplerateCellID", "Sample Rate", "samplerate"},
+    {TarnColumn::Bits, "BitsCellID", "Bits", "bits"},
+    {TarnColumn::Kind, "KindCellID", "Kind", nullptr},
+    {TarnColumn::Size, "SizeCellID", "Size", "filesize"},
+    {TarnColumn::Date, "DateCellID", "Date", "filedate"},
+    {TarnColumn::Hash, "hash", "Hash", "hash"},
+    {TarnColumn::SourceFileID, "sourceFileID", "Source File ID", nullptr},
+    {TarnColumn::SourceTapeID, "sourceTapeID", "Source Tape ID", nullptr},
+};
+
+const ColumnInfo& info(TarnColumn column) {
+    for (const ColumnInfo& c : kColumns) {
+        if (c.column == column) return c;
+    }
+    return kColumns[0];
+}
+
+QString sizeText(quint64 size) {
+    return TarnFileSize::toHumanBytes(double(size));
+}
+
+// The rate words are fixed tables, built once and only read afterwards.
+const TarnVocabulary& vocabulary() {
+    static const TarnVocabulary words;
+    return words;
+}
+
+}  // namespace
+
+const QList<TarnColumn>& TarnColumns::all() {
+    static const QList<TarnColumn> columns = [] {
+        QList<TarnColumn> list;
+        for (const ColumnInfo& c : kColumns) list.append(c.column);
+        return list;
+    }();
+    return columns;
+}
+
+QString TarnColumns::identifier(TarnColumn column) {
+    return QString::fromLatin1(info(column).identifier);
+}
+
+std::optional<TarnColumn> TarnColumns::fromIdentifier(const QString& identifier) {
+    for (const ColumnInfo& c : kColumns) {
+        if (identifier == QLatin1String(c.identifier)) return c.column;
+    }
+    return std::nullopt;
+}
+
+QString TarnColumns::title(TarnColumn column) {
+    return QString::fromLatin1(info(column).title);
+}
+
+QString TarnColumns::sortKey(TarnColumn column) {
+    const char* key = info(column).sortKey;
+    return key ? QString::fromLatin1(key) : QString();
+}
+
+std::optional<TarnColumn> TarnColumns::fromSortKey(const QString& key) {
+    for (const ColumnInfo& c : kColumns) {
+        if (c.sortKey && key == QLatin1String(c.sortKey)) return c.column;
+    }
+    return std::nullopt;
+}
+
+QStringList TarnColumns::sortKeys() {
+    QStringList keys;
+    for (const ColumnInfo& c : kColumns) {
+        if (c.sortKey) keys.append(QString::fromLatin1(c.sortKey));
+    }
+    return keys;
+}
+
+QString TarnColumns::cellText(TarnColumn column, const TarnDatabaseItem& item) {
+    switch (column) {
+        case TarnColumn::Icon:
+            return QString();
+        case TarnColumn::Filename:
+            return item.DB_ClipName;
+        // Paths are kept as plain file-system paths, never percent-encoded,
+        // so the text is the path itself.
+        case TarnColumn::Path:
+            return item.DB_itemPath;
+        case TarnColumn::Clipname:
+            return item.DB_NameInBin;
+        case TarnColumn::Project:
+            return item.get_DB_ProjectName();
+        case TarnColumn::FilePackageUID:
+            return item.getFileUIDString();
+        case TarnColumn::MaterialPackageUID:
+            return item.getMaterialUIDString();
+        case TarnColumn::Exists:
+            if (item.DB_isAMA) return QStringLiteral("AMA link");
+            return item.DB_FileExists ? QStringLiteral("Yes") : QStringLiteral("NO");
+        case TarnColumn::Compression:
+            return item.DB_CompressionString;
+        case TarnColumn::Framerate:
+            return vocabulary().frameRateText(item);
+        case TarnColumn::Samplerate:
+            return vocabulary().sampleRateText(item);
+        case TarnColumn::Bits:
+            return item.DB_bits ? QStringLiteral("%1 bit").arg(item.DB_bits) : QStringLiteral("");
+        case TarnColumn::Kind:
+            return TarnDatabaseItem::kindForUsageCode(item.DB_usageCode);
+        case TarnColumn::Size:
+            if (!item.DB_FileExists) return QString();
+            return sizeText(item.DB_filesize.value_or(0));
+        case TarnColumn::Date:
+            return item.DB_Date_String();
+        case TarnColumn::Hash:
+            return QStringLiteral("%1").arg(item.hash(), 8, 16, QLatin1Char('0'));
+        case TarnColumn::SourceFileID:
+        case TarnColumn::SourceTapeID:
+            return QString();
+    }
+    return QString();
+}
+
+QString TarnColumns::exportText(TarnColumn column, const TarnDatabaseItem& item) {
+    if (column == TarnColumn::Icon || column == TarnColumn::Hash) return QString();
+    return cellText(column, item);
+}
+
+const QList<TarnProjectColumn>& TarnColumns::projectColumns() {
+    static const QList<TarnProjectColumn> columns = {
+        TarnProjectColumn::Project, TarnProjectColumn::Size, TarnProjectColumn::Count};
+    return columns;
+}
+
+QString TarnColumns::identifier(TarnProjectColumn column) {
+    switch (column) {
+        case TarnProjectColumn::Project:
+            return QStringLiteral("ProjectCellID");
+        case TarnProjectColumn::Size:
+            return QStringLiteral("SizeCellID");
+        case TarnProjectColumn::Count:
+            return QStringLiteral("CountCellID");
+    }
+    return QString();
+}
+
+QString TarnColumns::title(TarnProjectColumn column) {
+    switch (column) {
+        case TarnProjectColumn::Project:
+            return QStringLiteral("Project");
+        case TarnProjectColumn::Size:
+            return QStringLiteral("Size");
+        case TarnProjectColumn::Count:
+            return QStringLiteral("Files");
+    }
+    return QString();
+}
+
+QString TarnColumns::projectCellText(TarnProjectColumn column, const QString& name, quint64 size,
+                                     quint32 filesCount) {
+    switch (column) {
+        case TarnProjectColumn::Project:
+            return name;
+        case TarnProjectColumn::Size:
+            return sizeText(size);
+        case TarnProjectColumn::Count:
+            return QString::number(filesCount);
+    }
+    return QString();
+}

@@ -1,0 +1,284 @@
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+#include "FixtureFiles.h"
+#include "MxfWriter.h"
+#include "TarnAvidMXFInfo.h"
+#include "TarnDatabaseItem.h"
+#include "TarnMXF.h"
+#include "TestSupport.h"
+
+namespace {
+
+QByteArray bytesOf(const quint8* p, int n) {
+    return QByteArray(reinterpret_cast<const char*>(p), n);
+}
+
+// The system's order of an MXF UMID, written out byte by byte.
+QByteArray systemOrder(const QByteArray& u) {
+    QByteArray out = u.left(16);
+    for (int i : {19, 18, 17, 16, 21, 20, 23, 22}) out += u[i];
+    return out + u.mid(24);
+}
+
+class MxfReader : public ::testing::Test {
+  protected:
+    QString write(const QString& name, const QByteArray& bytes) {
+        const QString path = dir_.filePath(name);
+        EXPECT_TRUE(fixtures::writeFile(path, bytes));
+        return path;
+    }
+    QString write(const QString& name, const fixtures::MxfSpec& spec) {
+        return write(name, fixtures::writeMxf(spec));
+    }
+    QTemporaryDir dir_;
+};
+
+fixtures::MxfSpec namedSpec() {
+    fixtures::MxfSpec spec;
+    spec.clipName = QStringLiteral("Interview A01");
+    spec.projectName = QStringLiteral("Documentary 2026");
+    spec.materialUMID = fixtures::umidFor(11);
+    spec.fileUMID = fixtures::umidFor(12);
+    return spec;
+}
+
+TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmidsInTheSystemOrder) {
+    const fixtures::MxfSpec spec = namedSpec();
+    TarnMXF reader;
+    testsupport::LogCapture log;
+    ASSERT_TRUE(reader.openFile(write(QStringLiteral("A01.mxf"), spec), nullptr));
+    EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1) << log.text().toStdString();
+    EXPECT_TRUE(log.contains(QStringLiteral("(TarnMXF::openFile) (TarnMXF.cpp:")));
+
+    // Kept as stored...
+    const QVariantHash& info = reader.MXFinfo();
+    EXPECT_EQ(info.size(), 4);
+    EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), spec.materialUMID);
+    EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), spec.fileUMID);
+
+    // ...and converted on the way into the item.
+    TarnDatabaseItem item;
+    reader.addInfoToItem(&item);
+    EXPECT_EQ(item.DB_NameInBin, spec.clipName);
+    EXPECT_EQ(item.DB_ProjectName, spec.projectName);
+    EXPECT_EQ(item.DB_SizeofUID, 8u);
+    EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(spec.fileUMID));
+    EXPECT_EQ(bytesOf(item.materialPackageUID, 32), systemOrder(spec.materialUMID));
+    EXPECT_TRUE(item.checkUUID());
+    EXPECT_NE(item.hash(), 0u);
+}
+
+// libavformat drops empty texts, so an empty project item reads as no project.
+TEST_F(MxfReader, NamesAreDecodedFromUnicodeAndAnEmptyProjectReadsAsNone) {
+    fixtures::MxfSpec spec = namedSpec();
+    spec.clipName = QString::fromUtf8("Sz\u00e8ne \u00c4 \u65e5\u672c");
+    spec.projectName = QStringLiteral("");
+    TarnMXF reader;
+    ASSERT_TRUE(reader.openFile(write(QStringLiteral("u.mxf"), spec), nullptr));
+    TarnDatabaseItem item;
+    reader.addInfoToItem(&item);
+    EXPECT_EQ(item.DB_NameInBin, spec.clipName);
+    EXPECT_TRUE(item.DB_ProjectName.isNull());
+    EXPECT_EQ(item.get_DB_ProjectName(), TarnDatabaseItem::GetProjectNameNull());
+}
+
+TEST_F(MxfReader, UnnamedMaterialPackageAndNoProjectGiveNoTexts) {
+    fixtures::MxfSpec spec = namedSpec();
+    spec.clipName = QString();
+    spec.projectName = QString();
+    TarnMXF reader;
+    ASSERT_TRUE(reader.openFile(write(QStringLiteral("n.mxf"), spec), nullptr));
+    EXPECT_FALSE(reader.MXFinfo().contains(QStringLiteral("clipname")));
+    EXPECT_FALSE(reader.MXFinfo().contains(QStringLiteral("project")));
+
+    TarnDatabaseItem item;
+    item.DB_NameInBin = QStringLiteral("stale");
+    reader.addInfoToItem(&item);
+    EXPECT_TRUE(item.DB_NameInBin.isNull());
+    EXPECT_TRUE(item.DB_ProjectName.isNull());
+    EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(spec.fileUMID));
+}
+
+// Files the reader refuses still "open": the status is logged and the item
+// gets no names and all-zero 32-byte identifiers.
+void expectRefused(TarnMXF& reader, const QString& path, const QString& message) {
+    testsupport::LogCapture log;
+    EXPECT_TRUE(reader.openFile(path, nullptr));
+    EXPECT_TRUE(log.contains(QStringLiteral("MXF file : open")));
+    EXPECT_TRUE(log.contains(message)) << log.text().toStdString();
+    EXPECT_TRUE(reader.MXFinfo().isEmpty());
+
+    TarnDatabaseItem item;
+    item.DB_NameInBin = QStringLiteral("stale");
+    reader.addInfoToItem(&item);
+    EXPECT_TRUE(item.DB_NameInBin.isNull());
+    EXPECT_TRUE(item.DB_ProjectName.isNull());
+    EXPECT_EQ(item.DB_SizeofUID, 8u);
+    EXPECT_EQ(bytesOf(item.filePackageUID, 32), QByteArray(32, '\0'));
+    EXPECT_EQ(bytesOf(item.materialPackageUID, 32), QByteArray(32, '\0'));
+    EXPECT_EQ(item.hash(), 0u);
+}
+
+TEST_F(MxfReader, RefusedFilesLogTheirStatusAndYieldEmptyValues) {
+    fixtures::MxfSpec op1a = namedSpec();
+    op1a.opAtom = false;
+    QByteArray garbage(4096, '\0');
+    for (int i = 0; i < garbage.size(); ++i) garbage[i] = char((i * 7919) >> 3);
+
+    TarnMXF reader;  // one reader, reused: every open starts afresh
+    ASSERT_TRUE(reader.openFile(write(QStringLiteral("ok.mxf"), namedSpec()), nullptr));
+    ASSERT_FALSE(reader.MXFinfo().isEmpty());
+    expectRefused(reader, write(QStringLiteral("op1a.mxf"), op1a),
+                  QStringLiteral("File is not OP-Atom"));
+    expectRefused(reader, write(QStringLiteral("garbage.mxf"), garbage),
+                  QStringLiteral("Failed to read header partition"));
+    expectRefused(reader, write(QStringLiteral("empty.mxf"), QByteArray()),
+                  QStringLiteral("Failed to read header partition"));
+    // A folder opens but cannot be read: no MXF file on that stream.
+    ASSERT_TRUE(QDir(dir_.path()).mkdir(QStringLiteral("folder.mxf")));
+    expectRefused(reader, dir_.filePath(QStringLiteral("folder.mxf")),
+                  QStringLiteral("Failed to open file"));
+}
+
+TEST_F(MxfReader, OpAtomFileWithDamagedMetadataFailsToReadInfo) {
+    QByteArray bytes = fixtures::writeMxf(namedSpec());
+    // Wipe the material package set's key: the header metadata has no material package.
+    const qsizetype at = bytes.indexOf(QByteArray::fromHex("060e2b34025301010d01010101013600"));
+    ASSERT_GT(at, 0);
+    bytes[at + 14] = char(0x7e);
+    TarnMXF reader;
+    expectRefused(reader, write(QStringLiteral("nomat.mxf"), bytes),
+                  QStringLiteral("Failed to read info"));
+}
+
+TEST_F(MxfReader, UnreadablePathGivesFalseWithoutAStatusLine) {
+    TarnMXF reader;
+    testsupport::LogCapture log;
+    EXPECT_FALSE(reader.openFile(dir_.filePath(QStringLiteral("missing.mxf")), nullptr));
+    EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1);
+    EXPECT_TRUE(log.contains(QStringLiteral("MXF file : open")));
+}
+
+// Every prefix of a good file: nothing crashes, a status is logged, and what
+// was read is either everything or nothing.
+TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
+    const fixtures::MxfSpec spec = namedSpec();
+    const QByteArray whole = fixtures::writeMxf(spec);
+    const QString path = dir_.filePath(QStringLiteral("cut.mxf"));
+    int refused = 0;
+    int headerFailures = 0;
+    for (qsizetype n = 0; n < whole.size(); n += 37) {
+        ASSERT_TRUE(fixtures::writeFile(path, whole.left(n)));
+        TarnMXF reader;
+        testsupport::LogCapture log;
+        ASSERT_TRUE(reader.openFile(path, nullptr));
+        const QVariantHash& info = reader.MXFinfo();
+        if (info.isEmpty()) {
+            ++refused;
+            if (log.contains(QStringLiteral("Failed to read header partition")))
+                ++headerFailures;
+            else
+                EXPECT_TRUE(log.contains(QStringLiteral("Failed to read info"))) << n;
+        } else {
+            EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), spec.fileUMID) << n;
+            EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), spec.materialUMID) << n;
+        }
+    }
+    // Shorter than the partition pack's label: header failures; cut in the
+    // metadata: info failures.
+    EXPECT_EQ(headerFailures, 3);  // 0, 37 and 74 bytes
+    EXPECT_GT(refused, headerFailures);
+}
+
+TEST(MxfUmidSwap, ReordersTheGuidFieldsOfTheMaterialNumber) {
+    QByteArray in;
+    for (int i = 0; i < 32; ++i) in += char(i);
+    QByteArray expected;
+    for (int i : {0,    1,    2,    3,    4,    5,    6,    7,    8,    9,    10,
+                  11,   12,   13,   14,   15,   0x13, 0x12, 0x11, 0x10, 0x15, 0x14,
+                  0x17, 0x16, 0x18, 0x19, 0x1a, 0x1b, 0x1c, 0x1d, 0x1e, 0x1f})
+        expected += char(i);
+    EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(in), expected);
+    EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(expected), in);  // its own inverse
+
+    for (int n : {0, 8, 31, 33})
+        EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(QByteArray(n, '\x5a')), QByteArray(32, '\0')) << n;
+}
+
+TEST(MxfInfoAdapter, ReadsAnyOpenStreamAndLeavesItOpen) {
+    const QByteArray bytes = fixtures::writeMxf(namedSpec());
+    FILE* stream = fmemopen(const_cast<char*>(bytes.constData()), size_t(bytes.size()), "rb");
+    ASSERT_NE(stream, nullptr);
+    TarnAvidMXFInfo::Info info;
+    EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
+    EXPECT_EQ(info.clipName.value_or(""), "Interview A01");
+    EXPECT_EQ(info.projectName.value_or(""), "Documentary 2026");
+    EXPECT_EQ(bytesOf(info.materialPackageUID.data(), 32), namedSpec().materialUMID);
+    // Read again from the same stream: the reader starts at the beginning.
+    EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
+    EXPECT_EQ(fclose(stream), 0);
+
+    TarnAvidMXFInfo::free(&info);
+    EXPECT_FALSE(info.clipName.has_value());
+    EXPECT_EQ(bytesOf(info.fileSourcePackageUID.data(), 32), QByteArray(32, '\0'));
+    EXPECT_EQ(TarnAvidMXFInfo::read(nullptr, &info, 0), TarnAvidMXFInfo::kOpenFailed);
+}
+
+TEST(MxfInfoAdapter, PatternIsJudgedBeforeTheMetadata) {
+    // An OP-1a header followed by nonsense is "not OP-Atom", not a read failure.
+    fixtures::MxfSpec spec = namedSpec();
+    spec.opAtom = false;
+    QByteArray bytes = fixtures::writeMxf(spec).left(124) + QByteArray(2000, '\xff');
+    FILE* stream = fmemopen(bytes.data(), size_t(bytes.size()), "rb");
+    ASSERT_NE(stream, nullptr);
+    TarnAvidMXFInfo::Info info;
+    EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 1), TarnAvidMXFInfo::kNotOPAtom);
+    fclose(stream);
+}
+
+TEST(MxfInfoAdapter, ParsesLibavformatTexts) {
+    const QByteArray umid = TarnAvidMXFInfo::parseUmidText(
+        "0x060A2B340101010501010D0013E0150D5294713464E0150D005294713464E001");
+    EXPECT_EQ(umid, QByteArray::fromHex(
+                        "060a2b340101010501010d0013e0150d5294713464e0150d005294713464e001"));
+    EXPECT_TRUE(TarnAvidMXFInfo::parseUmidText("060A2B34").isEmpty());
+    EXPECT_TRUE(TarnAvidMXFInfo::parseUmidText(
+                    "0x060A2B340101010501010D0013E0150D5294713464E0150D005294713464E0G1")
+                    .isEmpty());
+
+    const QByteArray atom = TarnAvidMXFInfo::parseLabelText("060e2b34.04010102.0d010201.10030000");
+    EXPECT_TRUE(TarnAvidMXFInfo::isOPAtom(atom));
+    EXPECT_FALSE(TarnAvidMXFInfo::isOPAtom(
+        TarnAvidMXFInfo::parseLabelText("060e2b34.04010101.0d010201.01010900")));
+    EXPECT_TRUE(TarnAvidMXFInfo::parseLabelText("060e2b34040101020d01020110030000").isEmpty());
+}
+
+// libavformat's own messages reach the console only while asked for.
+TEST_F(MxfReader, LibraryLogIsQuietUnlessSwitchedOn) {
+    QByteArray bytes = fixtures::writeMxf(namedSpec());
+    const qsizetype at = bytes.indexOf(QByteArray::fromHex("060e2b34025301010d01010101013600"));
+    bytes[at + 14] = char(0x7e);  // no material package: the demuxer complains
+    const QString path = write(QStringLiteral("loud.mxf"), bytes);
+    const bool before = TarnAvidMXFInfo::libraryLogging();
+
+    TarnAvidMXFInfo::setLibraryLogging(false);
+    {
+        testsupport::LogCapture log;
+        TarnMXF().openFile(path, nullptr);
+        EXPECT_FALSE(log.contains(QStringLiteral("[mxf @"))) << log.text().toStdString();
+    }
+    TarnAvidMXFInfo::setLibraryLogging(true);
+    {
+        testsupport::LogCapture log;
+        TarnMXF().openFile(path, nullptr);
+        EXPECT_TRUE(log.contains(QStringLiteral("[mxf @"))) << log.text().toStdString();
+    }
+    TarnAvidMXFInfo::setLibraryLogging(before);
+}
+
+}  // namespace

@@ -1,0 +1,271 @@
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <cstring>
+#include <functional>
+
+#include "FixtureFiles.h"
+#include "PMRFile.h"
+#include "PmrWriter.h"
+#include "Umid.h"
+
+using fixtures::PmrEntry;
+
+namespace {
+
+class PMRFileTest : public ::testing::Test {
+  protected:
+    QString write(const QByteArray& bytes, const QString& name = QStringLiteral("msmFMID.pmr")) {
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(fixtures::writeFile(path, bytes));
+        return path;
+    }
+
+    // Reads every entry until the reader refuses one.
+    static QList<TarnItemPtr> readAll(PMRFile& pmr) {
+        QList<TarnItemPtr> items;
+        while (auto item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) items.append(item);
+        return items;
+    }
+
+    static QList<PmrEntry> threeEntries() {
+        return {fixtures::makePmrEntry(0x1111, QStringLiteral("A001C001_V01.mxf"),
+                                       QStringLiteral("Feature")),
+                fixtures::makePmrEntry(0x2222, QStringLiteral("A001C001_A01.mxf"),
+                                       QStringLiteral("Feature")),
+                fixtures::makePmrEntry(0x3333, QStringLiteral("title.mxf"), QString())};
+    }
+
+    static QByteArray uid(const TarnDatabaseItem& item, bool material = false) {
+        return QByteArray(
+            reinterpret_cast<const char*>(material ? item.materialPackageUID : item.filePackageUID),
+            32);
+    }
+
+    QTemporaryDir dir;
+};
+
+TEST_F(PMRFileTest, ReadsEveryEntryOfALittleEndianIndex) {
+    const auto entries = threeEntries();
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(entries))));
+    EXPECT_EQ(pmr.ItemsCount(), 3u);
+    EXPECT_EQ(pmr.UUIDlength(), 8u);
+    EXPECT_FALSE(pmr.usebyteswap());
+    EXPECT_EQ(pmr.position(), 0u);
+
+    quint32 expectedPosition = 12;
+    for (const PmrEntry& entry : entries) {
+        auto given = std::make_shared<TarnDatabaseItem>();
+        auto item = pmr.FillItem(given);
+        ASSERT_TRUE(item);
+        EXPECT_EQ(item.get(), given.get()) << "the caller's item is filled, not a new one";
+        const QByteArray bytes = fixtures::pmrEntryBytes(entry);
+        expectedPosition += quint32(bytes.size());
+        EXPECT_EQ(pmr.position(), expectedPosition);
+        EXPECT_EQ(item->DB_ClipName, entry.name);
+        EXPECT_EQ(item->DB_SizeofUID, 8u);
+        EXPECT_EQ(uid(*item), entry.fileUID);
+        EXPECT_EQ(uid(*item, true), entry.materialUID);
+        EXPECT_EQ(item->DB_pmrField, bytes);
+        EXPECT_TRUE(item->DB_isReferenced);
+        EXPECT_TRUE(item->DB_isGoodUUID);
+    }
+    auto last = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
+    EXPECT_FALSE(last);
+}
+
+TEST_F(PMRFileTest, AnEmptyProjectLeavesTheItemWithoutProject) {
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(threeEntries()))));
+    const auto items = readAll(pmr);
+    ASSERT_EQ(items.size(), 3);
+    EXPECT_EQ(items[0]->DB_ProjectName, QStringLiteral("Feature"));
+    EXPECT_TRUE(items[2]->DB_ProjectName.isNull());
+}
+
+TEST_F(PMRFileTest, BigEndianIndexSwapsHeaderAndLengths) {
+    const auto entries = threeEntries();
+    const QByteArray bytes = fixtures::writePmr(entries, 8, true);
+    ASSERT_EQ(bytes.left(4), QByteArray::fromHex("000007a9"));
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(bytes)));
+    EXPECT_TRUE(pmr.usebyteswap());
+    EXPECT_EQ(pmr.ItemsCount(), 3u);
+    EXPECT_EQ(pmr.UUIDlength(), 8u);
+
+    const auto items = readAll(pmr);
+    ASSERT_EQ(items.size(), 3);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(items[i]->DB_ClipName, entries[i].name);
+        EXPECT_EQ(uid(*items[i]), entries[i].fileUID) << "identifiers are copied as stored";
+        // The kept copy carries the name length in native order.
+        quint16 nameLength;
+        std::memcpy(&nameLength, items[i]->DB_pmrField.constData() + 32, 2);
+        EXPECT_EQ(nameLength, entries[i].name.size());
+    }
+    EXPECT_EQ(items[1]->DB_ProjectName, QStringLiteral("Feature"));
+}
+
+TEST_F(PMRFileTest, ShortIdentifiersLandInBytes16To23) {
+    const auto entries = threeEntries();
+    for (bool bigEndian : {false, true}) {
+        PMRFile pmr;
+        ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(entries, 2, bigEndian))));
+        EXPECT_EQ(pmr.UUIDlength(), 2u);
+        const auto items = readAll(pmr);
+        ASSERT_EQ(items.size(), 3);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(items[i]->DB_SizeofUID, 2u);
+            EXPECT_EQ(items[i]->DB_ClipName, entries[i].name);
+            EXPECT_EQ(items[i]->shortFileUID(), fixtures::shortUidOf(entries[i].fileUID));
+            const QByteArray file = uid(*items[i]);
+            EXPECT_EQ(file.left(16), QByteArray(16, '\0'));
+            EXPECT_EQ(file.mid(24), QByteArray(8, '\0'));
+            EXPECT_EQ(uid(*items[i], true).mid(16, 8), entries[i].materialUID.mid(16, 8));
+        }
+        EXPECT_EQ(items[0]->getFileUIDString(), QStringLiteral("{ 1111000000000000 }"));
+    }
+}
+
+TEST_F(PMRFileTest, OtherUidSizesGiveEntriesWithoutIdentifiers) {
+    PmrEntry entry = fixtures::makePmrEntry(1, QStringLiteral("clip.mxf"), QStringLiteral("P"));
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr({entry, entry}, 4))));
+    // No identifier bytes: 2 + 8 + 2 + 1 + 4 bytes per entry; the item ignores them.
+    auto item = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
+    ASSERT_TRUE(item);
+    EXPECT_EQ(pmr.position(), 12u + 17u);
+    EXPECT_TRUE(item->DB_ClipName.isNull());
+    EXPECT_EQ(item->DB_SizeofUID, 0u);
+}
+
+// Each kind of damage in the second of three entries: the first entry is read,
+// the second and everything after it are not, and the header still claims 3.
+TEST_F(PMRFileTest, ADamagedEntryEndsTheReadingForGood) {
+    struct Damage {
+        const char* what;
+        std::function<void(PmrEntry&)> apply;
+    };
+    const QList<Damage> damages = {
+        {"name length 0", [](PmrEntry& e) { e.nameLength = 0; }},
+        {"name length 256", [](PmrEntry& e) { e.nameLength = 256; }},
+        {"project length 65", [](PmrEntry& e) { e.projectLength = 65; }},
+        {"name running past the end", [](PmrEntry& e) { e.nameLength = 60000; }},
+    };
+    for (quint32 uidSize : {8u, 2u}) {
+        for (bool bigEndian : {false, true}) {
+            for (const Damage& damage : damages) {
+                SCOPED_TRACE(damage.what);
+                auto entries = threeEntries();
+                damage.apply(entries[1]);
+                PMRFile pmr;
+                ASSERT_TRUE(pmr.dataWithContentsOfURL(
+                    write(fixtures::writePmr(entries, uidSize, bigEndian))));
+                EXPECT_EQ(pmr.ItemsCount(), 3u);
+                auto first = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
+                ASSERT_TRUE(first);
+                EXPECT_EQ(first->DB_ClipName, entries[0].name);
+                EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+                const quint32 stoppedAt = pmr.position();
+                EXPECT_GT(stoppedAt,
+                          quint32(12 + fixtures::pmrEntryBytes(entries[0], uidSize).size()))
+                    << "the reader moved into the damaged entry";
+                for (int again = 0; again < 3; ++again)
+                    EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+                EXPECT_EQ(pmr.position(), stoppedAt);
+            }
+        }
+    }
+}
+
+TEST_F(PMRFileTest, TruncationEndsTheReadingAtTheCutEntry) {
+    const auto entries = threeEntries();
+    const QByteArray whole = fixtures::writePmr(entries);
+    const qsizetype firstEnd = 12 + fixtures::pmrEntryBytes(entries[0]).size();
+    const qsizetype secondEnd = firstEnd + fixtures::pmrEntryBytes(entries[1]).size();
+    // Cut inside every field of the second entry, and just before its last byte.
+    for (qsizetype cut = firstEnd + 1; cut < secondEnd; cut += 7) {
+        SCOPED_TRACE(cut);
+        PMRFile pmr;
+        ASSERT_TRUE(pmr.dataWithContentsOfURL(write(whole.left(cut))));
+        EXPECT_EQ(readAll(pmr).size(), 1);
+    }
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(whole.left(secondEnd - 1))));
+    EXPECT_EQ(readAll(pmr).size(), 1);
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(whole.left(secondEnd))));
+    EXPECT_EQ(readAll(pmr).size(), 2) << "an entry may end exactly at the end of the file";
+}
+
+TEST_F(PMRFileTest, AnEntryNeedsTwentyNineBytesLeftAtItsStart) {
+    // UID size 2: 8 + 2 + name + 2 + project + 8 + 4 bytes.
+    auto sized = [](int nameLength) {
+        PmrEntry e;
+        e.fileUID = fixtures::makeShortUid(7);
+        e.materialUID = fixtures::makeShortUid(8);
+        e.name = QString(nameLength, QLatin1Char('n'));
+        return e;
+    };
+    const PmrEntry fits = sized(5);      // 29 bytes
+    const PmrEntry shortOne = sized(4);  // 28 bytes: would fit, but is refused
+    ASSERT_EQ(fixtures::pmrEntryBytes(fits, 2).size(), 29);
+    ASSERT_EQ(fixtures::pmrEntryBytes(shortOne, 2).size(), 28);
+
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr({fits, shortOne}, 2))));
+    auto first = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->DB_ClipName, QStringLiteral("nnnnn"));
+    EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+
+    PMRFile alone;
+    ASSERT_TRUE(alone.dataWithContentsOfURL(write(fixtures::writePmr({fits}, 2))));
+    EXPECT_TRUE(alone.FillItem(std::make_shared<TarnDatabaseItem>()));
+}
+
+TEST_F(PMRFileTest, UnreadableFilesGiveNoEntries) {
+    const QByteArray good = fixtures::writePmr(threeEntries());
+    fixtures::PmrOptions wrongMagic;
+    wrongMagic.magic = 1962;
+    QByteArray swappedHalves = good;
+    swappedHalves.replace(0, 4, QByteArray::fromHex("07a90000"));
+
+    const QList<QPair<const char*, QString>> cases = {
+        {"29 bytes", write(good.left(29))},
+        {"wrong magic", write(fixtures::writePmr(threeEntries(), wrongMagic))},
+        {"magic in neither byte order", write(swappedHalves)},
+        {"missing", dir.filePath(QStringLiteral("nothing.pmr"))},
+        {"a folder", dir.path()},
+    };
+    for (const auto& [what, path] : cases) {
+        SCOPED_TRACE(what);
+        PMRFile pmr;
+        EXPECT_FALSE(pmr.dataWithContentsOfURL(path));
+        EXPECT_EQ(pmr.ItemsCount(), 0u);
+        EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+    }
+
+    PMRFile thirty;
+    EXPECT_TRUE(thirty.dataWithContentsOfURL(write(good.left(30))));
+    EXPECT_EQ(thirty.ItemsCount(), 3u);
+    EXPECT_FALSE(thirty.FillItem(std::make_shared<TarnDatabaseItem>()));
+}
+
+TEST_F(PMRFileTest, NoItemOrNoClaimedEntriesGivesNothing) {
+    fixtures::PmrOptions noCount;
+    noCount.count = 0;
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(threeEntries(), noCount))));
+    EXPECT_EQ(pmr.ItemsCount(), 0u);
+    EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+
+    PMRFile other;
+    ASSERT_TRUE(other.dataWithContentsOfURL(write(fixtures::writePmr(threeEntries()))));
+    EXPECT_FALSE(other.FillItem(nullptr));
+    EXPECT_TRUE(other.FillItem(std::make_shared<TarnDatabaseItem>()));
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <string>
+
+#include "TarnExport.h"
+#include "TarnExportTable.h"
+
+namespace {
+
+// Byte for byte: the file's bytes against the UTF-8 of the generated text.
+std::string golden(const char* name) {
+    QFile file(QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QLatin1String("/golden/") +
+               QLatin1String(name));
+    if (!file.open(QIODevice::ReadOnly)) return std::string("<missing golden> ") + name;
+    return file.readAll().toStdString();
+}
+
+// Two columns and rows that exercise quoting, separators inside cells, line
+// feeds, markup characters and non-ASCII text.
+TarnExportTable sampleTable() {
+    TarnExportTable table(QStringLiteral("Tarn <media>"),
+                          {QStringLiteral("File \"Name\""), QStringLiteral("Project")});
+    table.addRow({QStringLiteral("A001_C002.mxf"), QStringLiteral("Tom & Jerry <x>")});
+    table.addRow({QStringLiteral("say \"hi\"; now, then"), QStringLiteral("line one\nline two")});
+    table.addRow({QStringLiteral("Director's cut"), QString()});
+    table.addRow({QStringLiteral("Café été.wav"), QStringLiteral("")});
+    return table;
+}
+
+}  // namespace
+
+TEST(Export, CsvMatchesGoldenInBothFlavours) {
+    const TarnExportTable table = sampleTable();
+    EXPECT_EQ(TarnExport::genCsv(table, QStringLiteral(";")).toStdString(),
+              golden("sample-semicolon.csv"));
+    EXPECT_EQ(TarnExport::genCsv(table, QStringLiteral(",")).toStdString(),
+              golden("sample-comma.csv"));
+}
+
+TEST(Export, HtmlMatchesGolden) {
+    EXPECT_EQ(TarnExport::genHtml(sampleTable()).toStdString(), golden("sample.html"));
+}
+
+TEST(Export, CsvQuotesEveryFieldAndEndsEachWithTheSeparator) {
+    TarnExportTable table(QStringLiteral("t"), {QStringLiteral("A"), QStringLiteral("B")});
+    table.addRow({QStringLiteral("x"), QStringLiteral("y")});
+    EXPECT_EQ(TarnExport::genCsv(table, QStringLiteral(";")),
+              QStringLiteral("\"A\";\"B\";\n\"x\";\"y\";\n"));
+    EXPECT_EQ(TarnExport::genCsv(table, QStringLiteral(",")),
+              QStringLiteral("\"A\",\"B\",\n\"x\",\"y\",\n"));
+
+    TarnExportTable quotes(QStringLiteral("t"), {QStringLiteral("Q")});
+    quotes.addRow({QStringLiteral("a \"b\" c")});
+    quotes.addRow({QStringLiteral("semi;colon\r\nbreak")});
+    EXPECT_EQ(TarnExport::genCsv(quotes, QStringLiteral(";")),
+              QStringLiteral("\"Q\";\n\"a \"\"b\"\" c\";\n\"semi;colon\r\nbreak\";\n"));
+}
+
+TEST(Export, EmptyTableKeepsHeaderAndEmptyBody) {
+    TarnExportTable table(QStringLiteral("Nothing"), {QStringLiteral("A"), QStringLiteral("B")});
+    EXPECT_EQ(TarnExport::genCsv(table, QStringLiteral(",")), QStringLiteral("\"A\",\"B\",\n"));
+    const QString html = TarnExport::genHtml(table);
+    EXPECT_TRUE(html.contains(QLatin1String("<th>A</th><th>B</th></tr></thead><tbody></tbody>")));
+    EXPECT_TRUE(html.endsWith(QLatin1String("</tbody></table></div></body></html>")));
+
+    TarnExportTable noColumns(QStringLiteral("x"), {});
+    EXPECT_EQ(TarnExport::genCsv(noColumns, QStringLiteral(";")), QStringLiteral("\n"));
+}
+
+TEST(Export, XmlEntitiesAreEscapedAmpersandFirst) {
+    EXPECT_EQ(TarnExport::stringByEncodingXMLEntities(QStringLiteral("Tom & Jerry <x>")),
+              QStringLiteral("Tom &amp; Jerry &lt;x&gt;"));
+    EXPECT_EQ(TarnExport::stringByEncodingXMLEntities(QStringLiteral("it's \"q\"")),
+              QStringLiteral("it&apos;s &quot;q&quot;"));
+    // An entity already in the text is escaped once, not left as markup.
+    EXPECT_EQ(TarnExport::stringByEncodingXMLEntities(QStringLiteral("&lt;")),
+              QStringLiteral("&amp;lt;"));
+    EXPECT_TRUE(TarnExport::stringByEncodingXMLEntities(QString()).isEmpty());
+}
+
+TEST(Export, HtmlPageShape) {
+    TarnExportTable table(QStringLiteral("A < B & C"), {QStringLiteral("it's")});
+    table.addRow({QStringLiteral("<b>")});
+    const QString html = TarnExport::genHtml(table);
+    // The title goes into the heading as it is.
+    EXPECT_TRUE(html.contains(QLatin1String("<h1>A < B & C</h1>")));
+    EXPECT_TRUE(html.contains(QLatin1String("<th>it&apos;s</th>")));
+    EXPECT_TRUE(html.contains(QLatin1String("<tr><td>&lt;b&gt;</td></tr>")));
+    // The head is one line and loads the pinned library versions.
+    const QString head = html.section(QLatin1Char('\n'), 0, 0);
+    EXPECT_TRUE(head.startsWith(QLatin1String("<!DOCTYPE html>")));
+    EXPECT_TRUE(head.endsWith(QLatin1String("</head>")));
+    EXPECT_TRUE(head.contains(QLatin1String("jquery-2.0.0")));
+    EXPECT_TRUE(head.contains(QLatin1String("/1.10.7/js/jquery.dataTables")));
+    EXPECT_TRUE(head.contains(QLatin1String("/1.10.7/css/jquery.dataTables")));
+    EXPECT_TRUE(head.contains(QLatin1String("'paging': false, 'info': false")));
+    EXPECT_TRUE(head.contains(QLatin1String("max-width: 400px")));
+    EXPECT_EQ(html.count(QLatin1Char('\n')), 1);
+    // Attribute values are single-quoted throughout.
+    EXPECT_FALSE(html.contains(QLatin1String("=\"")));
+    EXPECT_TRUE(html.contains(QLatin1String("<table id='resultTb' class='display cell-border'")));
+}
+
+TEST(Export, JsonCarriesTitleColumnsAndRows) {
+    const QString json = TarnExport::genJson(sampleTable());
+    EXPECT_TRUE(json.contains(QLatin1String("\"title\": \"Tarn <media>\"")));
+    EXPECT_TRUE(json.contains(QLatin1String("\"line one\\nline two\"")));
+    EXPECT_TRUE(json.endsWith(QLatin1Char('\n')));
+}
+
+TEST(Export, RowsArePaddedOrCutToTheHeader) {
+    TarnExportTable table(QStringLiteral("t"), {QStringLiteral("A"), QStringLiteral("B")});
+    table.addRow({QStringLiteral("1")});
+    table.addRow({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")});
+    EXPECT_EQ(TarnExport::genCsv(table, QStringLiteral(";")),
+              QStringLiteral("\"A\";\"B\";\n\"1\";\"\";\n\"1\";\"2\";\n"));
+}
