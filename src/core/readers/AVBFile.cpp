@@ -1,0 +1,216 @@
+#include "AVBFile.h"
+
+#include <QFile>
+#include <QHash>
+#include <QStringDecoder>
+#include <QtEndian>
+
+#include <cstring>
+
+#include "xConsole.h"
+
+namespace {
+
+// 06 00 "Domain" "DJBO": the first object of every bin is its header.
+constexpr char kBinHeader[12] = {0x06, 0x00, 'D', 'o', 'm', 'a', 'i', 'n', 'D', 'J', 'B', 'O'};
+constexpr qsizetype kMinimumBinSize = 119;
+constexpr qsizetype kFirstChunk = 119;
+constexpr qsizetype kCreatorOffset = 71;
+// A reference starting in the last 32 bytes of a file is not taken.
+constexpr qsizetype kTailGuard = 32;
+constexpr quint16 kReferenceKind = 0x0202;
+
+const uchar* at(const QByteArray& data, qsizetype offset) {
+    return reinterpret_cast<const uchar*>(data.constData()) + offset;
+}
+
+quint16 u16At(const QByteArray& data, qsizetype offset) {
+    return qFromLittleEndian<quint16>(at(data, offset));
+}
+
+quint32 u32At(const QByteArray& data, qsizetype offset) {
+    return qFromLittleEndian<quint32>(at(data, offset));
+}
+
+bool tagAt(const QByteArray& data, qsizetype offset, const char* tag) {
+    return std::memcmp(data.constData() + offset, tag, 4) == 0;
+}
+
+// At `pos` (with at least 18 bytes left) stands a media reference record.
+bool isReference(const QByteArray& data, qsizetype pos) {
+    return tagAt(data, pos, "LMSM") && u16At(data, pos + 8) == kReferenceKind;
+}
+
+TarnItemPtr itemForReference(const QByteArray& data, qsizetype pos) {
+    auto item = std::make_shared<TarnDatabaseItem>();
+    std::memcpy(item->DB_filePackageUID() + 16, data.constData() + pos + 10, 8);
+    return item;
+}
+
+// Bin items carry no path, so the item's full equality (identifier and path)
+// never holds between two of them. What a bin says is "this file", and a file
+// is its identifier: items are merged when equal by identifier (hash, then
+// isEqualByUUID), which is the item's equality reduced to the part a bin
+// holds. The first reference keeps its place.
+void addUnique(QList<TarnItemPtr>& set, QMultiHash<quint32, qsizetype>& index, TarnItemPtr item) {
+    const quint32 h = item->hash();
+    for (auto it = index.constFind(h); it != index.constEnd() && it.key() == h; ++it) {
+        if (set[it.value()]->isEqualByUUID(item.get())) return;
+    }
+    index.insert(h, set.size());
+    set.append(std::move(item));
+}
+
+// Text of up to `length` bytes at `offset`, cut at the end of the file.
+QByteArray bytesAt(const QByteArray& data, qsizetype offset, qsizetype length) {
+    if (offset >= data.size() || length <= 0) return {};
+    return data.mid(offset, qMin(length, data.size() - offset));
+}
+
+// Mac OS Cyrillic (CFStringEncoding 7), the upper half; the lower half is ASCII.
+constexpr char16_t kMacCyrillicHigh[128] = {
+    0x0410, 0x0411, 0x0412, 0x0413, 0x0414, 0x0415, 0x0416, 0x0417, 0x0418, 0x0419, 0x041A, 0x041B,
+    0x041C, 0x041D, 0x041E, 0x041F, 0x0420, 0x0421, 0x0422, 0x0423, 0x0424, 0x0425, 0x0426, 0x0427,
+    0x0428, 0x0429, 0x042A, 0x042B, 0x042C, 0x042D, 0x042E, 0x042F, 0x2020, 0x00B0, 0x0490, 0x00A3,
+    0x00A7, 0x2022, 0x00B6, 0x0406, 0x00AE, 0x00A9, 0x2122, 0x0402, 0x0452, 0x2260, 0x0403, 0x0453,
+    0x221E, 0x00B1, 0x2264, 0x2265, 0x0456, 0x00B5, 0x0491, 0x0408, 0x0404, 0x0454, 0x0407, 0x0457,
+    0x0409, 0x0459, 0x040A, 0x045A, 0x0458, 0x0405, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB,
+    0x00BB, 0x2026, 0x00A0, 0x040B, 0x045B, 0x040C, 0x045C, 0x0455, 0x2013, 0x2014, 0x201C, 0x201D,
+    0x2018, 0x2019, 0x00F7, 0x201E, 0x040E, 0x045E, 0x040F, 0x045F, 0x2116, 0x0401, 0x0451, 0x044F,
+    0x0430, 0x0431, 0x0432, 0x0433, 0x0434, 0x0435, 0x0436, 0x0437, 0x0438, 0x0439, 0x043A, 0x043B,
+    0x043C, 0x043D, 0x043E, 0x043F, 0x0440, 0x0441, 0x0442, 0x0443, 0x0444, 0x0445, 0x0446, 0x0447,
+    0x0448, 0x0449, 0x044A, 0x044B, 0x044C, 0x044D, 0x044E, 0x20AC};
+
+// Folder names of linked media are Mac Cyrillic text. Qt's own converters know
+// this encoding only in builds that use ICU for named encodings; otherwise the
+// table above decodes it.
+QString fromMacCyrillic(const QByteArray& bytes) {
+    QStringDecoder decoder("x-mac-cyrillic");
+    if (decoder.isValid()) return decoder.decode(bytes);
+    QString out;
+    out.reserve(bytes.size());
+    for (char c : bytes) {
+        const auto b = uchar(c);
+        out.append(b < 0x80 ? QChar(b) : QChar(kMacCyrillicHigh[b - 0x80]));
+    }
+    return out;
+}
+
+QString hex8(quint64 v) {
+    return QStringLiteral("%1").arg(v, 8, 16, QLatin1Char('0'));
+}
+
+}  // namespace
+
+bool AVBFile::dataWithContentsOfURL(const QString& path) {
+    filedata_.clear();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return false;
+    QByteArray data = file.readAll();
+    if (data.size() < kMinimumBinSize || std::memcmp(data.constData(), kBinHeader, 12) != 0)
+        return false;
+    filedata_ = std::move(data);
+    TARN_LOG(QStringLiteral("Opened avid BIN %1").arg(path));
+    return true;
+}
+
+QList<TarnItemPtr> AVBFile::getUIDS() const {
+    QList<TarnItemPtr> set;
+    const qsizetype len = filedata_.size();
+    if (len - kTailGuard < kFirstChunk + 1) return set;
+    QMultiHash<quint32, qsizetype> index;
+    // Byte by byte, trusting no chunk length: a reference is found in any chunk.
+    for (qsizetype pos = kFirstChunk; pos < len - kTailGuard; ++pos) {
+        if (isReference(filedata_, pos)) {
+            addUnique(set, index, itemForReference(filedata_, pos));
+            pos += 8;
+        }
+    }
+    return set;
+}
+
+QList<TarnItemPtr> AVBFile::getAMAUIDSold() const {
+    QList<TarnItemPtr> set;
+    const qsizetype len = filedata_.size();
+    if (len >= 32 && len <= 64) return set;
+    QMultiHash<quint32, qsizetype> index;
+    qsizetype pos = 32;
+    while (pos < len - kTailGuard) {
+        if (!isReference(filedata_, pos)) {
+            ++pos;
+            continue;
+        }
+        TarnItemPtr item = itemForReference(filedata_, pos);
+        TARN_LOG(QStringLiteral("%1 %2 Found at pos %3")
+                     .arg(hex8(u32At(filedata_, pos + 10)), hex8(u32At(filedata_, pos + 14)))
+                     .arg(pos));
+        const quint16 nameLength = u16At(filedata_, pos + 18);
+        if (nameLength != 0 && tagAt(filedata_, pos + 20, "AMA ")) {
+            const QString folder = fromMacCyrillic(bytesAt(filedata_, pos + 20, nameLength));
+            TARN_LOG(QStringLiteral("foundAMA Folder:: %1").arg(folder));
+            item->DB_isAMA = true;
+        }
+        addUnique(set, index, std::move(item));
+        pos += 19;
+    }
+    return set;
+}
+
+QList<TarnItemPtr> AVBFile::getAMAUIDS() const {
+    const qsizetype len = filedata_.size();
+    TARN_LOG(QStringLiteral("avb::0001::Bin header matched pattern"));
+    TARN_LOG(QStringLiteral("<Domain>"));
+    if (len >= 12 && tagAt(filedata_, 8, "DJBO")) {
+        const QByteArray creator =
+            len > kCreatorOffset + 1
+                ? bytesAt(filedata_, kCreatorOffset, u16At(filedata_, kCreatorOffset))
+                : QByteArray();
+        TARN_LOG(QStringLiteral("<%1 :: DJBO, len 0x6f> created with \"%2\"")
+                     .arg(hex8(8), QString::fromLatin1(creator)));
+    }
+
+    QString dump = QStringLiteral("\n");
+    qint64 pos = kFirstChunk;
+    if (len >= kFirstChunk + 1) {
+        // The walk trusts the chunk lengths; one running past the end ends it.
+        while (pos < len) {
+            if (pos + 8 > len) {
+                pos = len;
+                break;
+            }
+            const bool named = tagAt(filedata_, pos, "ELIF") || tagAt(filedata_, pos, "FNIW");
+            const quint32 bodyLength = u32At(filedata_, pos + 4);
+            if (named) {
+                const QString tag = QString::fromLatin1(filedata_.constData() + pos, 4);
+                const auto byteAt = [&](qint64 offset) {
+                    return offset < len ? uchar(filedata_[offset]) : 0;
+                };
+                const quint16 textLength = pos + 12 <= len ? u16At(filedata_, pos + 10) : 0;
+                dump += QStringLiteral("<%1 :: %2, len %3> b+8 = %4 b+9 = %5\n")
+                            .arg(hex8(quint64(pos)), tag, hex8(bodyLength))
+                            .arg(byteAt(pos + 8), 2, 16, QLatin1Char('0'))
+                            .arg(byteAt(pos + 9), 2, 16, QLatin1Char('0'));
+                dump += QStringLiteral("-1-> %1\n")
+                            .arg(QString::fromLatin1(bytesAt(filedata_, pos + 12, textLength)));
+            }
+            pos += 8 + qint64(bodyLength);
+        }
+    }
+    TARN_LOG(dump);
+    TARN_LOG(QStringLiteral("<%1 :: Bin EOF").arg(hex8(quint64(pos))));
+    return {};
+}
+
+QString AVBFile::hexlifyRawBytes(const void* bytes, qsizetype length) {
+    QString out;
+    if (!bytes || length <= 0) return out;
+    static const char digits[] = "0123456789abcdef";
+    const auto* p = static_cast<const uchar*>(bytes);
+    out.reserve(length * 4);
+    for (qsizetype i = 0; i < length; ++i) {
+        out.append(QLatin1Char(digits[p[i] >> 4]));
+        out.append(QLatin1Char(digits[p[i] & 0x0f]));
+        out.append(i % 4 == 3 ? QLatin1String(" | ") : QLatin1String(" "));
+    }
+    return out;
+}

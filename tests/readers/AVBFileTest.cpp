@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include <algorithm>
+
+#include "AVBFile.h"
+#include "AvbWriter.h"
+#include "FixtureFiles.h"
+#include "TestSupport.h"
+#include "Umid.h"
+
+using fixtures::AvbReference;
+
+namespace {
+
+class AVBFileTest : public ::testing::Test {
+  protected:
+    QString write(const QByteArray& bytes) {
+        const QString path = dir.filePath(QStringLiteral("bin%1.avb").arg(++files));
+        EXPECT_TRUE(fixtures::writeFile(path, bytes));
+        return path;
+    }
+
+    static QList<quint64> shortUIDs(const QList<TarnItemPtr>& items) {
+        QList<quint64> out;
+        for (const auto& item : items) out.append(item->shortFileUID());
+        return out;
+    }
+
+    // A header-only bin padded with zeros to `size` bytes.
+    static QByteArray paddedHeader(qsizetype size) {
+        QByteArray bytes = fixtures::avbHeader();
+        bytes.append(QByteArray(size - bytes.size(), '\0'));
+        return bytes.left(size);
+    }
+
+    QTemporaryDir dir;
+    int files = 0;
+};
+
+TEST_F(AVBFileTest, TheHeaderAndSizeDecideWhatIsABin) {
+    testsupport::LogCapture log;
+    AVBFile bin;
+    EXPECT_FALSE(bin.dataWithContentsOfURL(write(paddedHeader(118))));
+    EXPECT_FALSE(log.contains(QStringLiteral("Opened avid BIN")));
+
+    const QString path = write(paddedHeader(119));
+    EXPECT_TRUE(bin.dataWithContentsOfURL(path));
+    EXPECT_TRUE(log.contains(QStringLiteral("Opened avid BIN %1").arg(path)));
+
+    QByteArray wrongFirst = paddedHeader(400);
+    wrongFirst[0] = 0x07;
+    EXPECT_FALSE(bin.dataWithContentsOfURL(write(wrongFirst)));
+    QByteArray wrongTag = paddedHeader(400);
+    wrongTag[11] = 'X';
+    EXPECT_FALSE(bin.dataWithContentsOfURL(write(wrongTag)));
+    EXPECT_FALSE(bin.dataWithContentsOfURL(dir.filePath(QStringLiteral("missing.avb"))));
+    EXPECT_TRUE(bin.getUIDS().isEmpty()) << "a refused file leaves nothing to scan";
+}
+
+TEST_F(AVBFileTest, FindsEveryReferenceWithItsShortIdentifier) {
+    const QList<quint64> uids = {0x0123456789abcdefull, 42, 0xfeedface00c0ffeeull};
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBin(uids))));
+    const auto items = bin.getUIDS();
+    EXPECT_EQ(shortUIDs(items), uids);
+    for (const auto& item : items) {
+        const QByteArray whole(reinterpret_cast<const char*>(item->filePackageUID), 32);
+        EXPECT_EQ(whole.left(16), QByteArray(16, '\0'));
+        EXPECT_EQ(whole.mid(24), QByteArray(8, '\0'));
+        EXPECT_TRUE(item->DB_itemPath.isNull());
+        EXPECT_FALSE(item->DB_isAMA);
+    }
+}
+
+TEST_F(AVBFileTest, ReferencesToTheSameFileGiveOneItem) {
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBin({7, 9, 7, 7, 9, 11}))));
+    EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{7, 9, 11}));
+
+    // Same hash (A xor B) but different identifiers stay apart.
+    const quint64 a = 0x0000000100000002ull, b = 0x0000000200000001ull;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBin({a, b, a}))));
+    const auto items = bin.getUIDS();
+    ASSERT_EQ(items.size(), 2);
+    EXPECT_EQ(items[0]->hash(), items[1]->hash());
+}
+
+TEST_F(AVBFileTest, OnlyTheMediaReferenceKindCounts) {
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(
+        fixtures::writeBinReferences(QList<AvbReference>{{1, 0x0203}, {2, 0x0202}, {3, 0x0102}}))));
+    EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{2}));
+}
+
+TEST_F(AVBFileTest, ReferencesAreFoundOutsideTheChunkStructure) {
+    // A chunk whose length is wrong does not hide the reference after it.
+    fixtures::AvbOptions options;
+    options.leadingChunks = {{"JUNK", QByteArray(3, 'x')}};
+    QByteArray bytes = fixtures::writeBin({5}, options);
+    const qsizetype junk = bytes.indexOf("JUNK");
+    bytes[junk + 4] = char(0xff);
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
+    EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{5}));
+}
+
+TEST_F(AVBFileTest, ShortBinsAndTheLast32BytesHoldNoReference) {
+    const QByteArray record = fixtures::avbReferenceRecord({0x99});
+    // A record right at 119: found only when the file has 152 bytes or more.
+    for (qsizetype size : {151, 152}) {
+        QByteArray bytes = fixtures::avbHeader() + record;
+        bytes.append(QByteArray(size - bytes.size(), '\0'));
+        AVBFile bin;
+        ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
+        EXPECT_EQ(bin.getUIDS().size(), size == 152 ? 1 : 0) << size;
+    }
+    // A record starting 33 bytes before the end is found; 32 before, it is not.
+    for (qsizetype fromEnd : {33, 32}) {
+        QByteArray bytes = fixtures::writeBin({1}, fixtures::AvbOptions{.tail = false});
+        bytes.append(QByteArray(100, '\0'));
+        bytes.replace(bytes.size() - fromEnd, record.size(), record);
+        AVBFile bin;
+        ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
+        EXPECT_EQ(bin.getUIDS().size(), fromEnd == 33 ? 2 : 1) << fromEnd;
+    }
+}
+
+TEST_F(AVBFileTest, TheChunkDumpGoesToTheLogAndGivesNothing) {
+    fixtures::AvbOptions options;
+    options.binName = QStringLiteral("Dailies Day 3");
+    const QByteArray bytes = fixtures::writeBin({1, 2, 3}, options);
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
+    testsupport::LogCapture log;
+    EXPECT_TRUE(bin.getAMAUIDS().isEmpty());
+    const QString text = log.text();
+    EXPECT_TRUE(text.contains(QStringLiteral(":: avb::0001::Bin header matched pattern\n")));
+    EXPECT_TRUE(text.contains(QStringLiteral(":: <Domain>\n")));
+    // The creator text is read from its length field on, as the bin stores it.
+    EXPECT_TRUE(text.contains(QStringLiteral(":: <00000008 :: DJBO, len 0x6f> created with \"")));
+    EXPECT_TRUE(text.contains(QStringLiteral("Media Compos\"\n")));
+    // The name chunks come first at 119; the "ELIF" body is 2 + 2 + 17 bytes.
+    EXPECT_TRUE(
+        text.contains(QStringLiteral("<00000077 :: ELIF, len 00000015> b+8 = 01 b+9 = 00\n"
+                                     "-1-> Dailies Day 3.avb\n"
+                                     "<00000094 :: FNIW, len 00000011> b+8 = 01 b+9 = 00\n"
+                                     "-1-> Dailies Day 3\n")));
+    EXPECT_TRUE(text.contains(
+        QStringLiteral(":: <%1 :: Bin EOF\n").arg(bytes.size(), 8, 16, QLatin1Char('0'))));
+    EXPECT_EQ(text.count(QStringLiteral("-1->")), 2) << "only named chunks are described";
+}
+
+TEST_F(AVBFileTest, TheChunkDumpStopsAtALengthPastTheEnd) {
+    QByteArray bytes = fixtures::writeBin({1});
+    bytes.append(fixtures::avbChunk(fixtures::avbNameChunk("ELIF", QStringLiteral("cut"))));
+    bytes[bytes.size() - 4] = char(0x7f);   // the ELIF text length now runs far past the end
+    bytes[bytes.size() - 11] = char(0x7f);  // and so does its body length
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
+    testsupport::LogCapture log;
+    EXPECT_TRUE(bin.getAMAUIDS().isEmpty());
+    EXPECT_TRUE(log.contains(QStringLiteral("-1-> cut\n")));
+    EXPECT_TRUE(log.contains(QStringLiteral(" :: Bin EOF\n")));
+}
+
+TEST_F(AVBFileTest, TheOlderScanMarksLinkedMediaAndLogsEveryHit) {
+    // "AMA Фото" in Mac Cyrillic: Ф 94, о EE, т F2.
+    const QByteArray folder = QByteArray("AMA ") + QByteArray::fromHex("94eef2ee");
+    const QList<AvbReference> references = {
+        {0x1122334455667788ull, 0x0202, QString(), folder},
+        {0x0a, 0x0202, QStringLiteral("Avid MediaFiles")},
+        {0x0b, 0x0203, QStringLiteral("AMA ignored")},
+    };
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBinReferences(references))));
+    testsupport::LogCapture log;
+    const auto items = bin.getAMAUIDSold();
+    ASSERT_EQ(items.size(), 2);
+    EXPECT_EQ(items[0]->shortFileUID(), 0x1122334455667788ull);
+    EXPECT_TRUE(items[0]->DB_isAMA);
+    EXPECT_FALSE(items[1]->DB_isAMA);
+    const QString text = log.text();
+    EXPECT_TRUE(text.contains(QStringLiteral(":: foundAMA Folder:: AMA Фото\n")))
+        << qPrintable(text);
+    EXPECT_EQ(text.count(QStringLiteral("foundAMA Folder::")), 1);
+    EXPECT_TRUE(text.contains(QStringLiteral(":: 55667788 11223344 Found at pos ")));
+    EXPECT_TRUE(text.contains(QStringLiteral(":: 0000000a 00000000 Found at pos ")));
+    EXPECT_EQ(text.count(QStringLiteral("Found at pos")), 2);
+}
+
+TEST(AVBFileHex, EveryFourthByteIsFollowedByABar) {
+    const QByteArray bytes = QByteArray::fromHex("000102030a0bff");
+    EXPECT_EQ(AVBFile::hexlifyRawBytes(bytes.constData(), bytes.size()),
+              QStringLiteral("00 01 02 03 | 0a 0b ff "));
+    EXPECT_EQ(AVBFile::hexlifyRawBytes(bytes.constData(), 4), QStringLiteral("00 01 02 03 | "));
+    EXPECT_EQ(AVBFile::hexlifyRawBytes(bytes.constData(), 0), QString());
+    EXPECT_EQ(AVBFile::hexlifyRawBytes(nullptr, 3), QString());
+}
+
+}  // namespace
