@@ -1,9 +1,120 @@
 #pragma once
 
-#include "TarnMediaReader.h"
+#include <QByteArray>
+#include <QHash>
+#include <QString>
 
+#include <memory>
+#include <optional>
+
+#include "TarnMediaReader.h"
+#include "TarnRBTree_u32t_u32t.h"
+#include "UIDtoBentoObjTree.h"
+
+// Reader of Bento containers: OMF 1 media files and the editing system's media
+// databases (msmMMOB.mdb). The file is read whole; its table of contents (TOC)
+// is indexed once into ordered trees so that completing an item costs a few
+// lookups and short forward scans. OMF 2 containers are recognised and refused.
+//
+// Byte order: TOC words, the label's TOC position and every object reference
+// (identifiers, object IDs in lists and in values) are used as stored, little-
+// endian. Counts and numbers inside values follow the label's byte order.
 class TarnOMFI : public TarnMediaReader {
-public:
+  public:
+    static constexpr quint32 kNoIndex = 0xFFFFFFFFu;
+    static constexpr qsizetype kLabelSize = 24;
+    static constexpr qsizetype kTocEntrySize = 24;
+    static constexpr qsizetype kMinimumFileSize = 128;
+
+    // The bytes of one property value, bounds-checked; empty when absent.
+    struct Value {
+        const quint8* data = nullptr;
+        quint32 length = 0;
+        explicit operator bool() const { return data != nullptr; }
+    };
+
+    // What a file object's descriptor says about its essence.
+    struct CompressionData {
+        quint32 fourCC = 0;  // as stored: "_AUD" is 0x4455415F
+        quint32 numerator = 0;
+        quint32 denominator = 0;
+        quint32 resolutionID = 0;
+        quint32 bits = 0;
+    };
+
+    TarnOMFI();
+    ~TarnOMFI() override;
+
     unsigned getType() const override { return 1; }
     bool openFile(const QString& path, TarnProgressIndicator* indicator) override;
+    unsigned capabilities() const override { return kAddInfoToItem; }
+    // Fills clip name, usage code, frame rate, project and compression of an
+    // item found by its identifiers.
+    void addInfoToItem(TarnDatabaseItem* item) override;
+    std::optional<quint64> getMDBCompositionsCount() const override { return compositions_; }
+
+    // The container.
+    bool isLittleEndian() const { return littleEndian_; }
+    quint32 tocEntryCount() const { return entryCount_; }
+    quint32 tocWord(quint32 index, int word) const;
+    quint32 objectIDAt(quint32 index) const { return tocWord(index, 0); }
+    quint32 propertyIDAt(quint32 index) const { return tocWord(index, 1); }
+    // Start of the value of a TOC entry, or null (no index, zero length, or an
+    // extent past the end of the file or of the entry).
+    const quint8* pDataFor(quint32 index) const;
+    Value valueFor(quint32 index) const;
+    quint32 howManyBentoObjectsV01() const;
+    // TOC index of the object's first entry with the property, or 0.
+    quint32 lookForProperty(quint32 propertyID, quint32 index) const;
+    // TOC index of an object's first entry, or kNoIndex.
+    quint32 tocIndexForObject(quint32 objectID) const;
+    // The object's name (the first of its name properties from `index` on),
+    // NULs trimmed; null when the object has none.
+    QString GetStringForObjectAt(quint32 index) const;
+    // Standard and global names by object ID.
+    QString nameForObjectID(quint32 objectID) const { return names_.value(objectID); }
+    // One line describing a TOC entry.
+    QString getDescriptionForTOCindex(quint32 index) const;
+
+    // The media database's questions.
+    QString getProjectAttributeForObjectAt(quint32 index) const;
+    QString getProjectNameForObjAt(quint32 index) const;
+    bool getCompression_data(CompressionData* record, quint32 index) const;
+
+    bool MustReadDictionary = true;
+    TarnProgressIndicator* localWorkInProgressIndicator = nullptr;
+
+  private:
+    bool readTOC();
+    void InitDictionary();
+    void readIdentifierTable(quint32 index, UIDtoBentoObjTree& tree, bool countsClips);
+    void readGlobalName(quint32 index);
+
+    Value propertyValue(quint32 propertyID, quint32 objectIndex) const;
+    std::optional<quint32> numberAt(const Value& value, quint32 offset) const;
+    std::optional<quint16> countAt(const Value& value) const;
+    static std::optional<quint32> storedWordAt(const Value& value, quint32 offset);
+    quint32 referencedObjectIndex(quint32 propertyID, quint32 objectIndex) const;
+    QString textFromBytes(const quint8* bytes, quint32 length) const;
+    QString sourceProjectOfListedObject(quint32 objectID, QHash<quint32, QString>& done) const;
+    QString projectOfSourceIdentifier(quint32 objectIndex) const;
+    bool hasImportSetting(quint32 clipIndex) const;
+    bool audioCompression(CompressionData* record, quint32 descriptor) const;
+    bool pictureCompression(CompressionData* record, quint32 descriptor) const;
+
+    QByteArray data_;
+    const quint8* bytes_ = nullptr;
+    qsizetype size_ = 0;
+    const quint8* label_ = nullptr;
+    const quint8* toc_ = nullptr;
+    bool littleEndian_ = true;
+    quint32 entryCount_ = 0;
+    bool clipTableSeen_ = false;
+    quint64 compositions_ = 0;
+    QHash<quint32, QString> names_;
+    std::unique_ptr<UIDtoBentoObjTree> clipTree_;
+    std::unique_ptr<UIDtoBentoObjTree> secondTree_;
+    std::unique_ptr<UIDtoBentoObjTree> fileTree_;
+    std::unique_ptr<TarnRBTree_u32t_u32t> objectTree_;
+    TarnProgressIndicator* indicator_ = nullptr;
 };

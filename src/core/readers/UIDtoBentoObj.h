@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QtGlobal>
+
+// One node of an identifier tree of a media database: a short identifier
+// (bytes 16..23 of a UMID, kept as the 8 stored bytes read as one 64-bit
+// number) and the Bento object that describes it.
+class UIDtoBentoObj {
+  public:
+    UIDtoBentoObj() = default;
+    UIDtoBentoObj(quint64 key, quint32 objectID) : key_(key), objectID_(objectID) {}
+
+    quint64 key() const { return key_; }
+    quint32 objectID() const { return objectID_; }
+    // Equal when both 32-bit halves are.
+    bool isEqualKey(const UIDtoBentoObj& other) const;
+    bool isLiteThan(const UIDtoBentoObj& other) const { return key_ < other.key_; }
+
+    // The trees' comparison rules. A missing node is logged ("Error in UID
+    // tree - nil object") and compares as not equal and not less.
+    static bool equalRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b);
+    static bool lessRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b);
+
+  private:
+    quint64 key_ = 0;
+    quint32 objectID_ = 0;
+};

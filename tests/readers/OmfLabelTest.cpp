@@ -1,0 +1,141 @@
+#include <gtest/gtest.h>
+
+#include <QtEndian>
+
+#include "BentoWriter.h"
+#include "OmfTestFile.h"
+#include "TarnMediafile.h"
+#include "TarnStatusViewController.h"
+#include "TestSupport.h"
+
+namespace {
+
+QByteArray smallContainer() {
+    fixtures::BentoWriter w;
+    w.addImmediate(0x30000, 66365, w.u32(1));
+    return w.finish();
+}
+
+// Rewrites the label's TOC size.
+QByteArray withTocSize(QByteArray file, quint32 size) {
+    qToLittleEndian<quint32>(size, file.data() + file.size() - 4);
+    return file;
+}
+
+class RecordingIndicator : public TarnProgressIndicator {
+  public:
+    void setIndeterminate(bool v) override { calls << QStringLiteral("indeterminate %1").arg(v); }
+    void setMinValue(double v) override { calls << QStringLiteral("min %1").arg(v); }
+    void setMaxValue(double v) override { calls << QStringLiteral("max %1").arg(v); }
+    void setDoubleValue(double v) override { calls << QStringLiteral("value %1").arg(v); }
+    void startAnimation() override { calls << QStringLiteral("start"); }
+    void stopAnimation() override { calls << QStringLiteral("stop"); }
+    QStringList calls;
+};
+
+}  // namespace
+
+TEST(OmfLabel, SizeBoundaryIs128Bytes) {
+    const QByteArray file = smallContainer();
+    ASSERT_EQ(file.size(), 128);
+    OmfTestFile ok;
+    EXPECT_TRUE(ok.open(file, "clip.omf"));
+
+    // The same container one byte shorter: the TOC moves with it.
+    QByteArray shorter = file.mid(1);
+    const quint32 tocOffset = qFromLittleEndian<quint32>(shorter.constData() + 127 - 8);
+    qToLittleEndian<quint32>(tocOffset - 1, shorter.data() + 127 - 8);
+    OmfTestFile refused;
+    EXPECT_FALSE(refused.open(shorter, "clip.omf"));
+}
+
+TEST(OmfLabel, WrongMagicAndOversizedTocAreRefused) {
+    QByteArray badMagic = smallContainer();
+    badMagic[badMagic.size() - 24 + 3] = 'x';
+    OmfTestFile a;
+    EXPECT_FALSE(a.open(badMagic, "clip.omf"));
+
+    const QByteArray file = smallContainer();
+    OmfTestFile b;
+    EXPECT_FALSE(b.open(withTocSize(file, quint32(file.size()) + 1), "clip.omf"));
+    EXPECT_EQ(b.reader->tocEntryCount(), 0u);
+}
+
+TEST(OmfLabel, EmptyOrShortTocHasNoObjects) {
+    const QByteArray file = smallContainer();
+    OmfTestFile none;
+    EXPECT_FALSE(none.open(withTocSize(file, 0), "clip.omf"));
+    OmfTestFile partial;
+    EXPECT_FALSE(partial.open(withTocSize(file, 23), "clip.omf"));
+}
+
+TEST(OmfLabel, TocRunningPastTheEndKeepsOnlyWholeEntries) {
+    // A size within the file length whose entries would run into and past the
+    // label: only the entries that lie inside the file are read.
+    fixtures::BentoWriter w;
+    w.addValue(0x30000, 66145, QByteArray(100, 'a'));
+    for (quint32 i = 1; i < 4; ++i) w.addImmediate(0x30000 + i, 66365, w.u32(i));
+    const QByteArray file = w.finish();
+    ASSERT_EQ(file.size(), 236);
+    OmfTestFile f;
+    EXPECT_TRUE(f.open(withTocSize(file, 200), "clip.omf"));
+    EXPECT_EQ(f.reader->tocEntryCount(), 5u);  // 4 entries and the label read as one
+}
+
+TEST(OmfLabel, Omf2IsRecognisedAndRefused) {
+    fixtures::BentoWriter w;
+    w.addImmediate(0x30000, 66365, w.u32(1));
+    testsupport::LogCapture log;
+    OmfTestFile f;
+    EXPECT_FALSE(f.open(w.finish(2), "clip.omf"));
+    EXPECT_TRUE(log.contains(QStringLiteral("OMF 2 found at ") + f.path));
+    EXPECT_TRUE(log.contains(QStringLiteral("OMF 2 not supported")));
+}
+
+TEST(OmfLabel, DatabaseWithoutClipTableOpensAsFalse) {
+    fixtures::BentoWriter w;
+    w.addValue(1, 0x10216, w.u16(0));
+    w.addImmediate(0x30000, 66365, w.u32(1));
+    const QByteArray file = w.finish();
+
+    OmfTestFile mdb;
+    EXPECT_FALSE(mdb.open(file));
+    EXPECT_EQ(mdb.reader->getMDBCompositionsCount(), 0u);
+    // An OMF media file needs no clip table.
+    OmfTestFile omf;
+    EXPECT_TRUE(omf.open(file, "clip.omf"));
+
+    TarnMediafile front;
+    EXPECT_FALSE(front.openFile(mdb.path, nullptr));
+    EXPECT_EQ(front.getMDBCompositionsCount(), 0u);
+}
+
+TEST(OmfLabel, CompositionCountThroughTheFront) {
+    OmfTestFile f;
+    ASSERT_TRUE(f.open(fixtures::writeMdb({pictureClip(1), audioClip(2), pictureClip(3)})));
+    TarnMediafile front;
+    ASSERT_TRUE(front.openFile(f.path, nullptr));
+    EXPECT_EQ(front.type(), 1u);
+    EXPECT_EQ(front.getMDBCompositionsCount(), 3u);
+    EXPECT_TRUE(front.capabilityFlags() & TarnMediaReader::kAddInfoToItem);
+}
+
+TEST(OmfLabel, ProgressIsShownOnlyWhileTheStatusDisplayRuns) {
+    QList<fixtures::MdbClip> clips;
+    for (int i = 0; i < 80; ++i) clips << pictureClip(i);  // 7 objects each: 2 steps of 256
+    const QByteArray file = fixtures::writeMdb(clips);
+    auto* status = TarnStatusViewController::getTheController();
+
+    RecordingIndicator running;
+    status->setIsRunning(true);
+    OmfTestFile a;
+    EXPECT_TRUE(a.open(file, "msmMMOB.mdb", &running));
+    status->setIsRunning(false);
+    EXPECT_EQ(running.calls, (QStringList{"indeterminate 0", "min 0", "max 2", "value 0", "value 1",
+                                          "value 2", "value 2"}));
+
+    RecordingIndicator idle;
+    OmfTestFile b;
+    EXPECT_TRUE(b.open(file, "msmMMOB.mdb", &idle));
+    EXPECT_EQ(idle.calls, QStringList{"value 2"});
+}
