@@ -195,24 +195,26 @@ void TarnCore::AddItemsFromArray(const QList<TarnItemPtr>& items) {
     fatalError(QStringLiteral("Tarn error DB-002"));
 }
 
+bool TarnCore::uniqueEqual(const TarnItemPtr& a, const TarnItemPtr& b) {
+    if (!a->isEqual(b.get())) return false;
+    TARN_LOG(QStringLiteral(
+                 "**** Warning **** comparing items ::EQ item found \n:: %1 is equal to :: %2")
+                 .arg(a->DB_itemPath, b->DB_itemPath));
+    return true;
+}
+
+bool TarnCore::uniqueLess(const TarnItemPtr& a, const TarnItemPtr& b) {
+    if (a->isEqualByUUID(b.get())) {
+        if (a->DB_itemPath.isNull()) return false;
+        return QString::compare(a->DB_itemPath, b->DB_itemPath, Qt::CaseSensitive) < 0;
+    }
+    return a->isLessByUUID(b.get());
+}
+
 void TarnCore::makeUnique() {
     TarnRBTree<TarnItemPtr> tree;
-    tree.setEQBlock([](const TarnItemPtr& a, const TarnItemPtr& b) {
-        if (!a->isEqual(b.get())) return false;
-        TARN_LOG(QStringLiteral(
-                     "**** Warning **** comparing items ::EQ item found \n:: %1 is equal to :: %2")
-                     .arg(a->DB_itemPath, b->DB_itemPath));
-        return true;
-    });
-    // Within one identifier the path decides. Only the first item's path is
-    // tested for absence: a second item without one orders as an empty path.
-    tree.setLTBlock([](const TarnItemPtr& a, const TarnItemPtr& b) {
-        if (a->isEqualByUUID(b.get())) {
-            if (a->DB_itemPath.isNull()) return false;
-            return QString::compare(a->DB_itemPath, b->DB_itemPath, Qt::CaseSensitive) < 0;
-        }
-        return a->isLessByUUID(b.get());
-    });
+    tree.setEQBlock(&TarnCore::uniqueEqual);
+    tree.setLTBlock(&TarnCore::uniqueLess);
     for (const auto& item : std::as_const(items_)) tree.TreeInsertNode(item);
     if (tree.TreeNodeCount() == 0) return;
     if (auto unique = tree.Tree_v2_GetNonEqDataArray()) {

@@ -58,6 +58,12 @@ class TarnCore : public QObject {
     void AddItemsFromArray(const QList<TarnItemPtr>& items);
     // One item per identifier and path; the first found is kept.
     void makeUnique();
+    // The rules of that tree. Equal: same identifier and same path (logged as
+    // a warning). Less: by identifier, then by path, where only the first
+    // item's path is tested for absence, so a second item without a path
+    // orders as if its path were empty.
+    static bool uniqueEqual(const TarnItemPtr& a, const TarnItemPtr& b);
+    static bool uniqueLess(const TarnItemPtr& a, const TarnItemPtr& b);
     void ValidateAllItems();
     // Brings the view up to date after a scan: filter reset, validation,
     // default sort, summary, all projects checked, shown rows.

@@ -1,0 +1,317 @@
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "DatabaseTestSupport.h"
+#include "TestSupport.h"
+
+using dbtest::makeItem;
+using dbtest::shownNames;
+using dbtest::sortedNames;
+
+namespace {
+
+class CoreViewTest : public ::testing::Test, public dbtest::DatabaseTest {
+  protected:
+    void load(const QList<TarnItemPtr>& items) {
+        core.AddItemsFromArray(items);
+        core.LoadDefaults();
+    }
+    TarnCore core;
+};
+
+TEST_F(CoreViewTest, DefaultOrderIsProjectThenFileNameCaseSensitive) {
+    load({makeItem(1, "b.mxf", "beta"), makeItem(2, "a.mxf", "beta"), makeItem(3, "z.mxf", "Alpha"),
+          makeItem(4, "c.mxf")});
+    // "Alpha" < "_00_TRN_NULL_PROJECT_NAME" < "beta" by character codes.
+    EXPECT_EQ(sortedNames(core), QStringList({"z.mxf", "c.mxf", "a.mxf", "b.mxf"}));
+    EXPECT_EQ(shownNames(core), sortedNames(core));
+    EXPECT_EQ(core.getAllItemsCount(), 4);
+    EXPECT_EQ(core.getItemsCount(), 4);
+}
+
+TEST_F(CoreViewTest, FilterHidesItemsAndSumsTheShownSizes) {
+    auto precompute = makeItem(1, "p.mxf", "A", 100);
+    precompute->DB_usageCode = 1;
+    load({precompute, makeItem(2, "x.mxf", "A", 20), makeItem(3, "y.mxf", "B", 3)});
+    EXPECT_EQ(core.FilteredItemsSize(), 123u);
+
+    TarnFilter::sharedFilter()->setFilterFlagPrecomputes(true);
+    core.applyFilter();
+    EXPECT_EQ(shownNames(core), QStringList({"p.mxf"}));
+    EXPECT_EQ(core.FilteredItemsSize(), 100u);
+
+    // A search keystroke.
+    TarnFilter::sharedFilter()->ResetFilter();
+    TarnFilter::sharedFilter()->setFilterString(QStringLiteral("Y."));
+    core.applyFilter();
+    EXPECT_EQ(shownNames(core), QStringList({"y.mxf"}));
+    EXPECT_EQ(core.getItemsCountUnfiltered(), 3);
+}
+
+TEST_F(CoreViewTest, UncheckedProjectsHideTheirItemsAndEmptyProjectsStayListed) {
+    load({makeItem(1, "a1.mxf", "a", 5), makeItem(2, "a2.mxf", "a", 7),
+          makeItem(3, "b1.mxf", "B", 11)});
+    ASSERT_EQ(core.getProjectsCount(), 2);
+    auto a = core.projectAtIndex(0);
+    EXPECT_EQ(a->name, "a");
+    EXPECT_EQ(a->FilesCount, 2u);
+    EXPECT_EQ(a->SizeValue, 12u);
+    EXPECT_EQ(core.projectAtIndex(1)->name, "B");
+    EXPECT_EQ(core.projectAtIndex(2), nullptr);
+
+    a->mustBeShownInList = false;
+    core.applyFilter();
+    EXPECT_EQ(shownNames(core), QStringList({"b1.mxf"}));
+
+    core.setFilterFlagProjects(true);
+    EXPECT_EQ(core.getItemsCount(), 3);
+
+    // Filter away all of "a": it stays in the summary with nothing in it.
+    TarnFilter::sharedFilter()->setFilterString(QStringLiteral("b1"));
+    core.prepareProjectsSummary();
+    ASSERT_EQ(core.getProjectsCount(), 2);
+    EXPECT_EQ(core.projectAtIndex(0)->FilesCount, 0u);
+    EXPECT_EQ(core.projectAtIndex(0)->SizeValue, 0u);
+    EXPECT_EQ(core.projectAtIndex(1)->FilesCount, 1u);
+
+    core.setFilterFlagProjects(false);
+    EXPECT_EQ(core.getItemsCount(), 0);
+}
+
+TEST_F(CoreViewTest, ShowOnlyExistingFilesDecidesWhetherMissingFilesAreShown) {
+    auto missing = makeItem(1, "gone.mxf", "P");
+    missing->validatePath();  // no such file: not valid, not existing
+    auto here = makeItem(2, "here.mxf", "P");
+    here->DB_FileExists = true;
+
+    setPreference(TarnPreferences::kShowOnlyExistingFiles, 1);
+    load({missing, here});
+    EXPECT_EQ(shownNames(core), QStringList({"here.mxf"}));
+    EXPECT_TRUE(core.getExistentURLatIndex(0) == here->DB_itemPath);
+
+    setPreference(TarnPreferences::kShowOnlyExistingFiles, 0);
+    core.LoadDefaults();
+    EXPECT_TRUE(missing->DB_isValid);
+    EXPECT_EQ(shownNames(core), QStringList({"gone.mxf", "here.mxf"}));
+    EXPECT_TRUE(core.getExistentURLatIndex(0).isNull());
+    EXPECT_TRUE(core.getExistentURLatIndex(7).isNull());
+}
+
+TEST_F(CoreViewTest, SelectedRowsGiveTheirItemsAndSize) {
+    load({makeItem(1, "a.mxf", "P", 10), makeItem(2, "b.mxf", "P", 20),
+          makeItem(3, "c.mxf", "P", 40)});
+    const auto selected = core.getSelectedItemsArray({0, 2, 9});
+    ASSERT_EQ(selected.size(), 2);
+    EXPECT_EQ(selected[1]->DB_ClipName, "c.mxf");
+    EXPECT_EQ(core.calculateSelectedSize({0, 2, -1}), 50u);
+    EXPECT_EQ(core.SelectedItemsSize(), 50u);
+    EXPECT_EQ(core.ObjectAtIndexFiltered(3), nullptr);
+}
+
+TEST_F(CoreViewTest, ClearEmptiesEverything) {
+    load({makeItem(1, "a.mxf", "P", 10)});
+    TarnFilter::sharedFilter()->setFilterFlagAudioMedia(true);
+    core.calculateSelectedSize({0});
+    core.clear();
+    EXPECT_EQ(core.getAllItemsCount(), 0);
+    EXPECT_EQ(core.getItemsCount(), 0);
+    EXPECT_EQ(core.getProjectsCount(), 0);
+    EXPECT_EQ(core.FilteredItemsSize(), 0u);
+    EXPECT_EQ(core.SelectedItemsSize(), 0u);
+    EXPECT_FALSE(TarnFilter::sharedFilter()->filterFlagAudioMedia());
+}
+
+TEST_F(CoreViewTest, MakeUniqueKeepsTheFirstOfEqualItemsAndWarnsOnce) {
+    auto first = makeItem(7, "a.mxf", "first");
+    auto again = makeItem(7, "a.mxf", "second");
+    auto elsewhere = makeItem(7, "a.mxf", "third");
+    elsewhere->DB_itemPath = QStringLiteral("/other/a.mxf");
+    core.AddItemsFromArray({first, again, elsewhere, makeItem(3, "b.mxf")});
+
+    testsupport::LogCapture log;
+    core.makeUnique();
+    EXPECT_EQ(log.count("**** Warning **** comparing items ::EQ item found \n:: /vol/media/a.mxf "
+                        "is equal to :: /vol/media/a.mxf"),
+              1);
+    ASSERT_EQ(core.getAllItemsCount(), 3);
+    QStringList projects;
+    for (const auto& item : core.ItemsUnsorted()) projects << item->DB_ProjectName;
+    EXPECT_TRUE(projects.contains("first"));
+    EXPECT_FALSE(projects.contains("second"));
+    EXPECT_TRUE(projects.contains("third"));
+}
+
+TEST_F(CoreViewTest, UniqueLessTestsOnlyTheFirstItemsPathForAbsence) {
+    auto a = makeItem(7, "a.mxf");
+    auto b = makeItem(7, "b.mxf");
+    auto none = makeItem(7, "n.mxf");
+    none->DB_itemPath = QString();
+    EXPECT_TRUE(TarnCore::uniqueLess(a, b));
+    EXPECT_FALSE(TarnCore::uniqueLess(b, a));
+    EXPECT_FALSE(TarnCore::uniqueLess(none, a));
+    // The second item's missing path reads as an empty one: nothing is below it.
+    EXPECT_FALSE(TarnCore::uniqueLess(a, none));
+    // Another identifier: the identifier order alone.
+    EXPECT_TRUE(TarnCore::uniqueLess(none, makeItem(8, "z.mxf")));
+    EXPECT_FALSE(TarnCore::uniqueEqual(none, none));
+}
+
+// Items ordered by one key: ranks 1..3 valid, rank 0 not valid.
+struct SortCase {
+    const char* key;
+    void (*set)(TarnDatabaseItem&, int rank);
+};
+
+const char* const kNames[] = {"alpha", "Bravo", "charlie", "Delta"};
+
+const SortCase kSortCases[] = {
+    {"filename", [](TarnDatabaseItem& i, int r) { i.DB_ClipName = kNames[r]; }},
+    {"clipname", [](TarnDatabaseItem& i, int r) { i.DB_NameInBin = kNames[r]; }},
+    {"project", [](TarnDatabaseItem& i, int r) { i.DB_ProjectName = kNames[r]; }},
+    {"filesize", [](TarnDatabaseItem& i, int r) { i.DB_filesize = 900 + 1000 * r; }},
+    {"path", [](TarnDatabaseItem& i, int r) { i.DB_itemPath = QStringLiteral("/v/") + kNames[r]; }},
+    {"fileUID",
+     [](TarnDatabaseItem& i, int r) {
+         i.filePackageUID[0] = quint8(r);
+         i.filePackageUID[31] = quint8(9 - r);
+     }},
+    {"materialUID",
+     [](TarnDatabaseItem& i, int r) {
+         i.materialPackageUID[0] = quint8(0xF0 + r);
+         i.materialPackageUID[31] = quint8(9 - r);
+     }},
+    {"hash",
+     [](TarnDatabaseItem& i, int r) {
+         std::memset(i.filePackageUID + 16, 0, 8);
+         i.filePackageUID[16] = quint8(r + 1);
+     }},
+    {"filedate", [](TarnDatabaseItem& i,
+                    int r) { i.DB_setDate(QDateTime::fromSecsSinceEpoch(1'000'000 + 86400 * r)); }},
+    {"compression",
+     [](TarnDatabaseItem& i, int r) {
+         const quint32 code = quint32(r / 2 + 1);
+         std::memcpy(i.CompressionFourCC, &code, 4);
+         i.DB_DIDResolutionID = quint32(r % 2);
+     }},
+    {"samplerate", [](TarnDatabaseItem& i, int r) { i.setSampleRateNumerator(1000 * r, 9 - r); }},
+    {"framerate", [](TarnDatabaseItem& i, int r) { i.setFrameRateNumerator(25 * r + 1, 9 - r); }},
+    {"bits", [](TarnDatabaseItem& i, int r) { i.DB_bits = quint32(8 * r); }},
+};
+
+TEST_F(CoreViewTest, EachSortKeyOrdersBothWaysWithInvalidRowsAtTheRightEnd) {
+    for (const SortCase& sortCase : kSortCases) {
+        SCOPED_TRACE(sortCase.key);
+        for (int onlyExisting : {1, 0}) {
+            SCOPED_TRACE(onlyExisting);
+            setPreference(TarnPreferences::kShowOnlyExistingFiles, onlyExisting);
+            core.clear();
+            std::map<const TarnDatabaseItem*, int> rankOf;
+            QList<TarnItemPtr> items;
+            for (int rank : {2, 0, 3, 1}) {
+                auto item = makeItem(100 + rank, QStringLiteral("r%1").arg(rank), "P");
+                sortCase.set(*item, rank);
+                rankOf[item.get()] = rank;
+                items << item;
+            }
+            load(items);
+            for (const auto& item : items) item->DB_isValid = rankOf[item.get()] != 0;
+
+            auto ranks = [&] {
+                QList<int> out;
+                for (quint32 i : core.IndexesSorted()) out << rankOf[core.ItemsUnsorted()[i].get()];
+                return out;
+            };
+            core.sortUsingDescriptors({{QString::fromLatin1(sortCase.key), true}});
+            EXPECT_EQ(ranks(), onlyExisting ? QList<int>({1, 2, 3, 0}) : QList<int>({0, 1, 2, 3}));
+            core.sortUsingDescriptors({{QString::fromLatin1(sortCase.key), false}});
+            EXPECT_EQ(ranks(), onlyExisting ? QList<int>({0, 3, 2, 1}) : QList<int>({3, 2, 1, 0}));
+        }
+    }
+}
+
+TEST_F(CoreViewTest, ItemsWithoutADateAreLastInBothDirections) {
+    auto early = makeItem(1, "early", "P");
+    early->DB_setDate(QDateTime::fromSecsSinceEpoch(1000));
+    auto late = makeItem(2, "late", "P");
+    late->DB_setDate(QDateTime::fromSecsSinceEpoch(2000));
+    load({makeItem(3, "undated", "P"), late, early});
+    core.sortUsingDescriptors({{"filedate", true}});
+    EXPECT_EQ(sortedNames(core), QStringList({"early", "late", "undated"}));
+    core.sortUsingDescriptors({{"filedate", false}});
+    EXPECT_EQ(sortedNames(core), QStringList({"late", "early", "undated"}));
+}
+
+TEST_F(CoreViewTest, FirstDescriptorDecidesButFourOrMoreApplyOnlyTheFirst) {
+    auto a = makeItem(1, "a", "P", 1);
+    auto b = makeItem(2, "b", "P", 3);
+    auto c = makeItem(3, "c", "P", 2);
+    auto d = makeItem(4, "d", "Q", 9);
+    a->DB_bits = b->DB_bits = c->DB_bits = 16;
+    load({d, c, b, a});
+    ASSERT_EQ(sortedNames(core), QStringList({"a", "b", "c", "d"}));
+
+    const QList<TarnSortDescriptor> three = {
+        {"project", false}, {"bits", true}, {"filesize", false}};
+    core.sortUsingDescriptors(three);
+    EXPECT_EQ(sortedNames(core), QStringList({"d", "b", "c", "a"}));
+
+    core.SortDefault();
+    QList<TarnSortDescriptor> four = three;
+    four.append({"filename", false});
+    core.sortUsingDescriptors(four);
+    // Only the project applies: within "P" the default order stays.
+    EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c"}));
+
+    // An unknown key keeps the order it was given.
+    core.sortUsingDescriptors({{"nonsense", true}});
+    EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c"}));
+}
+
+TEST_F(CoreViewTest, SetOperationsMatchBinItemsByShortIdentifier) {
+    auto a = makeItem(10, "a", "P");
+    auto b = makeItem(20, "b", "P");
+    auto b2 = makeItem(20, "b-copy", "P");  // same identifier, elsewhere
+    auto c = makeItem(30, "c", "P");
+    load({a, b, b2, c});
+
+    core.applyFilter(QList<TarnItemPtr>{dbtest::binItem(20)});
+    EXPECT_EQ(shownNames(core), QStringList({"b", "b-copy"}));
+
+    core.applyFilterAdd({dbtest::binItem(30), dbtest::binItem(99)});
+    EXPECT_EQ(shownNames(core), QStringList({"b", "b-copy", "c"}));
+
+    core.applyFilterSubtract({dbtest::binItem(20)});
+    EXPECT_EQ(shownNames(core), QStringList({"c"}));
+
+    // A bin that references nothing in the database: intersect shows
+    // nothing, subtract changes nothing.
+    core.LoadDefaults();
+    core.applyFilterSubtract({dbtest::binItem(77)});
+    EXPECT_EQ(core.getItemsCount(), 4);
+    core.applyFilter(QList<TarnItemPtr>{dbtest::binItem(77)});
+    EXPECT_EQ(core.getItemsCount(), 0);
+}
+
+TEST_F(CoreViewTest, IntersectKeepsFilteredAndMissingItemsOutUnlessAsked) {
+    auto shown = makeItem(10, "shown", "P");
+    shown->DB_FileExists = true;
+    auto missing = makeItem(20, "missing", "P");
+    missing->DB_isValid_initial = false;  // not found on disk
+    auto precompute = makeItem(30, "precompute", "P");
+    precompute->DB_usageCode = 1;
+    precompute->DB_FileExists = true;
+    load({shown, missing, precompute});
+    const QList<TarnItemPtr> bin = {dbtest::binItem(10), dbtest::binItem(20), dbtest::binItem(30)};
+
+    setPreference(TarnPreferences::kShowOnlyExistingFiles, 1);
+    TarnFilter::sharedFilter()->setFilterString(QStringLiteral("s"));
+    core.applyFilter(bin);
+    EXPECT_EQ(shownNames(core), QStringList({"shown"}));
+
+    setPreference(TarnPreferences::kShowOnlyExistingFiles, 0);
+    core.applyFilter(bin);
+    EXPECT_EQ(shownNames(core), QStringList({"missing", "shown"}));
+}
+
+}  // namespace

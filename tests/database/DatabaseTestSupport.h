@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QDir>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <cstring>
+#include <memory>
+
+#include "FixtureFiles.h"
+#include "PmrWriter.h"
+#include "TarnCore.h"
+#include "TarnDatabaseItem.h"
+#include "TarnFilter.h"
+#include "TarnPreferences.h"
+#include "TarnStatusViewController.h"
+
+#include <ostream>
+
+inline void PrintTo(const QString& text, std::ostream* os) {
+    *os << '"' << text.toStdString() << '"';
+}
+
+namespace dbtest {
+
+// A hand-made item: short identifier, file name, project and size.
+inline TarnItemPtr makeItem(quint64 shortUID, const QString& name, const QString& project = {},
+                            quint64 size = 0) {
+    auto item = std::make_shared<TarnDatabaseItem>();
+    std::memcpy(item->filePackageUID + 16, &shortUID, 8);
+    item->DB_SizeofUID = 2;
+    item->DB_ClipName = name;
+    if (!project.isNull()) item->DB_ProjectName = project;
+    item->DB_itemPath = QStringLiteral("/vol/media/") + name;
+    item->DB_filesize = size;
+    item->DB_isReferenced = true;
+    return item;
+}
+
+// An item as a bin lists it: only the short identifier.
+inline TarnItemPtr binItem(quint64 shortUID) {
+    auto item = std::make_shared<TarnDatabaseItem>();
+    std::memcpy(item->filePackageUID + 16, &shortUID, 8);
+    return item;
+}
+
+// Writes a media folder: its index listing `entries`, a file for each listed
+// entry (unless `listedOnDisk` is false) and the `unlisted` files.
+inline void writeMediaFolder(const QString& folder, const QList<fixtures::PmrEntry>& entries,
+                             const QStringList& unlisted = {}, bool listedOnDisk = true) {
+    QDir().mkpath(folder);
+    fixtures::writeFile(folder + QStringLiteral("/msmFMID.pmr"), fixtures::writePmr(entries));
+    if (listedOnDisk) {
+        for (const auto& entry : entries)
+            fixtures::writeFile(folder + QLatin1Char('/') + entry.name, QByteArray(100, 'm'));
+    }
+    for (const auto& name : unlisted)
+        fixtures::writeFile(folder + QLatin1Char('/') + name, QByteArray(10, 'u'));
+}
+
+// Resets the shared state the database uses; preferences at their defaults.
+class DatabaseTest {
+  public:
+    DatabaseTest() {
+        TarnPreferences::shared()->clearRunOverrides();
+        TarnFilter::sharedFilter()->ResetFilter();
+        TarnStatusViewController::getTheController()->setIsRunning(false);
+        TarnStatusViewController::getTheController()->StopAllWheels();
+    }
+    ~DatabaseTest() {
+        TarnPreferences::shared()->clearRunOverrides();
+        TarnFilter::sharedFilter()->ResetFilter();
+    }
+    static void setPreference(const char* key, int value) {
+        TarnPreferences::shared()->setRunOverride(QLatin1String(key), value);
+    }
+};
+
+// The names of the database's items in sort order, or in shown order.
+inline QStringList sortedNames(const TarnCore& core) {
+    QStringList names;
+    for (quint32 i : core.IndexesSorted()) names << core.ItemsUnsorted().at(i)->DB_ClipName;
+    return names;
+}
+inline QStringList shownNames(const TarnCore& core) {
+    QStringList names;
+    for (qsizetype row = 0; row < core.getItemsCount(); ++row)
+        names << core.ObjectAtIndexFiltered(row)->DB_ClipName;
+    return names;
+}
+
+}  // namespace dbtest
