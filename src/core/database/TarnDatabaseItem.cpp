@@ -26,11 +26,15 @@ quint32 wordAt(const quint8* p) {
     return w;
 }
 
-QString extensionOf(const QString& name) { return QFileInfo(name).suffix(); }
+QString extensionOf(const QString& name) {
+    return QFileInfo(name).suffix();
+}
 
 // Names in index files are single bytes; Latin-1 keeps every byte as the
 // character of the same code, so the portable-name check sees what is stored.
-QString textFromBytes(const char* p, qsizetype n) { return QString::fromLatin1(p, n); }
+QString textFromBytes(const char* p, qsizetype n) {
+    return QString::fromLatin1(p, n);
+}
 
 bool isPortableChar(char16_t c) {
     if (c < 20 || c > 145) return false;
@@ -64,20 +68,32 @@ QString TarnDatabaseItem::GetProjectNameUnmanaged() {
 QString TarnDatabaseItem::GetProjectNameEmpty() {
     return QStringLiteral("_00_TRN_EMPTY_PROJECT_NAME");
 }
-QString TarnDatabaseItem::GetProjectNameNull() { return QStringLiteral("_00_TRN_NULL_PROJECT_NAME"); }
+QString TarnDatabaseItem::GetProjectNameNull() {
+    return QStringLiteral("_00_TRN_NULL_PROJECT_NAME");
+}
 
 QString TarnDatabaseItem::kindForUsageCode(qint32 usageCode) {
     switch (usageCode) {
-        case 1: return QStringLiteral("PRECOMP");
-        case 2: return QStringLiteral("UC_SUBCLIP");
-        case 3: return QStringLiteral("UC_EFFECT");
-        case 4: return QStringLiteral("UC_GROUP");
-        case 5: return QStringLiteral("UC_GROUPOOFTER");
-        case 6: return QStringLiteral("UC_MOTION");
-        case 8: return QStringLiteral("UC_8");
-        case 9: return QStringLiteral("UC_PRECOMPUTE_FILE");
-        case 15: return QStringLiteral("IMPORTED");
-        default: return QString(QLatin1String(""));
+        case 1:
+            return QStringLiteral("PRECOMP");
+        case 2:
+            return QStringLiteral("UC_SUBCLIP");
+        case 3:
+            return QStringLiteral("UC_EFFECT");
+        case 4:
+            return QStringLiteral("UC_GROUP");
+        case 5:
+            return QStringLiteral("UC_GROUPOOFTER");
+        case 6:
+            return QStringLiteral("UC_MOTION");
+        case 8:
+            return QStringLiteral("UC_8");
+        case 9:
+            return QStringLiteral("UC_PRECOMPUTE_FILE");
+        case 15:
+            return QStringLiteral("IMPORTED");
+        default:
+            return QString(QLatin1String(""));
     }
 }
 
@@ -211,7 +227,8 @@ bool TarnDatabaseItem::checkUUID() {
 void TarnDatabaseItem::validatePath() {
     DB_isValid_initial = false;
     DB_isValid = false;
-    if (DB_itemPath.isNull()) return;
+    // An empty path would otherwise look up ".aaf" in the working folder.
+    if (DB_itemPath.isEmpty()) return;
 
     QFileInfo info(DB_itemPath);
     if (info.exists()) {
@@ -247,13 +264,16 @@ void TarnDatabaseItem::validatePath() {
         }
     }
     if (!portable) {
-        TARN_LOG(QStringLiteral("**** Warning **** %1 This filename contains non-Portable characters")
-                     .arg(DB_ClipName));
+        TARN_LOG(
+            QStringLiteral("**** Warning **** %1 This filename contains non-Portable characters")
+                .arg(DB_ClipName));
     }
     DB_isPortableFilename = portable;
 }
 
-QString TarnDatabaseItem::getFileUIDString() const { return getStringForUID(filePackageUID); }
+QString TarnDatabaseItem::getFileUIDString() const {
+    return getStringForUID(filePackageUID);
+}
 
 QString TarnDatabaseItem::getMaterialUIDString() const {
     return getStringForUID(materialPackageUID);
@@ -285,7 +305,9 @@ QString TarnDatabaseItem::get_DB_ProjectName() const {
     return DB_ProjectName;
 }
 
-void TarnDatabaseItem::DB_setDate(const QDateTime& date) { DB_Date = date; }
+void TarnDatabaseItem::DB_setDate(const QDateTime& date) {
+    DB_Date = date;
+}
 
 QString TarnDatabaseItem::DB_Date_String() const {
     // Made once, on first request, in the user's locale (short date and time).
@@ -311,7 +333,8 @@ quint64 TarnDatabaseItem::shortFileUID() const {
 
 bool TarnDatabaseItem::isEqualByUUID(const TarnDatabaseItem* other) const {
     if (!other) return false;
-    return other->hash() == hash() && wordAt(other->filePackageUID + 16) == wordAt(filePackageUID + 16) &&
+    return other->hash() == hash() &&
+           wordAt(other->filePackageUID + 16) == wordAt(filePackageUID + 16) &&
            wordAt(other->filePackageUID + 20) == wordAt(filePackageUID + 20);
 }
 
@@ -345,7 +368,8 @@ QString TarnDatabaseItem::description() const {
     if (!DB_NameInBin.isNull()) d += QStringLiteral("\n Name in Bin:%1").arg(DB_NameInBin);
     if (!DB_ProjectName.isNull()) d += QStringLiteral("\n     Project:%1").arg(DB_ProjectName);
     if (DB_filesize)
-        d += QStringLiteral("\n   File Size:%1").arg(TarnFileSize(double(*DB_filesize)).description());
+        d += QStringLiteral("\n   File Size:%1")
+                 .arg(TarnFileSize(double(*DB_filesize)).description());
     d += QStringLiteral("\n    File UID:%1").arg(getFileUIDString());
     d += QStringLiteral("\nMaterial UID:%1").arg(getMaterialUIDString());
     if (!DB_CompressionString.isNull())
@@ -377,4 +401,6 @@ quint32 TarnDatabaseItem::compressionCode() const {
     return v;
 }
 
-bool TarnDatabaseItem::isAudio() const { return std::memcmp(CompressionFourCC, "_AUD", 4) == 0; }
+bool TarnDatabaseItem::isAudio() const {
+    return std::memcmp(CompressionFourCC, "_AUD", 4) == 0;
+}

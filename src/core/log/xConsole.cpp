@@ -1,7 +1,5 @@
 #include "xConsole.h"
 
-#include <QFileInfo>
-
 #include <cstring>
 #include <string>
 #include <unordered_map>
@@ -20,6 +18,15 @@ QString hexlify(const void* bytes, qsizetype length) {
         out.append((i + 1) % 4 == 0 ? QLatin1String(" | ") : QLatin1String(" "));
     }
     return out;
+}
+
+// The file name of a source path; trailing slashes don't count ("a/b/" -> "b").
+QString lastPathComponent(const char* path) {
+    if (!path) return QString();
+    QString p = QString::fromUtf8(path);
+    while (p.size() > 1 && p.endsWith(QLatin1Char('/'))) p.chop(1);
+    if (p == QLatin1String("/")) return p;
+    return p.mid(p.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
 // Letters, digits, the space, symbols and punctuation stay; everything else
@@ -56,13 +63,16 @@ xConsole* xConsole::sharedInstance() {
     static xConsole* instance = [] {
         auto* console = new xConsole();
         console->delivery_ = std::thread([console] { console->deliveryLoop(); });
+        console->deliveryId_ = console->delivery_.get_id();
         console->delivery_.detach();
         return console;
     }();
     return instance;
 }
 
-void xConsole::xPrint(const QString& text) { sharedInstance()->addString(text); }
+void xConsole::xPrint(const QString& text) {
+    sharedInstance()->addString(text);
+}
 
 void xConsole::xPrint(const QString& text, const QString& color) {
     sharedInstance()->addString(text, color);
@@ -71,13 +81,12 @@ void xConsole::xPrint(const QString& text, const QString& color) {
 void xConsole::xNSLog(const char* file, int line, const char* function, const QString& message) {
     if (message.isNull()) return;
     const char* fn = function ? function : "";
-    QString fileName = file ? QFileInfo(QString::fromUtf8(file)).fileName() : QString();
+    const QString fileName = lastPathComponent(file);
     QString text;
     if (!fileName.isEmpty()) {
+        // printf's "%08d" keeps a minus sign in front of the zeros.
         text = QStringLiteral("(%1) (%2:%3) :: %4\n")
-                   .arg(QString::fromUtf8(fn), fileName)
-                   .arg(line, 8, 10, QLatin1Char('0'))
-                   .arg(message);
+                   .arg(QString::fromUtf8(fn), fileName, QString::asprintf("%08d", line), message);
     } else {
         text = QStringLiteral("(%1) :: %2\n").arg(QString::fromUtf8(fn), message);
     }
@@ -123,7 +132,9 @@ QString xConsole::hexlifyAndShowRawBytesBy20(const void* bytes, qsizetype length
     return out;
 }
 
-void xConsole::addString(const QString& text) { addString(text, QString()); }
+void xConsole::addString(const QString& text) {
+    addString(text, QString());
+}
 
 void xConsole::addString(const QString& text, const QString& color) {
     if (text.isNull()) return;
@@ -163,6 +174,9 @@ void xConsole::unsubscribe(int id) {
 }
 
 void xConsole::flush() {
+    // A sink that flushes (or unsubscribes) runs on the delivery thread itself:
+    // waiting there for its own work would never end.
+    if (std::this_thread::get_id() == deliveryId_) return;
     std::unique_lock lock(mutex_);
     quint64 target = appended_;
     drained_.wait(lock, [&] { return delivered_ >= target; });

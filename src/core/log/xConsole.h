@@ -21,7 +21,7 @@
 // file.
 class xConsole : public QObject {
     Q_OBJECT
-public:
+  public:
     // Passed to the instance form of hexlifyRawBytes: keep the trailing separator.
     enum Untrimmed { kUntrimmed };
 
@@ -61,15 +61,16 @@ public:
     // Sinks receive every piece appended after they subscribed.
     int subscribe(Sink sink);
     void unsubscribe(int id);
-    // Waits until every piece appended so far has reached the sinks.
+    // Waits until every piece appended so far has reached the sinks (returns
+    // at once when called from a sink).
     void flush();
 
-signals:
+  signals:
     // Emitted on the delivery thread for every piece, in append order.
     void stringAdded(const QString& text, const QString& color);
     void wasReset();
 
-private:
+  private:
     xConsole();
     void deliveryLoop();
 
@@ -88,6 +89,7 @@ private:
     quint64 appended_ = 0;
     quint64 delivered_ = 0;
     std::thread delivery_;
+    std::thread::id deliveryId_;
 };
 
 namespace tarn_detail {
@@ -96,6 +98,6 @@ const char* shortFunctionName(const char* prettyFunction);
 }  // namespace tarn_detail
 
 // The source-located log line with the caller's own file, line and function.
-#define TARN_LOG(message)                                                                   \
+#define TARN_LOG(message)                                                                     \
     xConsole::xNSLog(__FILE__, __LINE__, tarn_detail::shortFunctionName(__PRETTY_FUNCTION__), \
                      (message))
