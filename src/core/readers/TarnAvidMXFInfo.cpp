@@ -144,7 +144,7 @@ class Demuxer {
     // demuxer accepted the stream.
     bool open(FILE* stream, bool* opened, bool printDebug) {
         *opened = false;
-        const AVInputFormat* mxf = av_find_input_format("mxf");
+        static const AVInputFormat* const mxf = av_find_input_format("mxf");
         constexpr int kBufferSize = 32 * 1024;
         auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
         if (!mxf || !buffer) {
