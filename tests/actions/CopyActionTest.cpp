@@ -125,6 +125,7 @@ TEST_F(CopyFixture, OverwriteQuestionHonoursNoYesAndYesToAll) {
                     .contains(":: FILE EXISTS AT DESTINATION \n:: SKIPPING \nT :: STARTING"));
     EXPECT_EQ(no.actionLog().count(":: OVERWRITING \n"), 1);
     EXPECT_EQ(no.BytesDone(), 8192u);  // a skipped file still counts
+    EXPECT_EQ(no.filesFailed(), 0u);   // and is no failure
     EXPECT_EQ(answers.asked(),
               QStringList(2, QStringLiteral("File exists at destination.\nOverwrite?")));
     EXPECT_EQ(answers.details().first(), folder + "A.mxf");
@@ -186,6 +187,7 @@ TEST_F(CopyFixture, FolderThatCannotBeMadeIsReportedAndSilencedOnRequest) {
     EXPECT_EQ(answers.buttons().first(), QStringLiteral("Ok|Do NotShow Again"));
     EXPECT_FALSE(op.ShowAllErrorDialogs());
     EXPECT_EQ(untimed(op.actionLog()).count("T :: ERROR ::\n"), 2);
+    EXPECT_EQ(op.filesFailed(), 2u);
     EXPECT_EQ(readFile(dst() + "/Doc"), QByteArray("a file in the way"));
     EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
 }

@@ -100,6 +100,7 @@ TEST_F(DeleteFixture, WithoutTrashThePermanentDeleteQuestionDecides) {
     EXPECT_EQ(log.count(":: SUCCEED ::\n"), 3);
     EXPECT_TRUE(log.contains(QStringLiteral(":: SKIPPED :: %1 \n").arg(items[1]->DB_itemPath)));
     EXPECT_EQ(console.count("Delegate returned NO"), 1);
+    EXPECT_EQ(op.filesFailed(), 0u);  // trashing failed, but every file had its answer
     EXPECT_EQ(log.count(QRegularExpression(":: ERROR :: \\d+ :: No Trash folder at [^\\n]* \\n")),
               4);
     EXPECT_EQ(op.BytesDone(), 4 * 4096u);
@@ -138,6 +139,7 @@ TEST_F(DeleteFixture, AFileThatCannotBeRemovedIsReported) {
     EXPECT_TRUE(op.actionLog().contains(errorLine.arg(a->DB_itemPath)));
     EXPECT_TRUE(op.actionLog().contains(errorLine.arg(b->DB_itemPath)));
     EXPECT_FALSE(op.actionLog().contains(":: SUCCEED ::"));
+    EXPECT_EQ(op.filesFailed(), 2u);
     EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
     EXPECT_TRUE(a->DB_FileExists);
 }

@@ -91,6 +91,7 @@ TEST_F(CancelFixture, CancelDuringACopyRemovesThePartialTargetAndEndsTheRun) {
     EXPECT_EQ(QFileInfo(a->DB_itemPath).size(), kBig);
     EXPECT_EQ(op.itemsDone(), 1u);
     EXPECT_EQ(op.BytesDone(), 0u);  // the cancelled file is not counted
+    EXPECT_EQ(op.filesFailed(), 0u);
     EXPECT_TRUE(
         untimed(op.actionLog())
             .endsWith("T :: TarnAction Cancelled\nT :: ERROR ::\nT :: TarnAction Finished\n"));

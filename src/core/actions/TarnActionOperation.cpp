@@ -355,6 +355,10 @@ TarnFileCopier::Result TarnActionOperation::runCopy(const QString& source, const
                                 this);
 }
 
+void TarnActionOperation::countFailure(const TarnFileCopier::Result& result) {
+    if (!result.cancelled && !isCancelled()) ++filesFailed_;
+}
+
 void TarnActionOperation::copyAction() {
     for (const TarnItemPtr& itemPtr : *properties_.items) {
         if (isCancelled()) return;
@@ -399,6 +403,7 @@ void TarnActionOperation::copyAction() {
         if (proceed) {
             TarnFileCopier::Result result = runCopy(item.DB_itemPath, target, TarnFileCopier::None);
             if (!result.ok) {
+                countFailure(result);
                 TARN_LOG(QStringLiteral("Error copying to %1").arg(target));
                 log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
             } else {
@@ -435,6 +440,7 @@ void TarnActionOperation::moveAction() {
         const QString target = folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();
         log(QStringLiteral("%1 :: STARTING ::\n:: move\nfrom :: %2 \nto :: %3\n")
                 .arg(timestamp(), item.DB_itemPath, target));
+        if (!ok) ++filesFailed_;  // no folder to move into
         const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
         const QFileInfo source(item.DB_itemPath);
         bool done = false;
@@ -446,6 +452,7 @@ void TarnActionOperation::moveAction() {
                     done = true;
                 } else {
                     int code = errno;
+                    ++filesFailed_;
                     QString description = QString::fromLocal8Bit(std::strerror(code));
                     log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
                     TARN_LOG(QStringLiteral("%1 :: %2\n").arg(code).arg(description));
@@ -455,6 +462,7 @@ void TarnActionOperation::moveAction() {
                 TarnFileCopier::Result result =
                     runCopy(item.DB_itemPath, target, TarnFileCopier::Move);
                 if (!result.ok) {
+                    countFailure(result);
                     TARN_LOG(QStringLiteral("Error moving to %1").arg(target));
                     log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
                 } else {
@@ -506,6 +514,7 @@ void TarnActionOperation::moveAction() {
                 TarnFileCopier::Result result =
                     runCopy(item.DB_itemPath, target, TarnFileCopier::None);
                 if (!result.ok) {
+                    countFailure(result);
                     log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
                     TARN_LOG(QStringLiteral("Error moving to %1").arg(target));
                 } else {
@@ -578,6 +587,7 @@ void TarnActionOperation::deleteAction() {
                 log(QStringLiteral(":: ERROR :: deleting :: %1 \n").arg(path));
             QString error;
             if (!removeItemAtURL(path, &error)) {
+                if (!isCancelled()) ++filesFailed_;
                 if (!error.isEmpty() && !isCancelled()) {
                     log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(error, path));
                     showErrorDialog(error, path);

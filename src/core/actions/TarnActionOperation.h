@@ -60,6 +60,9 @@ class TarnActionOperation : public QObject {
     bool ShowAllErrorDialogs() const { return showAllErrorDialogs_; }
     bool lastDelegateResponce() const { return lastDelegateResponce_; }
     QString actionLog() const;
+    // Files whose copy, move or removal failed (not those skipped by an
+    // answer, nor the one a cancellation stopped).
+    quint64 filesFailed() const { return filesFailed_; }
 
     void copyAction();
     void moveAction();
@@ -100,6 +103,7 @@ class TarnActionOperation : public QObject {
     bool removeItemAtURL(const QString& path, QString* error);
     static void markMissing(TarnDatabaseItem& item);
     TarnFileCopier::Result runCopy(const QString& source, const QString& target, unsigned flags);
+    void countFailure(const TarnFileCopier::Result& result);
 
     TarnActionOptions properties_;
     quint64 itemsTotal_ = 0;
@@ -112,6 +116,7 @@ class TarnActionOperation : public QObject {
     std::atomic<bool> yesToAll_{false};
     std::atomic<bool> showAllErrorDialogs_{true};
     std::atomic<bool> lastDelegateResponce_{false};
+    std::atomic<quint64> filesFailed_{0};
 
     std::atomic<bool> cancelled_{false};
     std::atomic<bool> executing_{false};
