@@ -83,6 +83,9 @@ bool moveToTrash(const QString& path, int* code, QString* description) {
 
 TarnActionOperation::TarnActionOperation(const TarnActionOptions& properties)
     : properties_(properties) {
+    timeFormat_ = locale_.timeFormat(QLocale::ShortFormat);
+    if (!timeFormat_.contains(QLatin1Char('s')))
+        timeFormat_.replace(QLatin1String("mm"), QLatin1String("mm:ss"));
     log(QStringLiteral("%1 :: TarnAction init \n").arg(timestamp()));
     log(QStringLiteral(":: Action :: %1 \n").arg(properties_.Action));
     if (properties_.items) {
@@ -114,14 +117,17 @@ void TarnActionOperation::setPopHook(std::function<void()> hook) {
 }
 
 QString TarnActionOperation::timestamp() const {
-    // Short date, time with seconds, in the user's locale.
-    QLocale locale = QLocale::system();
-    QDateTime now = QDateTime::currentDateTime();
-    QString timeFormat = locale.timeFormat(QLocale::ShortFormat);
-    if (!timeFormat.contains(QLatin1Char('s')))
-        timeFormat.replace(QLatin1String("mm"), QLatin1String("mm:ss"));
-    return locale.toString(now.date(), QLocale::ShortFormat) + QStringLiteral(", ") +
-           locale.toString(now.time(), timeFormat);
+    // Short date, time with seconds, in the user's locale; made once a second
+    // (a run may write thousands of lines within one).
+    const qint64 second = QDateTime::currentSecsSinceEpoch();
+    QMutexLocker lock(&stampMutex_);
+    if (second != stampSecond_) {
+        const QDateTime now = QDateTime::fromSecsSinceEpoch(second);
+        stamp_ = locale_.toString(now.date(), QLocale::ShortFormat) + QStringLiteral(", ") +
+                 locale_.toString(now.time(), timeFormat_);
+        stampSecond_ = second;
+    }
+    return stamp_;
 }
 
 void TarnActionOperation::log(const QString& text) {
@@ -264,9 +270,20 @@ bool TarnActionOperation::areURLsOnTheSameVolume(const QString& first, const QSt
     QString names[2];
     const QString paths[2] = {first, second};
     for (int i = 0; i < 2; ++i) {
+        // Looked up once per folder: a run moves many files between the same two.
+        // A file is on its folder's volume; a folder may be a mount point itself.
+        struct stat st {};
+        const bool exists = ::lstat(QFile::encodeName(paths[i]).constData(), &st) == 0;
+        const QString folder =
+            exists && S_ISDIR(st.st_mode) ? normalised(paths[i]) : QFileInfo(paths[i]).path();
+        auto known = volumeNames_.constFind(folder);
+        if (exists && known != volumeNames_.constEnd()) {
+            names[i] = *known;
+            continue;
+        }
         QStorageInfo storage(paths[i]);
         if (!storage.isValid()) {
-            int code = reachable(paths[i]) ? EIO : ENOENT;
+            int code = exists ? EIO : ENOENT;
             QString description = QString::fromLocal8Bit(std::strerror(code));
             log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
             TARN_LOG(QStringLiteral("%1 :: %2\n").arg(code).arg(description));
@@ -275,6 +292,7 @@ bool TarnActionOperation::areURLsOnTheSameVolume(const QString& first, const QSt
         // The label, or the mount point when there is none: two unlabelled
         // mounts never pass for one.
         names[i] = storage.displayName();
+        volumeNames_.insert(folder, names[i]);
     }
     return names[0] == names[1];
 }
@@ -282,7 +300,9 @@ bool TarnActionOperation::areURLsOnTheSameVolume(const QString& first, const QSt
 bool TarnActionOperation::createTargetDirWithURL(const QString& targetFolder,
                                                  const QString& itemFile) {
     if (targetFolder.isNull()) return false;
-    if (QFileInfo(targetFolder).isDir()) return true;
+    struct stat st {};
+    if (::stat(QFile::encodeName(targetFolder).constData(), &st) == 0 && S_ISDIR(st.st_mode))
+        return true;
     bool created = false;
     QString error;
     if (!TarnFileCopier::createDirectories(targetFolder, &created, &error)) {
@@ -442,14 +462,15 @@ void TarnActionOperation::moveAction() {
                 .arg(timestamp(), item.DB_itemPath, target));
         if (!ok) ++filesFailed_;  // no folder to move into
         const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
-        const QFileInfo source(item.DB_itemPath);
         bool done = false;
-        if (proceed && source.isReadable() && source.isWritable()) {
+        if (proceed &&
+            ::access(QFile::encodeName(item.DB_itemPath).constData(), R_OK | W_OK) == 0) {
             if (sameVolume) {
                 TARN_LOG(QStringLiteral("Fast Move"));
                 if (::rename(QFile::encodeName(item.DB_itemPath).constData(),
                              QFile::encodeName(target).constData()) == 0) {
-                    done = true;
+                    // A rename leaves nothing under the old name.
+                    markMissing(item);
                 } else {
                     int code = errno;
                     ++filesFailed_;

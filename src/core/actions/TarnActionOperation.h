@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QHash>
+#include <QLocale>
 #include <QMutex>
 #include <QObject>
 #include <QString>
@@ -128,4 +130,11 @@ class TarnActionOperation : public QObject {
     TarnActionOperationDelegate* delegate_ = nullptr;
     std::function<void()> completion_;
     std::function<void(std::int64_t)> progressObserver_;
+
+    QLocale locale_ = QLocale::system();
+    QString timeFormat_;
+    mutable QMutex stampMutex_;
+    mutable qint64 stampSecond_ = -1;  // the last stamp, reused within its second
+    mutable QString stamp_;
+    QHash<QString, QString> volumeNames_;  // folder -> volume name (worker thread)
 };
