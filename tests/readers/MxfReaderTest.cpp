@@ -256,6 +256,10 @@ TEST(MxfInfoAdapter, ParsesLibavformatTexts) {
     EXPECT_FALSE(TarnAvidMXFInfo::isOPAtom(
         TarnAvidMXFInfo::parseLabelText("060e2b34.04010101.0d010201.01010900")));
     EXPECT_TRUE(TarnAvidMXFInfo::parseLabelText("060e2b34040101020d01020110030000").isEmpty());
+    // The item complexity counts only in an operational pattern label.
+    EXPECT_FALSE(
+        TarnAvidMXFInfo::isOPAtom(QByteArray::fromHex("060e2b34040101020d01030110030000")));
+    EXPECT_FALSE(TarnAvidMXFInfo::isOPAtom(atom.left(15)));
 }
 
 // libavformat's own messages reach the console only while asked for.

@@ -164,3 +164,27 @@ TEST(OmfMediaDatabase, MacRomanNamesInBigEndianContainers) {
     ASSERT_TRUE(ii.open(w.finish()));
     EXPECT_EQ(ii.complete(0, 0xB0)->DB_NameInBin, QString::fromLatin1("Caf\x8e"));
 }
+
+TEST(OmfMediaDatabase, LastProjectAttributeWinsInLongRepeatingLists) {
+    // File object 0x30000 lists: project A, ten times the same comment, project B.
+    fixtures::BentoWriter w;
+    w.addValue(1, 0x101E9, w.u16(1) + w.tableRecord(0xE0, 0x30000));
+    w.addValue(1, 0x10216, w.u16(1) + w.tableRecord(0xF0, 0x30000));
+    QList<quint32> attributes{0x30002};
+    for (int i = 0; i < 10; ++i) attributes << 0x30003;
+    attributes << 0x30004 << 0x30005;
+    w.addImmediate(0x30000, 66190, w.ref32(0x30001));
+    w.addValue(0x30001, 66155, w.objectList(attributes));
+    w.addValue(0x30002, 66135, "_PJNAME");
+    w.addValue(0x30002, 66200, "Project A");
+    w.addValue(0x30003, 66135, "_COMMENT");
+    w.addValue(0x30003, 66200, "note");
+    w.addValue(0x30004, 66135, "_PJNAME");
+    w.addValue(0x30004, 66200, "Project B");
+    w.addValue(0x30005, 66135, "_IMPORTSETTING");
+    OmfTestFile f;
+    ASSERT_TRUE(f.open(w.finish()));
+    const TarnItemPtr item = f.complete(0xF0, 0xE0);
+    EXPECT_EQ(item->DB_ProjectName, "Project B");
+    EXPECT_EQ(item->DB_usageCode, 15);
+}

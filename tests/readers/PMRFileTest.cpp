@@ -181,6 +181,26 @@ TEST_F(PMRFileTest, ADamagedEntryEndsTheReadingForGood) {
     }
 }
 
+// After a refused entry the reader stands inside it; bytes there that would
+// pass for an entry are never read as one.
+TEST_F(PMRFileTest, NothingIsReadFromInsideARefusedEntry) {
+    auto entries = threeEntries();
+    // Eight bytes after the refused name length, the name holds a valid entry:
+    // name length 3, "abc", no project, identifier, trailer.
+    const char hidden[] =
+        "xxxxxx\x03\x00"
+        "abc\x00\x00"
+        "12345678TRLR";
+    entries[1].name = QString::fromLatin1(hidden, sizeof hidden - 1);
+    entries[1].nameLength = 0;
+    PMRFile pmr;
+    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(entries, 2))));
+    ASSERT_TRUE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+    EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+    auto after = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
+    EXPECT_FALSE(after) << "read an entry named " << qPrintable(after->DB_ClipName);
+}
+
 TEST_F(PMRFileTest, TruncationEndsTheReadingAtTheCutEntry) {
     const auto entries = threeEntries();
     const QByteArray whole = fixtures::writePmr(entries);

@@ -58,8 +58,12 @@ class TarnNodePool {
         std::size_t used;
     };
 
-    static constexpr std::size_t kFirstChunk = 256;
-    static constexpr std::size_t kLargestChunk = std::size_t{1} << 16;
+    // Chunks stay below the C library's threshold for mapping memory freshly
+    // from the system, so a new tree reuses memory that earlier ones gave back
+    // instead of faulting in new pages.
+    static constexpr std::size_t kFirstChunk = 32;
+    static constexpr std::size_t kLargestChunk =
+        std::max<std::size_t>(kFirstChunk, (std::size_t{64} << 10) / sizeof(Node));
 
     void grow() {
         const std::size_t capacity =

@@ -2,6 +2,9 @@
 
 #include <QtGlobal>
 
+#include <algorithm>
+#include <cstddef>
+#include <exception>
 #include <functional>
 #include <new>
 #include <optional>
@@ -208,9 +211,10 @@ typename TarnRBTree<T>::TarnTreeNode* TarnRBTree<T>::TreeInsertNode(T x) {
         return node;
     }
 
-    if (m_nonEQNodeArray != nullptr) {
+    // Make room in the list first, so that nothing can fail after linking.
+    if (m_nonEQNodeArray != nullptr && m_nonEQNodeArray->size() == m_nonEQNodeArray->capacity()) {
         try {
-            m_nonEQNodeArray->reserve(m_nonEQNodeArray->size() + 1);
+            m_nonEQNodeArray->reserve(std::max<std::size_t>(16, m_nonEQNodeArray->capacity() * 2));
         } catch (const std::exception&) {
             return nullptr;
         }
@@ -281,8 +285,8 @@ typename TarnRBTree<T>::TarnTreeNode* TarnRBTree<T>::successor(TarnTreeNode* c,
 template <typename T>
 typename TarnRBTree<T>::TarnTreeNode* TarnRBTree<T>::stepCursor(bool throughChains) {
     if (m_cursor == nullptr || m_cursor == nil() || !hasRules()) return nullptr;
-    // A consistent order needs fewer steps than entries; more means a cycle.
-    if (++m_walkSteps > m_nodeCount) {
+    // A consistent order visits each entry once; more steps mean a cycle.
+    if (++m_walkSteps >= m_nodeCount) {
         m_cursor = nil();
         return nullptr;
     }

@@ -143,7 +143,7 @@ quint32 TarnRBTree_u32t_u32t::TreeGetNext() {
     if (m_cursor == nullptr || m_cursor == nil()) return kNone;
     // An ordered tree needs fewer steps than entries; more means the keys did
     // not arrive in order and the links loop back.
-    if (++m_walkSteps > m_nodeCount) {
+    if (++m_walkSteps >= m_nodeCount) {
         m_cursor = nil();
         return kNone;
     }

@@ -8,7 +8,7 @@
 
 // Red-black tree from unsigned 32-bit keys to unsigned 32-bit values, built
 // for the object numbers of a Bento container's table of contents, which come
-// in non-decreasing order. The insertion search is specialised for that order:
+// in non-decreasing order. The insertion search is built around that order:
 // it only ever walks right, and a node whose key is greater than the new one
 // is taken as the "equal" node. Callers must insert keys in non-decreasing
 // order for the result to be a correct search tree; other orders are

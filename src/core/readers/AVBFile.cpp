@@ -103,14 +103,18 @@ QString hex8(quint64 v) {
 }  // namespace
 
 bool AVBFile::dataWithContentsOfURL(const QString& path) {
-    filedata_.clear();
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return false;
-    QByteArray data = file.readAll();
+    if (!dataWithBytes(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray()))
+        return false;
+    TARN_LOG(QStringLiteral("Opened avid BIN %1").arg(path));
+    return true;
+}
+
+bool AVBFile::dataWithBytes(QByteArray data) {
+    filedata_.clear();
     if (data.size() < kMinimumBinSize || std::memcmp(data.constData(), kBinHeader, 12) != 0)
         return false;
     filedata_ = std::move(data);
-    TARN_LOG(QStringLiteral("Opened avid BIN %1").arg(path));
     return true;
 }
 
@@ -174,10 +178,7 @@ QList<TarnItemPtr> AVBFile::getAMAUIDS() const {
     if (len >= kFirstChunk + 1) {
         // The walk trusts the chunk lengths; one running past the end ends it.
         while (pos < len) {
-            if (pos + 8 > len) {
-                pos = len;
-                break;
-            }
+            if (pos + 8 > len) break;  // no room for a chunk header
             const bool named = tagAt(filedata_, pos, "ELIF") || tagAt(filedata_, pos, "FNIW");
             const quint32 bodyLength = u32At(filedata_, pos + 4);
             if (named) {
@@ -186,10 +187,12 @@ QList<TarnItemPtr> AVBFile::getAMAUIDS() const {
                     return offset < len ? uchar(filedata_[offset]) : 0;
                 };
                 const quint16 textLength = pos + 12 <= len ? u16At(filedata_, pos + 10) : 0;
+                const auto hex2 = [](uchar b) {
+                    return QStringLiteral("%1").arg(b, 2, 16, QLatin1Char('0'));
+                };
                 dump += QStringLiteral("<%1 :: %2, len %3> b+8 = %4 b+9 = %5\n")
-                            .arg(hex8(quint64(pos)), tag, hex8(bodyLength))
-                            .arg(byteAt(pos + 8), 2, 16, QLatin1Char('0'))
-                            .arg(byteAt(pos + 9), 2, 16, QLatin1Char('0'));
+                            .arg(hex8(quint64(pos)), tag, hex8(bodyLength), hex2(byteAt(pos + 8)),
+                                 hex2(byteAt(pos + 9)));
                 dump += QStringLiteral("-1-> %1\n")
                             .arg(QString::fromLatin1(bytesAt(filedata_, pos + 12, textLength)));
             }

@@ -18,6 +18,8 @@ class AVBFile {
     // Reads the whole file: true when it is at least 119 bytes long and starts
     // with 06 00 "Domain" "DJBO". Logs "Opened avid BIN <path>" on success.
     bool dataWithContentsOfURL(const QString& path);
+    // The same check for bytes already in memory (nothing is logged).
+    bool dataWithBytes(QByteArray data);
 
     // One new item per referenced file, holding only the short identifier,
     // in order of first reference; empty when the bin references nothing.

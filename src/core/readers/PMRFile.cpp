@@ -32,17 +32,19 @@ quint16 PMRFile::readU16(qsizetype offset) const {
 }
 
 bool PMRFile::dataWithContentsOfURL(const QString& path) {
+    QFile file(path);
+    // Offsets are 32-bit: an index of 4 GiB or more is not one the system wrote.
+    if (!file.open(QIODevice::ReadOnly) || file.size() > std::numeric_limits<quint32>::max())
+        return dataWithBytes(QByteArray());
+    return dataWithBytes(file.readAll());
+}
+
+bool PMRFile::dataWithBytes(QByteArray data) {
     filedata_.clear();
     uuidLength_ = position_ = itemsCount_ = 0;
     useByteSwap_ = stopped_ = false;
-
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return false;
-    // Offsets are 32-bit: an index of 4 GiB or more is not one the system wrote.
-    if (file.size() < kMinimumFileSize || file.size() > std::numeric_limits<quint32>::max())
+    if (data.size() < kMinimumFileSize || data.size() > std::numeric_limits<quint32>::max())
         return false;
-    QByteArray data = file.readAll();
-    if (data.size() < kMinimumFileSize) return false;
 
     const auto* b = reinterpret_cast<const uchar*>(data.constData());
     if (qFromLittleEndian<quint32>(b) == kMagic) {

@@ -21,6 +21,8 @@ class PMRFile {
     // recognised; a missing file, one shorter than 30 bytes or an unknown
     // magic leaves ItemsCount() at 0.
     bool dataWithContentsOfURL(const QString& path);
+    // The same for bytes already in memory.
+    bool dataWithBytes(QByteArray data);
 
     // Fills `item` from the next entry and returns it, or returns null when
     // there is no further valid entry. An entry that does not fit ends the

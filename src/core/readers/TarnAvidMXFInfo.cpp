@@ -229,7 +229,12 @@ QByteArray TarnAvidMXFInfo::parseLabelText(const QByteArray& text) {
 }
 
 bool TarnAvidMXFInfo::isOPAtom(const QByteArray& label) {
-    return label.size() == 16 && quint8(label[12]) == 0x10;
+    // 06 0E 2B 34 04 01 01 vv 0D 01 02 01 10 xx xx xx: an operational pattern
+    // label (any registry version) whose item complexity is OP-Atom.
+    static const QByteArray designator = QByteArray::fromHex("060e2b34040101");
+    static const QByteArray patterns = QByteArray::fromHex("0d010201");
+    return label.size() == 16 && label.startsWith(designator) && label.mid(8, 4) == patterns &&
+           quint8(label[12]) == 0x10;
 }
 
 void TarnAvidMXFInfo::setLibraryLogging(bool on) {

@@ -48,7 +48,7 @@ class TarnAvidMXFInfo {
     static QByteArray parseUmidText(const QByteArray& text);
     // "060e2b34.04010102.0d010201.10030000" -> 16 bytes; empty otherwise.
     static QByteArray parseLabelText(const QByteArray& text);
-    // Byte 12 of an operational pattern label, the item complexity, is 0x10
-    // for OP-Atom.
+    // An operational pattern label whose byte 12, the item complexity, is
+    // 0x10: OP-Atom.
     static bool isOPAtom(const QByteArray& label);
 };

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QtEndian>
 
 #include <cstring>
@@ -87,6 +88,9 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     objectTree_ = std::make_unique<TarnRBTree_u32t_u32t>();
     compositions_ = 0;
     entryCount_ = 0;
+    clipTableSeen_ = false;
+    names_.clear();
+    label_ = toc_ = nullptr;
 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return false;
@@ -119,11 +123,6 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     const bool isDatabase =
         QFileInfo(path).suffix().compare(QLatin1String("mdb"), Qt::CaseInsensitive) == 0;
     return !isDatabase || clipTableSeen_;
-}
-
-quint32 TarnOMFI::tocWord(quint32 index, int word) const {
-    if (index >= entryCount_ || word < 0 || word > 5) return 0;
-    return qFromLittleEndian<quint32>(toc_ + qsizetype(index) * kTocEntrySize + 4 * word);
 }
 
 quint32 TarnOMFI::howManyBentoObjectsV01() const {
@@ -359,39 +358,54 @@ void TarnOMFI::addInfoToItem(TarnDatabaseItem* item) {
     }
 }
 
+bool TarnOMFI::visitListedObjects(const Value& list, bool lastFirst,
+                                  const std::function<bool(quint32)>& visit) const {
+    const std::optional<quint16> count = countAt(list);
+    if (!count) return false;
+    // Records that fit in the value.
+    const quint32 fitting = list.length < kListObjectOffset + 4
+                                ? 0
+                                : (list.length - kListObjectOffset - 4) / kListRecordSize + 1;
+    const quint32 n = qMin<quint32>(*count, fitting);
+    // An object listed again gives the same answer; long lists skip repeats so
+    // that a damaged list cannot multiply the work.
+    QSet<quint32> seen;
+    for (quint32 step = 0; step < n; ++step) {
+        const quint32 k = lastFirst ? n - 1 - step : step;
+        const quint32 objectID = *storedWordAt(list, kListObjectOffset + kListRecordSize * k);
+        if (n > 8) {
+            if (seen.contains(objectID)) continue;
+            seen.insert(objectID);
+        }
+        const quint32 index = tocIndexForObject(objectID);
+        if (index != kNoIndex && visit(index)) return true;
+    }
+    return false;
+}
+
 bool TarnOMFI::hasImportSetting(quint32 clipIndex) const {
     const quint32 list = referencedObjectIndex(kAttributes, clipIndex);
     if (list == kNoIndex) return false;
-    const Value records = propertyValue(kAttributeList, list);
-    const std::optional<quint16> count = countAt(records);
-    for (quint32 k = 0; count && k < *count; ++k) {
-        const auto objectID = storedWordAt(records, kListObjectOffset + kListRecordSize * k);
-        if (!objectID) break;
-        const quint32 attribute = tocIndexForObject(*objectID);
-        if (attribute == kNoIndex) continue;
-        if (startsWith(propertyValue(kAttributeName, attribute), "_IMPORTSETTING")) return true;
-    }
-    return false;
+    return visitListedObjects(propertyValue(kAttributeList, list), false, [&](quint32 attribute) {
+        return startsWith(propertyValue(kAttributeName, attribute), "_IMPORTSETTING");
+    });
 }
 
 QString TarnOMFI::getProjectAttributeForObjectAt(quint32 index) const {
     const quint32 list = referencedObjectIndex(kAttributes, index);
     if (list == kNoIndex) return {};
-    const Value records = propertyValue(kAttributeList, list);
-    const std::optional<quint16> count = countAt(records);
+    // The last project attribute wins: look from the end.
     QString project;
-    for (quint32 k = 0; count && k < *count; ++k) {
-        const auto objectID = storedWordAt(records, kListObjectOffset + kListRecordSize * k);
-        if (!objectID) break;
-        const quint32 attribute = tocIndexForObject(*objectID);
-        if (attribute == kNoIndex) continue;
+    visitListedObjects(propertyValue(kAttributeList, list), true, [&](quint32 attribute) {
         const quint32 nameAt = lookForProperty(kAttributeName, attribute);
-        if (nameAt == 0 || !startsWith(valueFor(nameAt), "_PJ")) continue;
+        if (nameAt == 0 || !startsWith(valueFor(nameAt), "_PJ")) return false;
         // The project's name is the attribute's next entry.
         const quint32 next = nameAt + 1;
-        const bool sameObject = next < entryCount_ && objectIDAt(next) == objectIDAt(nameAt);
-        project = sameObject ? GetStringForObjectAt(next) : QString();
-    }
+        if (next < entryCount_ && objectIDAt(next) == objectIDAt(nameAt)) {
+            project = GetStringForObjectAt(next);
+        }
+        return true;
+    });
     return project;
 }
 

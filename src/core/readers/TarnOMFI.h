@@ -3,7 +3,9 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
+#include <QtEndian>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -56,7 +58,11 @@ class TarnOMFI : public TarnMediaReader {
     // The container.
     bool isLittleEndian() const { return littleEndian_; }
     quint32 tocEntryCount() const { return entryCount_; }
-    quint32 tocWord(quint32 index, int word) const;
+    // Word 0..5 of an entry; 0 outside the TOC.
+    quint32 tocWord(quint32 index, int word) const {
+        if (index >= entryCount_ || word < 0 || word > 5) return 0;
+        return qFromLittleEndian<quint32>(toc_ + qsizetype(index) * kTocEntrySize + 4 * word);
+    }
     quint32 objectIDAt(quint32 index) const { return tocWord(index, 0); }
     quint32 propertyIDAt(quint32 index) const { return tocWord(index, 1); }
     // Start of the value of a TOC entry, or null (no index, zero length, or an
@@ -98,6 +104,8 @@ class TarnOMFI : public TarnMediaReader {
     QString textFromBytes(const quint8* bytes, quint32 length) const;
     QString sourceProjectOfListedObject(quint32 objectID, QHash<quint32, QString>& done) const;
     QString projectOfSourceIdentifier(quint32 objectIndex) const;
+    bool visitListedObjects(const Value& list, bool lastFirst,
+                            const std::function<bool(quint32)>& visit) const;
     bool hasImportSetting(quint32 clipIndex) const;
     bool audioCompression(CompressionData* record, quint32 descriptor) const;
     bool pictureCompression(CompressionData* record, quint32 descriptor) const;

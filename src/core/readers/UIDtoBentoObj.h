@@ -13,15 +13,24 @@ class UIDtoBentoObj {
     quint64 key() const { return key_; }
     quint32 objectID() const { return objectID_; }
     // Equal when both 32-bit halves are.
-    bool isEqualKey(const UIDtoBentoObj& other) const;
+    bool isEqualKey(const UIDtoBentoObj& other) const {
+        return quint32(key_) == quint32(other.key_) &&
+               quint32(key_ >> 32) == quint32(other.key_ >> 32);
+    }
     bool isLiteThan(const UIDtoBentoObj& other) const { return key_ < other.key_; }
 
     // The trees' comparison rules. A missing node is logged ("Error in UID
     // tree - nil object") and compares as not equal and not less.
-    static bool equalRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b);
-    static bool lessRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b);
+    static bool equalRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b) {
+        return (a && b) ? a->isEqualKey(*b) : missingNode();
+    }
+    static bool lessRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b) {
+        return (a && b) ? a->isLiteThan(*b) : missingNode();
+    }
 
   private:
+    static bool missingNode();  // logs, false
+
     quint64 key_ = 0;
     quint32 objectID_ = 0;
 };
