@@ -253,9 +253,10 @@ QString SelectionOptions::usage() {
                "  --non-portable --bad-umid --unreferenced show only items with these problems\n"
                "  --search TEXT          names, project or path containing TEXT (any case)\n"
                "  --project NAME         only these projects (repeatable)\n"
-               "  --intersect BIN        only the media the bin references (repeatable, in order\n"
-               "  --subtract BIN         without the media the bin references  with the others)\n"
-               "  --add BIN              add the media the bin references\n"
+               "  --intersect BIN        only the media the bin references\n"
+               "  --subtract BIN         without the media the bin references\n"
+               "  --add BIN              also the media the bin references\n"
+               "                         (bin options repeat and apply in the order given)\n"
                "  --sort KEY[:desc]      sort (repeatable, the first decides); KEY is one of\n"
                "                         %1\n"
                "  --log FILE             write the log to FILE (- for stderr)\n")

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "AVBFile.h"
@@ -91,6 +92,7 @@ void TarnCore::clear() {
     {
         std::lock_guard<std::mutex> guard(coreLock_);
         items_.clear();
+        projectCacheValid_ = false;
     }
     sortedFiltered_.clear();
     sorted_.clear();
@@ -99,6 +101,7 @@ void TarnCore::clear() {
     selectedSize_ = 0;
     projects_.clear();
     projectByName_.clear();
+    projectCacheValid_ = false;
     TarnFilter::sharedFilter()->ResetFilter();
 }
 
@@ -178,6 +181,7 @@ void TarnCore::AddFile_TypeSelector(const QString& path) {
 void TarnCore::AddItem(const TarnItemPtr& item) {
     if (!item) return;
     items_.append(item);
+    projectCacheValid_ = false;
 }
 
 void TarnCore::AddItemsFromArray(const QList<TarnItemPtr>& items) {
@@ -187,6 +191,7 @@ void TarnCore::AddItemsFromArray(const QList<TarnItemPtr>& items) {
             for (const auto& item : items) {
                 if (item) items_.append(item);
             }
+            projectCacheValid_ = false;
             return;
         } catch (const std::bad_alloc&) {
             broken_ = true;
@@ -211,14 +216,34 @@ bool TarnCore::uniqueLess(const TarnItemPtr& a, const TarnItemPtr& b) {
     return a->isLessByUUID(b.get());
 }
 
+quint64 TarnCore::identifierOrder(const TarnDatabaseItem& item) {
+    quint32 a, b;
+    std::memcpy(&a, item.filePackageUID + 16, 4);
+    std::memcpy(&b, item.filePackageUID + 20, 4);
+    return (quint64(a) << 32) | b;
+}
+
+// The tree holds positions; the identifiers are read from one contiguous
+// array, and the items themselves are touched only when identifiers tie.
 void TarnCore::makeUnique() {
-    TarnRBTree<TarnItemPtr> tree;
-    tree.setEQBlock(&TarnCore::uniqueEqual);
-    tree.setLTBlock(&TarnCore::uniqueLess);
-    for (const auto& item : std::as_const(items_)) tree.TreeInsertNode(item);
+    std::vector<quint64> order(size_t(items_.size()));
+    for (qsizetype i = 0; i < items_.size(); ++i) order[size_t(i)] = identifierOrder(*items_[i]);
+    TarnRBTree<quint32> tree;
+    tree.setEQBlock([&](const quint32& a, const quint32& b) {
+        return order[a] == order[b] && uniqueEqual(items_[a], items_[b]);
+    });
+    tree.setLTBlock([&](const quint32& a, const quint32& b) {
+        if (order[a] != order[b]) return order[a] < order[b];
+        return uniqueLess(items_[a], items_[b]);
+    });
+    for (qsizetype i = 0; i < items_.size(); ++i) tree.TreeInsertNode(quint32(i));
     if (tree.TreeNodeCount() == 0) return;
     if (auto unique = tree.Tree_v2_GetNonEqDataArray()) {
-        items_ = QList<TarnItemPtr>(unique->begin(), unique->end());
+        QList<TarnItemPtr> kept;
+        kept.reserve(qsizetype(unique->size()));
+        for (const quint32 i : *unique) kept.append(items_[i]);
+        items_ = std::move(kept);
+        projectCacheValid_ = false;
     }
 }
 
@@ -257,14 +282,26 @@ void TarnCore::applyFilter() {
     sortedFiltered_.clear();
     filteredSize_ = 0;
     const auto filter = TarnFilter::sharedFilter()->snapshot();
+    if (!projectCacheValid_) refreshProjectCache();
     for (const quint32 index : std::as_const(sorted_)) {
         const TarnDatabaseItem* item = items_.at(index).get();
-        if (!item->DB_isValid || !filter.itemPassFilter(item)) continue;
-        const auto project = projectByName_.constFind(item->get_DB_ProjectName());
-        if (project == projectByName_.constEnd() || !(*project)->mustBeShownInList) continue;
+        if (!item->DB_isValid) continue;
+        const TarnProject* project = projectOf_[index];
+        if (!project || !project->mustBeShownInList || !filter.itemPassFilter(item)) continue;
         sortedFiltered_.append(index);
         filteredSize_ += item->DB_filesize.value_or(0);
     }
+}
+
+void TarnCore::refreshProjectCache() {
+    projectOf_.assign(size_t(items_.size()), nullptr);
+    if (!projectByName_.isEmpty()) {
+        for (qsizetype i = 0; i < items_.size(); ++i) {
+            const auto found = projectByName_.constFind(items_[i]->get_DB_ProjectName());
+            if (found != projectByName_.constEnd()) projectOf_[size_t(i)] = found->get();
+        }
+    }
+    projectCacheValid_ = true;
 }
 
 void TarnCore::applyFilter(const QList<TarnItemPtr>& binItems) {
@@ -286,22 +323,25 @@ void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperatio
     const bool onlyExisting = showOnlyExistingFiles();
     const auto filter = TarnFilter::sharedFilter()->snapshot();
 
-    TarnRBTree<TarnDatabaseItem*> tree;
-    tree.setEQBlock(
-        [](TarnDatabaseItem* const& a, TarnDatabaseItem* const& b) { return a->isEqualByUUID(b); });
-    tree.setLTBlock(
-        [](TarnDatabaseItem* const& a, TarnDatabaseItem* const& b) { return a->isLessByUUID(b); });
+    // Positions in the tree; kProbe stands for the bin item being looked up.
+    constexpr quint32 kProbe = 0xFFFFFFFFu;
+    std::vector<quint64> order(size_t(items_.size()));
+    for (qsizetype i = 0; i < items_.size(); ++i) order[size_t(i)] = identifierOrder(*items_[i]);
+    quint64 probeOrder = 0;
+    auto orderOf = [&](quint32 i) { return i == kProbe ? probeOrder : order[i]; };
+    TarnRBTree<quint32> tree;
+    tree.setEQBlock([&](const quint32& a, const quint32& b) { return orderOf(a) == orderOf(b); });
+    tree.setLTBlock([&](const quint32& a, const quint32& b) { return orderOf(a) < orderOf(b); });
     for (const quint32 index : std::as_const(sorted_)) {
-        TarnDatabaseItem* item = items_.at(index).get();
-        tree.TreeInsertNode(item);
-        if (operation == SetOperation::Intersect) item->DB_isValid = false;
+        tree.TreeInsertNode(index);
+        if (operation == SetOperation::Intersect) items_[index]->DB_isValid = false;
     }
 
     for (const auto& binItem : binItems) {
         if (!binItem) continue;
-        TarnDatabaseItem* probe = binItem.get();
-        for (auto* found = tree.TreefindNode(probe); found; found = tree.TreefindNextEQ()) {
-            TarnDatabaseItem* item = *found;
+        probeOrder = identifierOrder(*binItem);
+        for (auto* found = tree.TreefindNode(kProbe); found; found = tree.TreefindNextEQ()) {
+            TarnDatabaseItem* item = items_[*found].get();
             if (!filter.itemPassFilter(item)) continue;
             if (operation == SetOperation::Subtract) {
                 item->DB_isValid = false;
@@ -366,6 +406,7 @@ void TarnCore::SortDefault() {
         if (c != 0) return c < 0;
         return QString::compare(a->DB_ClipName, b->DB_ClipName, Qt::CaseSensitive) < 0;
     });
+    projectCacheValid_ = false;
     sorted_.resize(items_.size());
     for (qsizetype i = 0; i < items_.size(); ++i) sorted_[i] = quint32(i);
     if (sortedFiltered_.isEmpty()) sortedFiltered_ = sorted_;
@@ -378,10 +419,7 @@ void TarnCore::sortUsingDescriptors(const QList<TarnSortDescriptor>& descriptors
     const qsizetype start = descriptors.size() < 4 ? descriptors.size() - 1 : 0;
     for (qsizetype i = start; i >= 0; --i) {
         const TarnSortDescriptor& d = descriptors.at(i);
-        const TarnItemComparator comparator(d.key, d.ascending, invalidLast);
-        std::stable_sort(sorted_.begin(), sorted_.end(), [&](quint32 a, quint32 b) {
-            return comparator(items_.at(a).get(), items_.at(b).get());
-        });
+        TarnItemComparator(d.key, d.ascending, invalidLast).sort(sorted_, items_);
     }
 }
 
@@ -403,6 +441,7 @@ void TarnCore::prepareProjectsSummary() {
         (*found)->SizeValue += item->DB_filesize.value_or(0);
         (*found)->FilesCount += 1;
     }
+    projectCacheValid_ = false;
     projects_ = projectByName_.values();
     std::sort(projects_.begin(), projects_.end(),
               [](const TarnProjectPtr& a, const TarnProjectPtr& b) {

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "TarnDatabaseItem.h"
 #include "TarnProject.h"
@@ -123,6 +124,10 @@ class TarnCore : public QObject {
     void applySetOperation(const QList<TarnItemPtr>& binItems, SetOperation operation);
     void runBinOperation(const QStringList& binPaths, SetOperation operation);
     void walkFolder(const QString& root);
+    // Bytes 16..23 of each item's file package UMID as one number that orders
+    // like isLessByUUID (word 16..19, then word 20..23).
+    static quint64 identifierOrder(const TarnDatabaseItem& item);
+    void refreshProjectCache();
 
     std::mutex coreLock_;
     TarnScannerQueue* queue_;
@@ -132,6 +137,10 @@ class TarnCore : public QObject {
     QList<quint32> sorted_;
     QList<TarnProjectPtr> projects_;
     QHash<QString, TarnProjectPtr> projectByName_;
+    // The summary project of each item (or none), valid until the items or
+    // the projects change.
+    std::vector<TarnProject*> projectOf_;
+    bool projectCacheValid_ = false;
     QList<quint32> sortedFiltered_;
     quint64 filteredSize_ = 0;
     quint64 selectedSize_ = 0;

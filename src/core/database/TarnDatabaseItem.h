@@ -29,7 +29,7 @@ struct TarnRate {
 // its lock; afterwards the flags that actions and re-validation change are
 // atomics, the rest is read-only.
 class TarnDatabaseItem {
-public:
+  public:
     static constexpr int kUIDBytes = 32;
 
     TarnDatabaseItem();
@@ -130,7 +130,7 @@ public:
     QDateTime DB_Date;
     QString DB_CompressionString;
 
-private:
+  private:
     bool readsOwnMxfFile() const;
     void readOwnMediaFile();
 

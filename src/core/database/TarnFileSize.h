@@ -4,7 +4,7 @@
 
 // A byte count and its human-readable text.
 class TarnFileSize {
-public:
+  public:
     explicit TarnFileSize(double size);
 
     double filesize() const { return filesize_; }
@@ -18,7 +18,7 @@ public:
     // The same in steps of 1024 with "KiB", "MiB", ...
     static QString toHumanBytes_2(double size);
 
-private:
+  private:
     double filesize_;
     QString humanBytes_;
 };

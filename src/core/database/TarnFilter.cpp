@@ -42,6 +42,8 @@ TarnFilter::Snapshot TarnFilter::snapshot() const {
     s.badUMID = badUMID_;
     s.unreferenced = unreferenced_;
     s.filterString = filterString();
+    if (!s.filterString.isEmpty())
+        s.matcher = std::make_shared<QStringMatcher>(s.filterString, Qt::CaseInsensitive);
     return s;
 }
 
@@ -62,10 +64,11 @@ bool TarnFilter::Snapshot::itemPassFilter(const TarnDatabaseItem* item) const {
 
     // Search: the text anywhere in the bin name, file name, project or path.
     if (!filterString.isEmpty()) {
-        const bool found = item->DB_NameInBin.contains(filterString, Qt::CaseInsensitive) ||
-                           item->DB_ClipName.contains(filterString, Qt::CaseInsensitive) ||
-                           item->get_DB_ProjectName().contains(filterString, Qt::CaseInsensitive) ||
-                           item->DB_itemPath.contains(filterString, Qt::CaseInsensitive);
+        std::shared_ptr<const QStringMatcher> m = matcher;
+        if (!m) m = std::make_shared<QStringMatcher>(filterString, Qt::CaseInsensitive);
+        auto has = [&](const QString& text) { return m->indexIn(text) >= 0; };
+        const bool found = has(item->DB_NameInBin) || has(item->DB_ClipName) ||
+                           has(item->get_DB_ProjectName()) || has(item->DB_itemPath);
         if (!found) return false;
     }
 

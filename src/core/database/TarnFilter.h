@@ -2,7 +2,10 @@
 
 #include <QString>
 
+#include <QStringMatcher>
+
 #include <atomic>
+#include <memory>
 #include <mutex>
 
 class TarnDatabaseItem;
@@ -24,6 +27,8 @@ class TarnFilter {
         bool badUMID = false;
         bool unreferenced = false;
         QString filterString;
+        // Built once per snapshot: the search runs over every item of a pass.
+        std::shared_ptr<const QStringMatcher> matcher;
 
         bool itemPassFilter(const TarnDatabaseItem* item) const;
     };

@@ -1,6 +1,8 @@
 #include "TarnItemComparator.h"
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "TarnDatabaseItem.h"
 
@@ -105,4 +107,110 @@ int TarnItemComparator::compareField(const TarnDatabaseItem& a, const TarnDataba
             break;
     }
     return 0;
+}
+
+namespace {
+
+struct SortEntry {
+    quint32 index = 0;
+    quint8 group = 0;  // validity and presence: compared first, in any direction
+    quint8 sub = 0;    // undated after dated
+    quint64 number = 0;
+    const quint8* bytes = nullptr;
+    QString text;
+};
+
+quint64 bigEndian64(const quint8* p) {
+    quint64 v = 0;
+    for (int i = 0; i < 8; ++i) v = (v << 8) | p[i];
+    return v;
+}
+
+}  // namespace
+
+void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items) const {
+    std::vector<SortEntry> entries(size_t(indexes.size()));
+    for (qsizetype n = 0; n < indexes.size(); ++n) {
+        SortEntry& e = entries[size_t(n)];
+        e.index = indexes[n];
+        const TarnDatabaseItem* item =
+            e.index < quint32(items.size()) ? items[e.index].get() : nullptr;
+        if (!item) {
+            e.group = 3;
+            continue;
+        }
+        e.group = 1;
+        if (invalidLast_ && !item->DB_isValid) {
+            e.group = ascending_ ? 2 : 0;
+            continue;
+        }
+        switch (key_) {
+            case Key::FileName:
+                e.text = item->DB_ClipName.toCaseFolded();
+                break;
+            case Key::ClipName:
+                e.text = item->DB_NameInBin.toCaseFolded();
+                break;
+            case Key::Project:
+                e.text = item->get_DB_ProjectName().toCaseFolded();
+                break;
+            case Key::Path:
+                e.text = item->DB_itemPath.toCaseFolded();
+                break;
+            case Key::FileSize:
+                e.number = item->DB_filesize.value_or(0);
+                break;
+            case Key::FileUID:
+                e.bytes = item->filePackageUID;
+                e.number = bigEndian64(e.bytes);
+                break;
+            case Key::MaterialUID:
+                e.bytes = item->materialPackageUID;
+                e.number = bigEndian64(e.bytes);
+                break;
+            case Key::Hash:
+                e.number = item->hash();
+                break;
+            case Key::FileDate:
+                if (item->DB_Date.isValid()) {
+                    e.number = quint64(item->DB_Date.toMSecsSinceEpoch()) ^ (quint64(1) << 63);
+                } else {
+                    e.sub = 1;
+                }
+                break;
+            case Key::Compression:
+                e.number = (quint64(item->compressionCode()) << 32) | item->DB_DIDResolutionID;
+                break;
+            case Key::SampleRate:
+                e.number = item->DB_samplerate().numerator;
+                break;
+            case Key::FrameRate:
+                e.number = item->DB_framerate().numerator;
+                break;
+            case Key::Bits:
+                e.number = item->DB_bits;
+                break;
+            case Key::Unknown:
+                break;
+        }
+    }
+
+    const bool textKey =
+        key_ == Key::FileName || key_ == Key::ClipName || key_ == Key::Project || key_ == Key::Path;
+    const bool byteKey = key_ == Key::FileUID || key_ == Key::MaterialUID;
+    auto fieldCompare = [&](const SortEntry& a, const SortEntry& b) {
+        if (textKey) return QString::compare(a.text, b.text, Qt::CaseSensitive);
+        if (a.number != b.number) return a.number < b.number ? -1 : 1;
+        if (byteKey) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
+        return 0;
+    };
+    std::stable_sort(entries.begin(), entries.end(), [&](const SortEntry& a, const SortEntry& b) {
+        if (a.group != b.group) return a.group < b.group;
+        if (a.group != 1) return false;
+        if (a.sub != b.sub) return a.sub < b.sub;
+        if (a.sub != 0) return false;
+        const int c = fieldCompare(a, b);
+        return ascending_ ? c < 0 : c > 0;
+    });
+    for (qsizetype n = 0; n < indexes.size(); ++n) indexes[n] = entries[size_t(n)].index;
 }

@@ -116,8 +116,7 @@ void TarnScanner::waitForFinished() {
 }
 
 double TarnScanner::lastExecutionTime() const {
-    std::lock_guard<std::mutex> guard(lock_);
-    return lastSeconds_;
+    return lastSeconds_.load();
 }
 
 void TarnScanner::backgroundBlock(Kind kind, const QStringList& roots) {
@@ -137,10 +136,7 @@ void TarnScanner::backgroundBlock(Kind kind, const QStringList& roots) {
     const double seconds = double(timer.nsecsElapsed()) / 1e9;
     const QString executionTime = QString::asprintf("Execution Time: %f", seconds);
     if (kind != Kind::AllVolumes) TARN_LOG(executionTime);
-    {
-        std::lock_guard<std::mutex> guard(lock_);
-        lastSeconds_ = seconds;
-    }
+    lastSeconds_ = seconds;
 
     emit itemCountChanged(core_->getItemsCountUnfiltered());
     emit allTablesReload();

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <mutex>
 #include <thread>
 
@@ -68,7 +69,7 @@ class TarnScanner : public QObject {
 
     TarnCore* core_;
     TarnStatusViewController* status_;
-    mutable std::mutex lock_;
+    std::mutex lock_;  // guards worker_
     std::thread worker_;
-    double lastSeconds_ = 0;
+    std::atomic<double> lastSeconds_{0};
 };

@@ -1,0 +1,216 @@
+// The media database on a synthetic volume of 200 media folders of 500 files
+// (100,000 items): a full scan against a bare walk of the same tree with
+// `find` (which stats every file, as the scan must), the scan's memory per
+// item, and the view operations on the 100,000 items in memory.
+//
+//   bench_scan [ROOT]      ROOT: where the volume is made (kept for later runs)
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "AvbWriter.h"
+#include "FixtureFiles.h"
+#include "MdbWriter.h"
+#include "MxfWriter.h"
+#include "PmrWriter.h"
+#include "TarnCore.h"
+#include "TarnFilter.h"
+#include "TarnScanner.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kFolders = 200;
+constexpr int kFilesPerFolder = 500;
+constexpr int kUnlistedPerFolder = 50;  // 10% of the files
+
+double msSince(Clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+template <typename F>
+double medianMs(int runs, F&& f) {
+    std::vector<double> times;
+    for (int i = 0; i < runs; ++i) {
+        const auto start = Clock::now();
+        f();
+        times.push_back(msSince(start));
+    }
+    return median(times);
+}
+
+quint64 uidOf(int folder, int file) {
+    return quint64(folder) * 1000 + quint64(file) + 1;
+}
+
+QString fileName(int folder, int file) {
+    return QString::asprintf("V%03d_%03d_%s.mxf", folder, file, file % 7 ? "v" : "a1");
+}
+
+bool makeVolume(const QString& root) {
+    const QString marker = root + QStringLiteral("/.complete");
+    if (QFileInfo::exists(marker)) return true;
+    std::printf("making the volume in %s ...\n", qPrintable(root));
+    QDir(root).removeRecursively();
+    const QString media = root + QStringLiteral("/Avid MediaFiles/MXF/");
+    for (int f = 0; f < kFolders; ++f) {
+        const QString folder = media + QString::number(f + 1) + QLatin1Char('/');
+        if (!QDir().mkpath(folder)) return false;
+        QList<fixtures::PmrEntry> entries;
+        QList<fixtures::MdbClip> clips;
+        for (int i = 0; i < kFilesPerFolder; ++i) {
+            const QString name = fileName(f, i);
+            if (i >= kUnlistedPerFolder) {
+                const QString project = QStringLiteral("Project %1").arg(f % 12);
+                entries << fixtures::makePmrEntry(uidOf(f, i), name, project);
+                fixtures::MdbClip clip;
+                clip.fileShortUID = uidOf(f, i);
+                clip.materialShortUID = uidOf(f, i) + 1;
+                clip.clipName = QStringLiteral("Clip %1 %2").arg(f).arg(i);
+                clip.project = project;
+                clip.frameRate = {25, 1};
+                clip.audio = i % 7 == 0;
+                if (!clip.audio) {
+                    clip.resolutionID = 1237 + quint32(i % 3);
+                    std::memcpy(clip.fourCC, "AVdn", 4);
+                    clip.bits = 8;
+                }
+                clips << clip;
+            }
+            // Every 20th folder holds one real MXF file that no index lists.
+            if (i == 0 && f % 20 == 0) {
+                fixtures::MxfSpec spec;
+                spec.clipName = QStringLiteral("Unlisted %1").arg(f);
+                spec.projectName = QStringLiteral("Lost");
+                spec.fileUMID = fixtures::umidFor(quint32(900000 + f));
+                if (!fixtures::writeMxfFile(folder + name, spec)) return false;
+            } else {
+                QFile file(folder + name);
+                if (!file.open(QIODevice::WriteOnly)) return false;
+                file.resize(4096 + i);  // sparse
+            }
+        }
+        fixtures::writeFile(folder + QStringLiteral("msmFMID.pmr"), fixtures::writePmr(entries));
+        fixtures::writeFile(folder + QStringLiteral("msmMMOB.mdb"), fixtures::writeMdb(clips));
+    }
+    return fixtures::writeFile(marker, "1");
+}
+
+long vmHWMKiB() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly)) return 0;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:")) return line.mid(6).trimmed().split(' ').first().toLong();
+    }
+    return 0;
+}
+
+// In a fresh process: the scan's peak memory growth per item.
+int memoryChild(const QString& root) {
+    TarnCore core;
+    TarnScanner scanner(&core);
+    const long before = vmHWMKiB();
+    scanner.run(TarnScanner::Kind::SingleFolder, {root});
+    const long after = vmHWMKiB();
+    std::printf("%lld %ld %ld\n", (long long)core.getAllItemsCount(), before, after);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    if (argc == 3 && std::strcmp(argv[1], "--memory") == 0)
+        return memoryChild(QString::fromLocal8Bit(argv[2]));
+
+    const QString root = argc > 1 ? QString::fromLocal8Bit(argv[1])
+                                  : QDir::tempPath() + QStringLiteral("/tarn-bench-volume");
+    if (!makeVolume(root)) {
+        std::fprintf(stderr, "cannot make the volume in %s\n", qPrintable(root));
+        return 1;
+    }
+    const int runs = 3;
+
+    // Warm cache: one walk and one scan before measuring.
+    const QByteArray find =
+        "find '" + QFile::encodeName(root) + "' -type f -printf '%s %C@\\n' > /dev/null";
+    if (std::system(find.constData()) != 0) return 1;
+    TarnCore core;
+    TarnScanner scanner(&core);
+    scanner.run(TarnScanner::Kind::SingleFolder, {root});
+
+    const double findMs = medianMs(runs, [&] { (void)std::system(find.constData()); });
+    const double scanMs = medianMs(runs, [&] {
+        core.clear();
+        scanner.run(TarnScanner::Kind::SingleFolder, {root});
+    });
+    const qsizetype items = core.getAllItemsCount();
+    std::printf("items: %lld\n", (long long)items);
+    std::printf("scan: %.0f ms, find: %.0f ms, ratio %.2f (target <= 2)\n", scanMs, findMs,
+                scanMs / findMs);
+
+    // Memory, in a process of its own.
+    const QByteArray child = "'" + QFile::encodeName(QCoreApplication::applicationFilePath()) +
+                             "' --memory '" + QFile::encodeName(root) + "'";
+    if (FILE* pipe = ::popen(child.constData(), "r")) {
+        long long count = 0;
+        long before = 0, after = 0;
+        if (std::fscanf(pipe, "%lld %ld %ld", &count, &before, &after) == 3 && count > 0) {
+            std::printf(
+                "memory: peak growth %ld KiB for %lld items: %.2f KiB/item (target <= 1.5)\n",
+                after - before, count, double(after - before) / double(count));
+        }
+        ::pclose(pipe);
+    }
+
+    // The view on 100,000 items.
+    auto* filter = TarnFilter::sharedFilter();
+    const double filterMs = medianMs(5, [&] { core.applyFilter(); });
+    std::printf("applyFilter: %.1f ms (target 20)\n", filterMs);
+    const double searchMs = medianMs(5, [&] {
+        filter->setFilterString(QStringLiteral("clip 17"));
+        core.applyFilter();
+    });
+    std::printf("search keystroke: %.1f ms (target 50), %lld rows\n", searchMs,
+                (long long)core.getItemsCount());
+    filter->ResetFilter();
+    core.applyFilter();
+    double worstSort = 0;
+    for (const char* key :
+         {"filename", "clipname", "project", "filesize", "path", "fileUID", "materialUID", "hash",
+          "filedate", "compression", "samplerate", "framerate", "bits"}) {
+        const double ms = medianMs(3, [&] {
+            core.sortUsingDescriptors({{QString::fromLatin1(key), true}});
+        });
+        worstSort = std::max(worstSort, ms);
+        std::printf("sort %-12s %.1f ms\n", key, ms);
+    }
+    std::printf("sort, slowest key: %.1f ms (target 250)\n", worstSort);
+    const double uniqueMs = medianMs(3, [&] { core.makeUnique(); });
+    std::printf("makeUnique: %.1f ms (target 150)\n", uniqueMs);
+    core.LoadDefaults();
+
+    QList<quint64> references;
+    for (int i = 0; i < 10000; ++i)
+        references << uidOf(i % kFolders, kUnlistedPerFolder + (i * 7) % 450);
+    const QString bin = root + QStringLiteral("/bench.avb");
+    fixtures::writeFile(bin, fixtures::writeBin(references));
+    const double intersectMs = medianMs(3, [&] { core.AVBArray_IntersectWith({bin}); });
+    std::printf("intersect with a bin of 10,000 references: %.1f ms (target 100), %lld rows\n",
+                intersectMs, (long long)core.getItemsCount());
+    return 0;
+}

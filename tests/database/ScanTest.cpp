@@ -1,0 +1,301 @@
+#include <gtest/gtest.h>
+
+#include <QFileInfo>
+#include <QUrl>
+
+#include <atomic>
+
+#include "DatabaseTestSupport.h"
+#include "TarnPMRScannerOperation.h"
+#include "TarnScanner.h"
+#include "TarnVocabulary.h"
+#include "TarnVolumeSelector.h"
+#include "TestSupport.h"
+#include "Umid.h"
+
+using fixtures::makePmrEntry;
+
+namespace {
+
+class ScanTest : public ::testing::Test, public dbtest::DatabaseTest {
+  protected:
+    bool scan(TarnScanner::Kind kind, const QStringList& inputs) {
+        return scanner.run(kind, inputs);
+    }
+    bool scanFolder(const QString& folder) {
+        return scan(TarnScanner::Kind::SingleFolder, {folder});
+    }
+    TarnItemPtr itemNamed(const QString& name) const {
+        for (const auto& item : core.ItemsUnsorted())
+            if (item->DB_ClipName == name) return item;
+        return nullptr;
+    }
+    QStringList allNames() const {
+        QStringList names;
+        for (const auto& item : core.ItemsUnsorted()) names << item->DB_ClipName;
+        names.sort();
+        return names;
+    }
+
+    QTemporaryDir dir;
+    QString root = dir.path();
+    TarnCore core;
+    TarnScanner scanner{&core};
+};
+
+TEST_F(ScanTest, IndexedAndUnlistedFilesBecomeItems) {
+    const QString folder = root + "/Avid MediaFiles/MXF/1";
+    dbtest::writeMediaFolder(folder,
+                             {makePmrEntry(1, "A01.mxf", "Doc"), makePmrEntry(2, "A02.mxf", "Doc")},
+                             {"stray.mxf"});
+    QDir().mkpath(folder + "/sub");
+    fixtures::writeFile(folder + "/sub/inner.mxf", "x");
+    QDir().mkpath(folder + "/Creating");
+
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_EQ(allNames(), QStringList({"A01.mxf", "A02.mxf", "stray.mxf"}));
+    auto listed = itemNamed("A01.mxf");
+    // Without a media database the file itself completes the item, which then
+    // counts as unreferenced.
+    EXPECT_FALSE(listed->DB_isReferenced);
+    EXPECT_TRUE(listed->DB_FileExists);
+    EXPECT_EQ(listed->DB_ProjectName, "Doc");
+    EXPECT_EQ(listed->DB_itemPath, folder + "/A01.mxf");
+    EXPECT_EQ(listed->shortFileUID(), 1u);
+    EXPECT_EQ(listed->DB_filesize.value_or(0), 100u);
+    auto stray = itemNamed("stray.mxf");
+    EXPECT_FALSE(stray->DB_isReferenced);
+    EXPECT_EQ(stray->DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
+    // The view is ready: every item shown, in the default order.
+    EXPECT_EQ(core.getItemsCount(), 3);
+    EXPECT_EQ(core.getProjectsCount(), 2);
+}
+
+TEST_F(ScanTest, ScanningAFolderTwiceKeepsEachItemOnceWithOneWarningPerDuplicate) {
+    dbtest::writeMediaFolder(
+        root + "/1", {makePmrEntry(1, "a.mxf", "P"), makePmrEntry(2, "b.mxf", "P")}, {"c.wav"});
+    ASSERT_TRUE(scanFolder(root));
+    ASSERT_EQ(core.getAllItemsCount(), 3);
+
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_EQ(core.getAllItemsCount(), 3);
+    EXPECT_EQ(log.count("**** Warning **** comparing items ::EQ item found"), 3);
+    EXPECT_TRUE(log.contains(
+        QStringLiteral("EQ item found \n:: %1/1/a.mxf is equal to :: %1/1/a.mxf").arg(root)));
+}
+
+TEST_F(ScanTest, SameIdentifierInTwoFoldersKeepsBoth) {
+    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(5, "a.mxf", "P")});
+    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(5, "a.mxf", "P")});
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_EQ(core.getAllItemsCount(), 2);
+    EXPECT_FALSE(log.contains("EQ item found"));
+}
+
+TEST_F(ScanTest, AllVolumesScanWalksTheSixRootsAndLeavesUMEOut) {
+    const QStringList roots = TarnScanner::mediaFolderRoots(root);
+    ASSERT_EQ(roots.size(), 6);
+    EXPECT_EQ(roots[0], root + "/Avid MediaFiles/MXF/");
+    EXPECT_EQ(roots[1], root + "/MXF/MXF/");
+    EXPECT_EQ(roots[2], root + "/Avid MediaFiles/UME/");
+    EXPECT_EQ(roots[3], root + "/Users/Shared/AvidMediaComposer/MXF/MXF/");
+    EXPECT_EQ(roots[4], root + "/Users/Shared/AvidMediaComposer/Avid MediaFiles/MXF/");
+    EXPECT_EQ(roots[5], root + "/OMFI MediaFiles/");
+
+    quint64 uid = 1;
+    for (const QString& r : roots)
+        dbtest::writeMediaFolder(r + "1",
+                                 {makePmrEntry(uid, QStringLiteral("m%1.mxf").arg(uid), "P")}),
+            ++uid;
+    for (const QString& r : TarnScanner::umeFolderRoots(root))
+        dbtest::writeMediaFolder(r + "1", {makePmrEntry(100 + uid++, "ume.mxf", "P")});
+    // Media outside every root are not found either.
+    dbtest::writeMediaFolder(root + "/Elsewhere/1", {makePmrEntry(999, "other.mxf", "P")});
+
+    // A stale database goes away first.
+    core.AddItemsFromArray({dbtest::makeItem(4242, "stale.mxf")});
+    ASSERT_TRUE(scan(TarnScanner::Kind::AllVolumes, {root}));
+    EXPECT_EQ(allNames(),
+              QStringList({"m1.mxf", "m2.mxf", "m3.mxf", "m4.mxf", "m5.mxf", "m6.mxf"}));
+}
+
+TEST_F(ScanTest, VolumeWithMediaOnlyInMXFUMEYieldsNothing) {
+    dbtest::writeMediaFolder(root + "/MXF/UME/1", {makePmrEntry(1, "ume.mxf", "P")});
+    ASSERT_TRUE(scan(TarnScanner::Kind::AllVolumes, {root}));
+    EXPECT_EQ(core.getAllItemsCount(), 0);
+    EXPECT_EQ(core.getItemsCount(), 0);
+}
+
+TEST_F(ScanTest, CreatingFoldersGetNoMDBLineButTheirIndexesAreRead) {
+    dbtest::writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
+    dbtest::writeMediaFolder(root + "/media/CREATING", {makePmrEntry(2, "new.mxf", "P")});
+    fixtures::writeFile(root + "/media/2/msmMMOB.mdb", "not read here");
+    setPreference(TarnPreferences::kScanMDB, 0);
+
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(root + "/media"));
+    const QString missing = "MDB :: doesn't exist in::";
+    EXPECT_TRUE(log.contains(missing + QUrl::fromLocalFile(root + "/media/1/").toString()));
+    EXPECT_FALSE(log.contains("CREATING"));
+    EXPECT_FALSE(log.contains(missing + QUrl::fromLocalFile(root + "/media/2/").toString()));
+    EXPECT_EQ(allNames(), QStringList({"a.mxf", "new.mxf"}));
+}
+
+TEST_F(ScanTest, PickingOneIndexFileScansJustItsFolder) {
+    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")}, {"u.mxf"});
+    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(2, "b.mxf", "P")});
+    ASSERT_TRUE(scanFolder(root + "/1/msmFMID.pmr"));
+    EXPECT_EQ(allNames(), QStringList({"a.mxf", "u.mxf"}));
+    // Picked items add to what is there.
+    ASSERT_TRUE(scanFolder(root + "/2/msmFMID.pmr"));
+    EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "u.mxf"}));
+}
+
+TEST_F(ScanTest, DamagedEntryStopsTheIndexButKeepsEarlierItemsAndTheFiles) {
+    auto damaged = makePmrEntry(2, "b.mxf", "P");
+    damaged.nameLength = 0;
+    const QString folder = root + "/1";
+    dbtest::writeMediaFolder(
+        folder, {makePmrEntry(1, "a.mxf", "P"), damaged, makePmrEntry(3, "c.mxf", "P")});
+    fixtures::writeFile(folder + "/extra.mxf", "e");
+
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(folder));
+    const QString pmr = folder + "/msmFMID.pmr";
+    EXPECT_TRUE(log.contains("Error:: PMR ::" + pmr + "\n"));
+    EXPECT_TRUE(log.contains("Error:: PMR ::" + QUrl::fromLocalFile(pmr).toString() + "\n"));
+    EXPECT_TRUE(log.contains("Item :: 00000001 of 00000003 \n"));
+    EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "c.mxf", "extra.mxf"}));
+    EXPECT_EQ(itemNamed("a.mxf")->DB_ProjectName, "P");
+    EXPECT_EQ(itemNamed("c.mxf")->DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
+}
+
+TEST_F(ScanTest, UnreadableIndexAddsNothingForItsFolder) {
+    const QString folder = root + "/1";
+    fixtures::writeFile(folder + "/msmFMID.pmr", QByteArray(29, '\0'));
+    fixtures::writeFile(folder + "/a.mxf", "a");
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_TRUE(log.contains("**** Warning **** can't open " + folder + "/msmFMID.pmr\n"));
+    EXPECT_EQ(core.getAllItemsCount(), 0);
+}
+
+TEST_F(ScanTest, ShowOnlyExistingFilesHidesIndexedFilesThatAreMissing) {
+    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "gone.mxf", "P")}, {"here.mxf"},
+                             /*listedOnDisk=*/false);
+    setPreference(TarnPreferences::kShowOnlyExistingFiles, 1);
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_EQ(dbtest::shownNames(core), QStringList({"here.mxf"}));
+
+    setPreference(TarnPreferences::kShowOnlyExistingFiles, 0);
+    ASSERT_TRUE(scan(TarnScanner::Kind::SingleFolder, {}));
+    EXPECT_EQ(dbtest::shownNames(core), QStringList({"gone.mxf", "here.mxf"}));
+    EXPECT_FALSE(itemNamed("gone.mxf")->DB_FileExists);
+    EXPECT_TRUE(itemNamed("gone.mxf")->DB_isReferenced);
+}
+
+TEST_F(ScanTest, FinishedScanReportsItsTimeAndFreesTheWheels) {
+    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
+    auto* status = TarnStatusViewController::getTheController();
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_TRUE(log.contains("Execution Time: "));
+    EXPECT_TRUE(status->statusText().startsWith("Execution Time: "));
+    EXPECT_FALSE(status->isRunning());
+    EXPECT_EQ(status->wheelsleft(), TarnStatusViewController::TarnMAXWheels);
+    EXPECT_GT(scanner.lastExecutionTime(), 0.0);
+
+    // The all-volumes scan reports its time only in the status line.
+    testsupport::LogCapture quiet;
+    ASSERT_TRUE(scan(TarnScanner::Kind::AllVolumes, {root}));
+    EXPECT_FALSE(quiet.contains("Execution Time: "));
+    EXPECT_TRUE(status->statusText().startsWith("Execution Time: "));
+}
+
+TEST_F(ScanTest, StartingAScanWhileOneRunsDoesNothing) {
+    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
+    auto* status = TarnStatusViewController::getTheController();
+    status->setIsRunning(true);
+    EXPECT_FALSE(scanFolder(root));
+    EXPECT_FALSE(scanner.start(TarnScanner::Kind::SingleFolder, {root}));
+    EXPECT_EQ(core.getAllItemsCount(), 0);
+    status->setIsRunning(false);
+
+    // In the background: the end is signalled, and a second start meanwhile is refused.
+    std::atomic<int> finished{0};
+    QObject::connect(&scanner, &TarnScanner::scanFinished, [&](double) { ++finished; });
+    ASSERT_TRUE(scanner.start(TarnScanner::Kind::SingleFolder, {root}));
+    const bool second = scanner.start(TarnScanner::Kind::SingleFolder, {root});
+    scanner.waitForFinished();
+    EXPECT_EQ(finished.load(), second ? 2 : 1);
+    EXPECT_EQ(core.getAllItemsCount(), 1);
+    EXPECT_FALSE(status->isRunning());
+}
+
+TEST_F(ScanTest, CompressionTextComesFromTheResolutionTableOrTheCode) {
+    TarnPMRScannerOperation operation;
+    operation.setCore(&core);
+    TarnDatabaseItem item;
+    std::memcpy(item.CompressionFourCC, "AVdn", 4);
+    item.DB_DIDResolutionID = 4242;
+    operation.setCompressionStringForItem(&item);
+    EXPECT_EQ(item.DB_CompressionString, "AVdn ID:4242");
+
+    item.DB_DIDResolutionID = 1237;
+    operation.setCompressionStringForItem(&item);
+    EXPECT_EQ(item.DB_CompressionString, core.vocabulary().resolutionIDDictionary().at(1237));
+
+    TarnDatabaseItem empty;
+    empty.DB_DIDResolutionID = 4242;
+    operation.setCompressionStringForItem(&empty);
+    EXPECT_TRUE(empty.DB_CompressionString.isNull());
+}
+
+TEST(StatusWheels, PoolHandsOutSixteenAndTakesThemBack) {
+    auto* status = TarnStatusViewController::getTheController();
+    status->StopAllWheels();
+    QList<TarnStatusWheel*> taken;
+    for (int i = 0; i < 16; ++i) taken << status->Status_GetProgressWheel();
+    EXPECT_FALSE(taken.contains(nullptr));
+    EXPECT_EQ(status->wheelsleft(), 0);
+    EXPECT_TRUE(taken[3]->state().animating);
+
+    testsupport::LogCapture log;
+    EXPECT_EQ(status->Status_GetProgressWheel(), nullptr);
+    EXPECT_TRUE(log.contains("NowheelsLeft"));
+
+    status->Status_DeleteProgressWheel(taken[5]);
+    EXPECT_FALSE(taken[5]->state().animating);
+    EXPECT_EQ(status->Status_GetProgressWheel(), taken[5]);
+
+    // No guard against a double return: the count runs ahead until StopAllWheels.
+    status->Status_DeleteProgressWheel(taken[7]);
+    status->Status_DeleteProgressWheel(taken[7]);
+    EXPECT_EQ(status->wheelsleft(), 2);
+    status->Status_DeleteProgressWheel(nullptr);
+    EXPECT_EQ(status->wheelsleft(), 2);
+    status->StopAllWheels();
+    EXPECT_EQ(status->wheelsleft(), 16);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(VolumeSelector, ChecksStartOnAndTheResultKeepsTheOrder) {
+    TarnVolumeSelector selector({"/Volumes/A", "/Volumes/B", "/Volumes/C"});
+    EXPECT_EQ(selector.createResultingArray(),
+              QStringList({"/Volumes/A", "/Volumes/B", "/Volumes/C"}));
+    selector.setCheck(1, false);
+    EXPECT_EQ(selector.createResultingArray(), QStringList({"/Volumes/A", "/Volumes/C"}));
+    EXPECT_EQ(selector.delectDeselectAll(false), "Select all");
+    EXPECT_TRUE(selector.createResultingArray().isEmpty());
+    EXPECT_EQ(selector.delectDeselectAll(true), "Deselect all");
+    EXPECT_EQ(selector.createResultingArray().size(), 3);
+    EXPECT_EQ(selector.volumeAt(2), "/Volumes/C");
+    EXPECT_TRUE(selector.volumeAt(3).isNull());
+}
+
+}  // namespace
