@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -37,6 +39,13 @@ double msSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
+double cpuSeconds(int who) {
+    rusage usage{};
+    ::getrusage(who, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
 double median(std::vector<double> v) {
     std::sort(v.begin(), v.end());
     return v[v.size() / 2];
@@ -57,12 +66,16 @@ quint64 uidOf(int folder, int file) {
     return quint64(folder) * 1000 + quint64(file) + 1;
 }
 
+// Listed files are MXF media; the unlisted ones are other files left in the
+// folder (and, in some folders, one real MXF file).
 QString fileName(int folder, int file) {
+    if (file < kUnlistedPerFolder && !(file == 0 && folder % 20 == 0))
+        return QString::asprintf("U%03d_%03d.wav", folder, file);
     return QString::asprintf("V%03d_%03d_%s.mxf", folder, file, file % 7 ? "v" : "a1");
 }
 
 bool makeVolume(const QString& root) {
-    const QString marker = root + QStringLiteral("/.complete");
+    const QString marker = root + QStringLiteral("/.complete-2");
     if (QFileInfo::exists(marker)) return true;
     std::printf("making the volume in %s ...\n", qPrintable(root));
     QDir(root).removeRecursively();
@@ -153,15 +166,21 @@ int main(int argc, char** argv) {
     TarnScanner scanner(&core);
     scanner.run(TarnScanner::Kind::SingleFolder, {root});
 
+    const double findCpu0 = cpuSeconds(RUSAGE_CHILDREN);
     const double findMs = medianMs(runs, [&] { (void)std::system(find.constData()); });
+    const double findCpu = (cpuSeconds(RUSAGE_CHILDREN) - findCpu0) / runs;
+    const double scanCpu0 = cpuSeconds(RUSAGE_SELF);
     const double scanMs = medianMs(runs, [&] {
         core.clear();
         scanner.run(TarnScanner::Kind::SingleFolder, {root});
     });
+    const double scanCpu = (cpuSeconds(RUSAGE_SELF) - scanCpu0) / runs;
     const qsizetype items = core.getAllItemsCount();
     std::printf("items: %lld\n", (long long)items);
     std::printf("scan: %.0f ms, find: %.0f ms, ratio %.2f (target <= 2)\n", scanMs, findMs,
                 scanMs / findMs);
+    std::printf("cpu time (all threads): scan %.2f s, find %.2f s, ratio %.2f\n", scanCpu, findCpu,
+                scanCpu / findCpu);
 
     // Memory, in a process of its own.
     const QByteArray child = "'" + QFile::encodeName(QCoreApplication::applicationFilePath()) +

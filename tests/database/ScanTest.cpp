@@ -4,6 +4,7 @@
 #include <QUrl>
 
 #include <atomic>
+#include <thread>
 
 #include "DatabaseTestSupport.h"
 #include "TarnPMRScannerOperation.h"
@@ -296,6 +297,26 @@ TEST(VolumeSelector, ChecksStartOnAndTheResultKeepsTheOrder) {
     EXPECT_EQ(selector.createResultingArray().size(), 3);
     EXPECT_EQ(selector.volumeAt(2), "/Volumes/C");
     EXPECT_TRUE(selector.volumeAt(3).isNull());
+}
+
+}  // namespace
+
+namespace {
+
+TEST(ScanChaining, AFinishedScanMayStartTheNextFromItsSignal) {
+    dbtest::DatabaseTest reset;
+    QTemporaryDir dir;
+    dbtest::writeMediaFolder(dir.path() + "/1", {makePmrEntry(1, "a.mxf", "P")});
+    TarnCore core;
+    TarnScanner scanner(&core);
+    std::atomic<int> finished{0};
+    QObject::connect(&scanner, &TarnScanner::scanFinished, [&](double) {
+        if (++finished == 1) scanner.start(TarnScanner::Kind::SingleFolder, {dir.path()});
+    });
+    ASSERT_TRUE(scanner.start(TarnScanner::Kind::SingleFolder, {dir.path()}));
+    while (finished.load() < 2) std::this_thread::yield();
+    scanner.waitForFinished();
+    EXPECT_EQ(core.getAllItemsCount(), 1);
 }
 
 }  // namespace

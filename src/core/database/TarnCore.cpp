@@ -40,6 +40,22 @@ QString extensionOf(const QString& path) {
     return path.mid(dot + 1);
 }
 
+// The first four UTF-16 units of a text as one number that orders like the
+// text itself (a shorter text pads with zeros); equal heads need the full text.
+quint64 textHead(const QString& text) {
+    quint64 head = 0;
+    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
+    return head;
+}
+
+// Only index files and AAF files do anything in AddFile_TypeSelector; the
+// walk skips building paths for the media files around them.
+bool dispatchesByExtension(const QString& name) {
+    const QString ext = extensionOf(name);
+    return ext.compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0 ||
+           ext.compare(QLatin1String("aaf"), Qt::CaseInsensitive) == 0;
+}
+
 QString lastComponent(const QString& path) {
     QString p = path;
     while (p.size() > 1 && p.endsWith(QLatin1Char('/'))) p.chop(1);
@@ -92,7 +108,7 @@ void TarnCore::clear() {
     {
         std::lock_guard<std::mutex> guard(coreLock_);
         items_.clear();
-        projectCacheValid_ = false;
+        invalidateCaches();
     }
     sortedFiltered_.clear();
     sorted_.clear();
@@ -101,7 +117,7 @@ void TarnCore::clear() {
     selectedSize_ = 0;
     projects_.clear();
     projectByName_.clear();
-    projectCacheValid_ = false;
+    invalidateCaches();
     TarnFilter::sharedFilter()->ResetFilter();
 }
 
@@ -151,13 +167,13 @@ void TarnCore::walkFolder(const QString& root) {
         // Sub-folders are pushed in reverse so that they come off in name order.
         subfolders.clear();
         for (const auto& entry : std::as_const(entries)) {
-            const QString path = base + entry.name;
             if (entry.isDir) {
-                subfolders.append(path);
-            } else {
-                AddFile_TypeSelector(path);
+                subfolders.append(base + entry.name);
+            } else if (dispatchesByExtension(entry.name)) {
+                AddFile_TypeSelector(base + entry.name);
             }
         }
+        std::sort(subfolders.begin(), subfolders.end());
         for (auto it = subfolders.crbegin(); it != subfolders.crend(); ++it) stack.append(*it);
     }
 }
@@ -181,17 +197,18 @@ void TarnCore::AddFile_TypeSelector(const QString& path) {
 void TarnCore::AddItem(const TarnItemPtr& item) {
     if (!item) return;
     items_.append(item);
-    projectCacheValid_ = false;
+    invalidateCaches();
 }
 
 void TarnCore::AddItemsFromArray(const QList<TarnItemPtr>& items) {
     if (!broken_) {
         try {
-            items_.reserve(items_.size() + items.size());
+            // Appends grow the array geometrically; an exact reserve per
+            // folder would copy the whole database for every folder.
             for (const auto& item : items) {
                 if (item) items_.append(item);
             }
-            projectCacheValid_ = false;
+            invalidateCaches();
             return;
         } catch (const std::bad_alloc&) {
             broken_ = true;
@@ -243,7 +260,7 @@ void TarnCore::makeUnique() {
         kept.reserve(qsizetype(unique->size()));
         for (const quint32 i : *unique) kept.append(items_[i]);
         items_ = std::move(kept);
-        projectCacheValid_ = false;
+        invalidateCaches();
     }
 }
 
@@ -293,6 +310,12 @@ void TarnCore::applyFilter() {
     }
 }
 
+void TarnCore::invalidateCaches() {
+    projectCacheValid_ = false;
+    dateKeysValid_ = false;
+    identifierTree_.reset();
+}
+
 void TarnCore::refreshProjectCache() {
     projectOf_.assign(size_t(items_.size()), nullptr);
     if (!projectByName_.isEmpty()) {
@@ -316,6 +339,21 @@ void TarnCore::applyFilterAdd(const QList<TarnItemPtr>& binItems) {
     applySetOperation(binItems, SetOperation::Add);
 }
 
+// Positions in sort order, keyed by identifier; kProbe stands for the bin
+// item being looked up. Kept until the items change.
+void TarnCore::buildIdentifierTree() {
+    identifierOrder_.resize(size_t(items_.size()));
+    for (qsizetype i = 0; i < items_.size(); ++i)
+        identifierOrder_[size_t(i)] = identifierOrder(*items_[i]);
+    auto orderOf = [this](quint32 i) { return i == kProbe ? probeOrder_ : identifierOrder_[i]; };
+    identifierTree_ = std::make_unique<TarnRBTree<quint32>>();
+    identifierTree_->setEQBlock(
+        [orderOf](const quint32& a, const quint32& b) { return orderOf(a) == orderOf(b); });
+    identifierTree_->setLTBlock(
+        [orderOf](const quint32& a, const quint32& b) { return orderOf(a) < orderOf(b); });
+    for (const quint32 index : std::as_const(sorted_)) identifierTree_->TreeInsertNode(index);
+}
+
 // The database goes into a tree ordered by short identifier, so each bin item
 // finds all database items of its identifier in logarithmic time.
 void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperation operation) {
@@ -323,24 +361,16 @@ void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperatio
     const bool onlyExisting = showOnlyExistingFiles();
     const auto filter = TarnFilter::sharedFilter()->snapshot();
 
-    // Positions in the tree; kProbe stands for the bin item being looked up.
-    constexpr quint32 kProbe = 0xFFFFFFFFu;
-    std::vector<quint64> order(size_t(items_.size()));
-    for (qsizetype i = 0; i < items_.size(); ++i) order[size_t(i)] = identifierOrder(*items_[i]);
-    quint64 probeOrder = 0;
-    auto orderOf = [&](quint32 i) { return i == kProbe ? probeOrder : order[i]; };
-    TarnRBTree<quint32> tree;
-    tree.setEQBlock([&](const quint32& a, const quint32& b) { return orderOf(a) == orderOf(b); });
-    tree.setLTBlock([&](const quint32& a, const quint32& b) { return orderOf(a) < orderOf(b); });
-    for (const quint32 index : std::as_const(sorted_)) {
-        tree.TreeInsertNode(index);
-        if (operation == SetOperation::Intersect) items_[index]->DB_isValid = false;
+    if (!identifierTree_) buildIdentifierTree();
+    if (operation == SetOperation::Intersect) {
+        for (const quint32 index : std::as_const(sorted_)) items_[index]->DB_isValid = false;
     }
 
     for (const auto& binItem : binItems) {
         if (!binItem) continue;
-        probeOrder = identifierOrder(*binItem);
-        for (auto* found = tree.TreefindNode(kProbe); found; found = tree.TreefindNextEQ()) {
+        probeOrder_ = identifierOrder(*binItem);
+        for (auto* found = identifierTree_->TreefindNode(kProbe); found;
+             found = identifierTree_->TreefindNextEQ()) {
             TarnDatabaseItem* item = items_[*found].get();
             if (!filter.itemPassFilter(item)) continue;
             if (operation == SetOperation::Subtract) {
@@ -398,15 +428,48 @@ void TarnCore::setFilterFlagProjects(bool shown) {
 
 void TarnCore::SortDefault() {
     if (items_.isEmpty()) return;
-    std::stable_sort(items_.begin(), items_.end(), [](const TarnItemPtr& a, const TarnItemPtr& b) {
-        if (!a) return false;
-        if (!b) return true;
-        const int c =
-            QString::compare(a->get_DB_ProjectName(), b->get_DB_ProjectName(), Qt::CaseSensitive);
-        if (c != 0) return c < 0;
-        return QString::compare(a->DB_ClipName, b->DB_ClipName, Qt::CaseSensitive) < 0;
+    // A database holds few projects: each gets its rank in the plain text
+    // order once, so most comparisons are of two numbers and a file name.
+    QHash<QString, quint32> rankOf;
+    std::vector<quint32> ranks(size_t(items_.size()), 0);
+    {
+        QStringList names;
+        for (const auto& item : std::as_const(items_)) {
+            if (!item) continue;
+            const QString name = item->get_DB_ProjectName();
+            if (!rankOf.contains(name)) {
+                rankOf.insert(name, 0);
+                names.append(name);
+            }
+        }
+        std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
+            return QString::compare(a, b, Qt::CaseSensitive) < 0;
+        });
+        for (qsizetype r = 0; r < names.size(); ++r) rankOf[names[r]] = quint32(r);
+    }
+    struct Entry {
+        quint32 rank;
+        bool present;
+        quint64 head;  // the name's first four characters, in order
+        const QString* clipName;
+        TarnItemPtr item;
+    };
+    std::vector<Entry> entries;
+    entries.reserve(size_t(items_.size()));
+    for (auto& item : items_) {
+        const quint32 rank = item ? rankOf.value(item->get_DB_ProjectName()) : 0;
+        const QString* name = item ? &item->DB_ClipName : nullptr;
+        entries.push_back({rank, bool(item), name ? textHead(*name) : 0, name, std::move(item)});
+    }
+    std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+        if (!a.present) return false;
+        if (!b.present) return true;
+        if (a.rank != b.rank) return a.rank < b.rank;
+        if (a.head != b.head) return a.head < b.head;
+        return QString::compare(*a.clipName, *b.clipName, Qt::CaseSensitive) < 0;
     });
-    projectCacheValid_ = false;
+    for (size_t i = 0; i < entries.size(); ++i) items_[qsizetype(i)] = std::move(entries[i].item);
+    invalidateCaches();
     sorted_.resize(items_.size());
     for (qsizetype i = 0; i < items_.size(); ++i) sorted_[i] = quint32(i);
     if (sortedFiltered_.isEmpty()) sortedFiltered_ = sorted_;
@@ -419,7 +482,12 @@ void TarnCore::sortUsingDescriptors(const QList<TarnSortDescriptor>& descriptors
     const qsizetype start = descriptors.size() < 4 ? descriptors.size() - 1 : 0;
     for (qsizetype i = start; i >= 0; --i) {
         const TarnSortDescriptor& d = descriptors.at(i);
-        TarnItemComparator(d.key, d.ascending, invalidLast).sort(sorted_, items_);
+        const TarnItemComparator comparator(d.key, d.ascending, invalidLast);
+        if (comparator.needsDates() && !dateKeysValid_) {
+            dateKeys_ = TarnItemComparator::dateKeys(items_);
+            dateKeysValid_ = true;
+        }
+        comparator.sort(sorted_, items_, &dateKeys_);
     }
 }
 
@@ -429,19 +497,31 @@ void TarnCore::prepareProjectsSummary() {
         project->SizeValue = 0;
         project->FilesCount = 0;
     }
+    // Every item's project is looked up here once, which also fills the
+    // project cache of applyFilter.
     const auto filter = TarnFilter::sharedFilter()->snapshot();
-    for (const auto& item : std::as_const(items_)) {
-        if (!item->DB_isValid || !filter.itemPassFilter(item.get())) continue;
+    projectOf_.assign(size_t(items_.size()), nullptr);
+    for (qsizetype i = 0; i < items_.size(); ++i) {
+        const TarnDatabaseItem* item = items_[i].get();
         const QString name = item->get_DB_ProjectName();
         auto found = projectByName_.find(name);
+        const bool counted = item->DB_isValid && filter.itemPassFilter(item);
         if (found == projectByName_.end()) {
-            auto project = std::make_shared<TarnProject>(name);
-            found = projectByName_.insert(name, project);
+            if (!counted) continue;
+            found = projectByName_.insert(name, std::make_shared<TarnProject>(name));
         }
+        projectOf_[size_t(i)] = found->get();
+        if (!counted) continue;
         (*found)->SizeValue += item->DB_filesize.value_or(0);
         (*found)->FilesCount += 1;
     }
-    projectCacheValid_ = false;
+    // A project made for a later item is missed by earlier ones of its name.
+    for (qsizetype i = 0; i < items_.size(); ++i) {
+        if (projectOf_[size_t(i)]) continue;
+        const auto found = projectByName_.constFind(items_[i]->get_DB_ProjectName());
+        if (found != projectByName_.constEnd()) projectOf_[size_t(i)] = found->get();
+    }
+    projectCacheValid_ = true;
     projects_ = projectByName_.values();
     std::sort(projects_.begin(), projects_.end(),
               [](const TarnProjectPtr& a, const TarnProjectPtr& b) {

@@ -13,6 +13,7 @@
 
 #include "TarnDatabaseItem.h"
 #include "TarnProject.h"
+#include "TarnRBTree.h"
 #include "TarnSortDescriptor.h"
 
 class TarnScannerQueue;
@@ -128,6 +129,9 @@ class TarnCore : public QObject {
     // like isLessByUUID (word 16..19, then word 20..23).
     static quint64 identifierOrder(const TarnDatabaseItem& item);
     void refreshProjectCache();
+    void invalidateCaches();
+    void buildIdentifierTree();
+    static constexpr quint32 kProbe = 0xFFFFFFFFu;
 
     std::mutex coreLock_;
     TarnScannerQueue* queue_;
@@ -141,6 +145,13 @@ class TarnCore : public QObject {
     // the projects change.
     std::vector<TarnProject*> projectOf_;
     bool projectCacheValid_ = false;
+    // Dates as milliseconds, for the date sort (local dates convert slowly).
+    std::vector<qint64> dateKeys_;
+    bool dateKeysValid_ = false;
+    // The identifier tree of the set operations.
+    std::unique_ptr<TarnRBTree<quint32>> identifierTree_;
+    std::vector<quint64> identifierOrder_;
+    quint64 probeOrder_ = 0;
     QList<quint32> sortedFiltered_;
     quint64 filteredSize_ = 0;
     quint64 selectedSize_ = 0;

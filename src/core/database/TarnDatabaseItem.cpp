@@ -1,9 +1,14 @@
 #include "TarnDatabaseItem.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMutex>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <cstring>
 
 #include "TarnFileSize.h"
@@ -52,6 +57,33 @@ bool isPortableChar(char16_t c) {
         default:
             return true;
     }
+}
+
+// Existence, size and creation date with one system call. The date is kept
+// in UTC: a local-time conversion per file would take glibc's time zone lock,
+// which the scanner threads would queue on; the display converts.
+// Creation date: the birth time where the file system keeps one, else the
+// status-change time, else the modification time.
+bool statFile(const QString& path, quint64& size, QDateTime& created) {
+    struct statx sx;
+    const QByteArray native = QFile::encodeName(path);
+    if (::statx(AT_FDCWD, native.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &sx) != 0) {
+        if (errno != ENOSYS) return false;
+        QFileInfo info(path);
+        if (!info.exists()) return false;
+        size = quint64(info.size());
+        created = info.birthTime();
+        if (!created.isValid()) created = info.metadataChangeTime();
+        if (!created.isValid()) created = info.lastModified();
+        return true;
+    }
+    size = sx.stx_size;
+    const statx_timestamp& t = ((sx.stx_mask & STATX_BTIME) && sx.stx_btime.tv_sec != 0)
+                                   ? sx.stx_btime
+                                   : (sx.stx_ctime.tv_sec != 0 ? sx.stx_ctime : sx.stx_mtime);
+    created =
+        QDateTime::fromMSecsSinceEpoch(qint64(t.tv_sec) * 1000 + t.tv_nsec / 1000000, Qt::UTC);
+    return true;
 }
 
 }  // namespace
@@ -230,17 +262,13 @@ void TarnDatabaseItem::validatePath() {
     // An empty path would otherwise look up ".aaf" in the working folder.
     if (DB_itemPath.isEmpty()) return;
 
-    QFileInfo info(DB_itemPath);
-    if (info.exists()) {
+    quint64 size = 0;
+    QDateTime created;
+    if (statFile(DB_itemPath, size, created)) {
         DB_FileExists = true;
         DB_isValid_initial = true;
         DB_isValid = true;
-        DB_filesize = quint64(info.size());
-        // Creation date: the birth time where the file system keeps one, else
-        // the status-change time, else the modification time.
-        QDateTime created = info.birthTime();
-        if (!created.isValid()) created = info.metadataChangeTime();
-        if (!created.isValid()) created = info.lastModified();
+        DB_filesize = size;
         DB_setDate(created);
     } else {
         // An AMA link: the editing system keeps a ".aaf" beside the name.
@@ -315,7 +343,8 @@ QString TarnDatabaseItem::DB_Date_String() const {
     if (dateStringMade_.load(std::memory_order_acquire)) return dateString_;
     QMutexLocker locker(&mutex);
     if (!dateStringMade_.load(std::memory_order_relaxed)) {
-        if (DB_Date.isValid()) dateString_ = QLocale().toString(DB_Date, QLocale::ShortFormat);
+        if (DB_Date.isValid())
+            dateString_ = QLocale().toString(DB_Date.toLocalTime(), QLocale::ShortFormat);
         dateStringMade_.store(true, std::memory_order_release);
     }
     return dateString_;

@@ -10,7 +10,8 @@
 #include <cerrno>
 #include <cstring>
 
-bool TarnFolderReader::list(const QString& folder, QList<Entry>& entries, QString* error) {
+bool TarnFolderReader::list(const QString& folder, QList<Entry>& entries, QString* error,
+                            bool sorted) {
     entries.clear();
     const QByteArray native = QFile::encodeName(folder);
     DIR* dir = ::opendir(native.constData());
@@ -34,8 +35,9 @@ bool TarnFolderReader::list(const QString& folder, QList<Entry>& entries, QStrin
         entries.append(std::move(entry));
     }
     ::closedir(dir);
-    std::sort(entries.begin(), entries.end(),
-              [](const Entry& a, const Entry& b) { return a.name < b.name; });
+    if (sorted)
+        std::sort(entries.begin(), entries.end(),
+                  [](const Entry& a, const Entry& b) { return a.name < b.name; });
     return true;
 }
 

@@ -13,9 +13,10 @@ class TarnFolderReader {
         bool isDir = false;
     };
 
-    // The entries of `folder` (not "." and ".."), sorted by name. False, with
-    // the reason in `error`, when the folder cannot be read.
-    static bool list(const QString& folder, QList<Entry>& entries, QString* error = nullptr);
+    // The entries of `folder` (not "." and ".."), in directory order or sorted
+    // by name. False, with the reason in `error`, when the folder cannot be read.
+    static bool list(const QString& folder, QList<Entry>& entries, QString* error = nullptr,
+                     bool sorted = false);
     // True when something exists at `path`.
     static bool exists(const QString& path);
     // True when `path` is a folder (or a link to one).

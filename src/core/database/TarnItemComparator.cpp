@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "TarnDatabaseItem.h"
@@ -120,6 +121,13 @@ struct SortEntry {
     QString text;
 };
 
+// The first four UTF-16 units as one number ordered like the text.
+quint64 textHead(const QString& text) {
+    quint64 head = 0;
+    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
+    return head;
+}
+
 quint64 bigEndian64(const quint8* p) {
     quint64 v = 0;
     for (int i = 0; i < 8; ++i) v = (v << 8) | p[i];
@@ -128,7 +136,18 @@ quint64 bigEndian64(const quint8* p) {
 
 }  // namespace
 
-void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items) const {
+std::vector<qint64> TarnItemComparator::dateKeys(const QList<TarnItemPtr>& items) {
+    std::vector<qint64> keys(size_t(items.size()), std::numeric_limits<qint64>::min());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (items[i] && items[i]->DB_Date.isValid())
+            keys[size_t(i)] = items[i]->DB_Date.toMSecsSinceEpoch();
+    }
+    return keys;
+}
+
+void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items,
+                              const std::vector<qint64>* dates) const {
+    if (dates && dates->size() != size_t(items.size())) dates = nullptr;
     std::vector<SortEntry> entries(size_t(indexes.size()));
     for (qsizetype n = 0; n < indexes.size(); ++n) {
         SortEntry& e = entries[size_t(n)];
@@ -171,13 +190,17 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
             case Key::Hash:
                 e.number = item->hash();
                 break;
-            case Key::FileDate:
-                if (item->DB_Date.isValid()) {
-                    e.number = quint64(item->DB_Date.toMSecsSinceEpoch()) ^ (quint64(1) << 63);
+            case Key::FileDate: {
+                const bool dated = dates ? (*dates)[e.index] != std::numeric_limits<qint64>::min()
+                                         : item->DB_Date.isValid();
+                if (dated) {
+                    const qint64 ms = dates ? (*dates)[e.index] : item->DB_Date.toMSecsSinceEpoch();
+                    e.number = quint64(ms) ^ (quint64(1) << 63);
                 } else {
                     e.sub = 1;
                 }
                 break;
+            }
             case Key::Compression:
                 e.number = (quint64(item->compressionCode()) << 32) | item->DB_DIDResolutionID;
                 break;
@@ -198,8 +221,14 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
     const bool textKey =
         key_ == Key::FileName || key_ == Key::ClipName || key_ == Key::Project || key_ == Key::Path;
     const bool byteKey = key_ == Key::FileUID || key_ == Key::MaterialUID;
+    if (textKey) {
+        for (auto& e : entries) e.number = textHead(e.text);
+    }
     auto fieldCompare = [&](const SortEntry& a, const SortEntry& b) {
-        if (textKey) return QString::compare(a.text, b.text, Qt::CaseSensitive);
+        if (textKey) {
+            if (a.number != b.number) return a.number < b.number ? -1 : 1;
+            return QString::compare(a.text, b.text, Qt::CaseSensitive);
+        }
         if (a.number != b.number) return a.number < b.number ? -1 : 1;
         if (byteKey) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
         return 0;

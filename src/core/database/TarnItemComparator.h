@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <memory>
+#include <vector>
 
 class TarnDatabaseItem;
 using TarnItemPtr = std::shared_ptr<TarnDatabaseItem>;
@@ -51,7 +52,12 @@ class TarnItemComparator {
     // A stable sort of positions in `items` in this order. Each item's key is
     // taken once (names case-folded, dates as numbers), so sorting 100,000
     // rows does not redo that work in every comparison.
-    void sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items) const;
+    // `dates`, when given, holds dateKeys(items).
+    void sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items,
+              const std::vector<qint64>* dates = nullptr) const;
+    bool needsDates() const { return key_ == Key::FileDate; }
+    // Each item's date in milliseconds since the epoch; the least value for none.
+    static std::vector<qint64> dateKeys(const QList<TarnItemPtr>& items);
 
   private:
     int compareField(const TarnDatabaseItem& a, const TarnDatabaseItem& b) const;

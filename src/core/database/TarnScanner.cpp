@@ -82,9 +82,20 @@ QStringList TarnScanner::rootsFor(Kind kind, const QStringList& inputs) {
 bool TarnScanner::begin(Kind kind) {
     if (!status_->tryStartRunning()) return false;
     {
-        // A finished background scan leaves its thread to be joined.
-        std::lock_guard<std::mutex> guard(lock_);
-        if (worker_.joinable()) worker_.join();
+        // A finished background scan leaves its thread to be joined, unless
+        // this start comes from that thread (a handler of scanFinished).
+        std::thread previous;
+        {
+            std::lock_guard<std::mutex> guard(lock_);
+            if (worker_.joinable()) {
+                if (worker_.get_id() == std::this_thread::get_id()) {
+                    retired_.push_back(std::move(worker_));
+                } else {
+                    previous = std::move(worker_);
+                }
+            }
+        }
+        if (previous.joinable()) previous.join();
     }
     status_->Status_SetTextWithString(QStringLiteral("Working"));
     status_->Status_GetBigWheel()->startAnimation();
@@ -111,8 +122,27 @@ bool TarnScanner::start(Kind kind, const QStringList& inputs) {
 }
 
 void TarnScanner::waitForFinished() {
-    std::lock_guard<std::mutex> guard(lock_);
-    if (worker_.joinable()) worker_.join();
+    // Threads are joined outside the lock: a finishing scan may take it to
+    // start the next one.
+    const auto self = std::this_thread::get_id();
+    for (;;) {
+        std::thread next;
+        {
+            std::lock_guard<std::mutex> guard(lock_);
+            if (worker_.joinable() && worker_.get_id() != self) {
+                next = std::move(worker_);
+            } else {
+                for (auto& old : retired_) {
+                    if (old.joinable() && old.get_id() != self) {
+                        next = std::move(old);
+                        break;
+                    }
+                }
+            }
+        }
+        if (!next.joinable()) break;
+        next.join();
+    }
 }
 
 double TarnScanner::lastExecutionTime() const {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 class TarnCore;
 class TarnScannerQueue;
@@ -69,7 +70,9 @@ class TarnScanner : public QObject {
 
     TarnCore* core_;
     TarnStatusViewController* status_;
-    std::mutex lock_;  // guards worker_
+    std::mutex lock_;  // guards the threads
     std::thread worker_;
+    // Threads of scans whose scanFinished handler started the next scan.
+    std::vector<std::thread> retired_;
     std::atomic<double> lastSeconds_{0};
 };
