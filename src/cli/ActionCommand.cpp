@@ -222,7 +222,7 @@ int ActionCommand::run(const QString& command, const QStringList& args) {
     quint64 shownItems = ~quint64(0);
     while (!done) {
         if (gInterrupted && !operation.isCancelled()) operation.cancel();
-        if (terminal || operation.itemsDone() != shownItems) {
+        if (!CliQuestions::isAsking() && (terminal || operation.itemsDone() != shownItems)) {
             shownItems = operation.itemsDone();
             progressLine(command, operation, terminal);
         }

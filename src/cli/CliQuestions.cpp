@@ -2,12 +2,15 @@
 
 #include <QByteArray>
 
+#include <atomic>
 #include <cstdio>
 
 #include <poll.h>
 #include <unistd.h>
 
 namespace {
+
+std::atomic<bool> gAsking{false};
 
 int codeOf(const QStringList& buttons, const QString& name) {
     for (qsizetype i = 0; i < buttons.size(); ++i)
@@ -75,7 +78,15 @@ int CliQuestions::automaticAnswer(Policy policy, const TarnAlert::Request& reque
     return codeOf(buttons, QStringLiteral("Cancel"));
 }
 
+bool CliQuestions::isAsking() {
+    return gAsking;
+}
+
 int CliQuestions::prompt(const TarnAlert::Request& request) {
+    gAsking = true;
+    struct Done {
+        ~Done() { gAsking = false; }
+    } done;
     std::fprintf(stderr, "\n%s\n%s\n", qPrintable(request.message), qPrintable(request.detail));
     for (qsizetype i = 0; i < request.buttons.size(); ++i)
         std::fprintf(stderr, "  [%lld] %s\n", static_cast<long long>(i + 1),

@@ -24,6 +24,8 @@ class CliQuestions {
 
     // The answer the policy gives to a request (the code, or kNoAnswer).
     static int automaticAnswer(Policy policy, const TarnAlert::Request& request);
+    // A question is on the terminal (a progress line must not overwrite it).
+    static bool isAsking();
 
   private:
     static int prompt(const TarnAlert::Request& request);
