@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "ActionCommand.h"
 #include "DemoCommand.h"
 #include "InspectCommand.h"
 #include "ScanCommand.h"
@@ -15,6 +16,7 @@ const char* kUsage =
     "\n"
     "commands:\n"
     "  scan [PATH...] [options]  scan media folders and print the view (tarn scan --help)\n"
+    "  copy|move|delete [PATH...] [options]  act on the scanned items (tarn copy --help)\n"
     "  demo [DIR]                write the demo volume (if absent) and show its scan\n"
     "  inspect [--json] FILE...  what Tarn reads in index, database, media and bin files\n"
     "  --help                    this text\n"
@@ -37,6 +39,9 @@ int main(int argc, char** argv) {
     }
     if (command == QLatin1String("scan")) return ScanCommand::run(args);
     if (command == QLatin1String("demo")) return DemoCommand::run(args);
+    if (command == QLatin1String("copy") || command == QLatin1String("move") ||
+        command == QLatin1String("delete"))
+        return ActionCommand::run(command, args);
     if (command == QLatin1String("inspect")) return InspectCommand::run(args);
     std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(command), kUsage);
     return 2;

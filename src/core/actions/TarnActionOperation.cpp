@@ -1,0 +1,629 @@
+#include "TarnActionOperation.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLocale>
+#include <QMutexLocker>
+#include <QStandardPaths>
+#include <QStorageInfo>
+
+#include <cerrno>
+#include <cstring>
+
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "TarnActionOperationDelegate.h"
+#include "TarnAlert.h"
+#include "TarnUtilities.h"
+#include "xConsole.h"
+
+namespace {
+
+QMutex& popMutex() {
+    static QMutex mutex;
+    return mutex;
+}
+std::function<void()>& popSlot() {
+    static std::function<void()> hook;
+    return hook;
+}
+
+QString expandTilde(const QString& path) {
+    if (!path.contains(QLatin1Char('~'))) return path;
+    if (path == QLatin1String("~")) return QDir::homePath();
+    if (path.startsWith(QLatin1String("~/"))) return QDir::homePath() + path.mid(1);
+    return path;
+}
+
+// The same folder written with or without trailing separators compares equal.
+QString normalised(const QString& path) {
+    if (path.isEmpty()) return path;
+    return QDir::cleanPath(path);
+}
+
+quint64 sizeOf(const TarnDatabaseItem& item) {
+    return item.DB_filesize.value_or(0);
+}
+
+bool reachable(const QString& path) {
+    struct stat st {};
+    return ::lstat(QFile::encodeName(path).constData(), &st) == 0;
+}
+
+// The five answers of "File can not be moved.\nCopy?", in button order.
+enum MoveAnswer { kSkipAll = 1000, kNo = 1001, kYes = 1002, kYesToAll = 1003, kCancel = 1004 };
+
+// Moves a file to the Trash. Where the desktop keeps a home Trash folder
+// (freedesktop.org), it is made first if missing: without it the platform
+// routine may fall back to a relative folder of the current directory, which
+// is no Trash at all. No usable Trash counts as a failed move to the Trash.
+bool moveToTrash(const QString& path, int* code, QString* description) {
+#if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    const QString trash = data + QStringLiteral("/Trash");
+    if (data.isEmpty() || !QDir().mkpath(trash + QStringLiteral("/files")) ||
+        !QDir().mkpath(trash + QStringLiteral("/info"))) {
+        *code = int(QFileDevice::RenameError);
+        *description = QStringLiteral("No Trash folder at %1").arg(trash);
+        return false;
+    }
+#endif
+    QFile file(path);
+    if (file.moveToTrash()) return true;
+    *code = int(file.error());
+    *description = file.error() != QFileDevice::NoError ? file.errorString() : QString();
+    return false;
+}
+
+}  // namespace
+
+TarnActionOperation::TarnActionOperation(const TarnActionOptions& properties)
+    : properties_(properties) {
+    timeFormat_ = locale_.timeFormat(QLocale::ShortFormat);
+    if (!timeFormat_.contains(QLatin1Char('s')))
+        timeFormat_.replace(QLatin1String("mm"), QLatin1String("mm:ss"));
+    log(QStringLiteral("%1 :: TarnAction init \n").arg(timestamp()));
+    log(QStringLiteral(":: Action :: %1 \n").arg(properties_.Action));
+    if (properties_.items) {
+        itemsTotal_ = quint64(properties_.items->size());
+        log(QStringLiteral(":: %1 :: items \n").arg(itemsTotal_));
+        for (const TarnItemPtr& item : *properties_.items)
+            if (item) bytesTotal_ += sizeOf(*item);
+        if (!properties_.isDelete()) {
+            QString destination = properties_.Destination;
+            if (!destination.isNull()) {
+                destination = expandTilde(destination);
+                targetURL_ = TarnUtilities::stringByRemovingPercentEncoding(destination);
+                if (QFileInfo(targetURL_).isDir())
+                    validPath_ = TarnUtilities::stringByRemovingPercentEncoding(destination);
+            }
+            log(QStringLiteral(":: destination :: %1 \n").arg(validPath_));
+        }
+    }
+    log(QStringLiteral("%1 :: TarnAction queued\n").arg(timestamp()));
+}
+
+TarnActionOperation::~TarnActionOperation() {
+    TARN_LOG(QStringLiteral("Operation deallocated"));
+}
+
+void TarnActionOperation::setPopHook(std::function<void()> hook) {
+    QMutexLocker lock(&popMutex());
+    popSlot() = std::move(hook);
+}
+
+QString TarnActionOperation::timestamp() const {
+    // Short date, time with seconds, in the user's locale; made once a second
+    // (a run may write thousands of lines within one).
+    const qint64 second = QDateTime::currentSecsSinceEpoch();
+    QMutexLocker lock(&stampMutex_);
+    if (second != stampSecond_) {
+        const QDateTime now = QDateTime::fromSecsSinceEpoch(second);
+        stamp_ = locale_.toString(now.date(), QLocale::ShortFormat) + QStringLiteral(", ") +
+                 locale_.toString(now.time(), timeFormat_);
+        stampSecond_ = second;
+    }
+    return stamp_;
+}
+
+void TarnActionOperation::log(const QString& text) {
+    QMutexLocker lock(&mutex_);
+    actionLog_ += text;
+}
+
+QString TarnActionOperation::actionLog() const {
+    QMutexLocker lock(&mutex_);
+    return actionLog_;
+}
+
+void TarnActionOperation::setCompletionBlock(std::function<void()> block) {
+    QMutexLocker lock(&mutex_);
+    completion_ = std::move(block);
+}
+
+void TarnActionOperation::setDelegate(TarnActionOperationDelegate* delegate) {
+    QMutexLocker lock(&delegateMutex_);
+    delegate_ = delegate;
+}
+
+void TarnActionOperation::setProgressObserver(std::function<void(std::int64_t)> observer) {
+    QMutexLocker lock(&mutex_);
+    progressObserver_ = std::move(observer);
+}
+
+void TarnActionOperation::sendWillStart() {
+    QMutexLocker lock(&delegateMutex_);
+    if (delegate_) delegate_->TarnActionOperationWillStart(this);
+}
+
+void TarnActionOperation::sendStatusUpdate() {
+    QMutexLocker lock(&delegateMutex_);
+    if (delegate_) delegate_->TarnActionOperationStatusUpdate(this);
+}
+
+void TarnActionOperation::sendDidFinish() {
+    QMutexLocker lock(&delegateMutex_);
+    if (delegate_) delegate_->TarnActionOperationDidFinished(this);
+}
+
+void TarnActionOperation::cancel() {
+    if (cancelled_.exchange(true)) return;
+    log(QStringLiteral("%1 :: TarnAction Cancelled\n").arg(timestamp()));
+    emit isCancelledChanged(true);
+}
+
+void TarnActionOperation::start() {
+    // A queued operation cancelled before its turn finishes without running.
+    if (!finished_ && !executing_) {
+        if (!cancelled_) {
+            executing_ = true;
+            main();
+            executing_ = false;
+        }
+        finished_ = true;
+    }
+    std::function<void()> completion;
+    {
+        QMutexLocker lock(&mutex_);
+        completion = std::move(completion_);
+        completion_ = nullptr;
+    }
+    if (completion) completion();
+}
+
+void TarnActionOperation::main() {
+    log(QStringLiteral("%1 :: TarnAction Execution Started\n").arg(timestamp()));
+    if (!isCancelled()) {
+        sendWillStart();
+        if (properties_.items) {
+            if (properties_.isDelete())
+                deleteAction();
+            else if (properties_.isCopy())
+                copyAction();
+            else if (properties_.isMove())
+                moveAction();
+        }
+        if (!isCancelled()) sendDidFinish();
+    }
+    log(QStringLiteral("%1 :: TarnAction Finished\n").arg(timestamp()));
+    std::function<void()> pop;
+    {
+        QMutexLocker lock(&popMutex());
+        pop = popSlot();
+    }
+    if (pop) pop();
+}
+
+int TarnActionOperation::askNoYesYesToAll(const QString& message, const QString& detail) {
+    if (isCancelled()) return TarnAlert::kNoAnswer;
+    return TarnAlert::ShowDialog_with_NoYesYesToAll(message, detail,
+                                                    [this] { return isCancelled(); });
+}
+
+void TarnActionOperation::showErrorDialog(const QString& message, const QString& detail) {
+    if (isCancelled() || !showAllErrorDialogs_) return;
+    showAllErrorDialogs_ = TarnAlert::ShowDialog_with_OkDoNotShowAgain(
+        message, detail, [this] { return isCancelled(); });
+}
+
+void TarnActionOperation::countItemDone(const TarnDatabaseItem& item) {
+    bytesDone_ += sizeOf(item);
+    bWritten_ = 0;
+}
+
+void TarnActionOperation::markMissing(TarnDatabaseItem& item) {
+    item.DB_FileExists = false;
+    item.DB_isValid_initial = false;
+    item.DB_isValid = false;
+}
+
+QString TarnActionOperation::targetFolderForItem(const TarnDatabaseItem& item) const {
+    if (targetURL_.isNull()) return QString();
+    QString folder = normalised(targetURL_);
+    QFileInfo file(item.DB_itemPath);
+    if (properties_.Create_projects_folders) folder += QLatin1Char('/') + item.get_DB_ProjectName();
+    if (properties_.Create_mxf_folders) {
+        QString extension = file.suffix();
+        folder += QLatin1Char('/') +
+                  (extension.isEmpty() ? QStringLiteral("_NOEXT_TYPE") : extension.toUpper());
+    }
+    if (properties_.Keep_original_folders) {
+        folder += QLatin1Char('/') + QFileInfo(file.path()).fileName();
+        TARN_LOG(QStringLiteral("Target path: %1").arg(folder));
+    }
+    return folder;
+}
+
+bool TarnActionOperation::areSourceAndTargetEqual(const QString& source,
+                                                  const QString& targetFolder) const {
+    QString src = normalised(source);
+    QString target = normalised(targetFolder);
+    if (src.isEmpty() || target.isEmpty()) return false;
+    return src == target || normalised(QFileInfo(src).path()) == target;
+}
+
+bool TarnActionOperation::areURLsOnTheSameVolume(const QString& first, const QString& second) {
+    QString names[2];
+    const QString paths[2] = {first, second};
+    for (int i = 0; i < 2; ++i) {
+        // Looked up once per folder: a run moves many files between the same two.
+        // A file is on its folder's volume; a folder may be a mount point itself.
+        struct stat st {};
+        const bool exists = ::lstat(QFile::encodeName(paths[i]).constData(), &st) == 0;
+        const QString folder =
+            exists && S_ISDIR(st.st_mode) ? normalised(paths[i]) : QFileInfo(paths[i]).path();
+        auto known = volumeNames_.constFind(folder);
+        if (exists && known != volumeNames_.constEnd()) {
+            names[i] = *known;
+            continue;
+        }
+        QStorageInfo storage(paths[i]);
+        if (!storage.isValid()) {
+            int code = exists ? EIO : ENOENT;
+            QString description = QString::fromLocal8Bit(std::strerror(code));
+            log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
+            TARN_LOG(QStringLiteral("%1 :: %2\n").arg(code).arg(description));
+            return false;
+        }
+        // The label, or the mount point when there is none: two unlabelled
+        // mounts never pass for one.
+        names[i] = storage.displayName();
+        volumeNames_.insert(folder, names[i]);
+    }
+    return names[0] == names[1];
+}
+
+bool TarnActionOperation::createTargetDirWithURL(const QString& targetFolder,
+                                                 const QString& itemFile) {
+    if (targetFolder.isNull()) return false;
+    struct stat st {};
+    if (::stat(QFile::encodeName(targetFolder).constData(), &st) == 0 && S_ISDIR(st.st_mode))
+        return true;
+    bool created = false;
+    QString error;
+    if (!TarnFileCopier::createDirectories(targetFolder, &created, &error)) {
+        log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(error, targetFolder));
+        showErrorDialog(error, targetFolder);
+    }
+    if (created) {
+        // A new media folder gets the index and database of the folder its
+        // first file came from, so the editing system finds the media at once.
+        const QString sourceFolder = QFileInfo(itemFile).path();
+        const struct {
+            const char* name;
+            const char* line;
+        } seeds[] = {{"msmFMID.pmr", "COPY old pmr %1"}, {"msmMMOB.mdb", "COPY old mdb %1"}};
+        for (const auto& seed : seeds) {
+            QFile in(sourceFolder + QLatin1Char('/') + QLatin1String(seed.name));
+            if (!in.open(QIODevice::ReadOnly)) continue;
+            QByteArray bytes = in.readAll();
+            QString newPath =
+                normalised(targetFolder) + QLatin1Char('/') + QLatin1String(seed.name);
+            TARN_LOG(QString::fromLatin1(seed.line).arg(newPath));
+            QFile out(newPath);
+            if (out.open(QIODevice::WriteOnly | QIODevice::Truncate)) out.write(bytes);
+        }
+    }
+    return created || QFileInfo(targetFolder).isDir();
+}
+
+bool TarnActionOperation::CheckTargetAndAskToOverwrite(const QString& targetFile) {
+    if (!reachable(targetFile)) return true;
+    log(QStringLiteral(":: FILE EXISTS AT DESTINATION \n"));
+    if (yesToAll_) return true;
+    int answer =
+        askNoYesYesToAll(QStringLiteral("File exists at destination.\nOverwrite?"), targetFile);
+    if (answer == TarnAlert::kThirdButton) {
+        yesToAll_ = true;
+        log(QStringLiteral(":: OVERWRITING \n"));
+        return true;
+    }
+    if (answer == TarnAlert::kSecondButton) {
+        log(QStringLiteral(":: OVERWRITING \n"));
+        return true;
+    }
+    if (answer == TarnAlert::kFirstButton) log(QStringLiteral(":: SKIPPING \n"));
+    return false;
+}
+
+int TarnActionOperation::copyFileCallback(TarnFileCopier::Stage stage, std::int64_t copied,
+                                          void* context) {
+    auto* op = static_cast<TarnActionOperation*>(context);
+    if (op->isCancelled()) return TarnFileCopier::Quit;
+    if (stage == TarnFileCopier::Stage::Error) {
+        TARN_LOG(QStringLiteral("Copyfile data error..."));
+        op->log(QStringLiteral("Copyfile data error..."));
+        return TarnFileCopier::Continue;
+    }
+    op->bWritten_ = copied;
+    std::function<void(std::int64_t)> observer;
+    {
+        QMutexLocker lock(&op->mutex_);
+        observer = op->progressObserver_;
+    }
+    if (observer) observer(copied);
+    return op->isCancelled() ? TarnFileCopier::Quit : TarnFileCopier::Continue;
+}
+
+TarnFileCopier::Result TarnActionOperation::runCopy(const QString& source, const QString& target,
+                                                    unsigned flags) {
+    return TarnFileCopier::copy(source, target, flags, &TarnActionOperation::copyFileCallback,
+                                this);
+}
+
+void TarnActionOperation::countFailure(const TarnFileCopier::Result& result) {
+    if (!result.cancelled && !isCancelled()) ++filesFailed_;
+}
+
+void TarnActionOperation::copyAction() {
+    for (const TarnItemPtr& itemPtr : *properties_.items) {
+        if (isCancelled()) return;
+        if (!itemPtr) continue;
+        TarnDatabaseItem& item = *itemPtr;
+        ++itemsDone_;
+        if (!isCancelled()) sendStatusUpdate();
+        const QString folder = targetFolderForItem(item);
+        if (areSourceAndTargetEqual(item.DB_itemPath, folder)) {
+            log(QStringLiteral("%1 :: SKIPPING - the same src&dst :: copy :: %2 \n")
+                    .arg(timestamp(), item.DB_itemPath));
+            countItemDone(item);
+            continue;
+        }
+        if (folder.isNull()) {
+            countItemDone(item);
+            continue;
+        }
+        const bool ok = createTargetDirWithURL(folder, item.DB_itemPath);
+        const QString target = folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();
+        log(QStringLiteral("%1 :: STARTING ::\n:: copy\nfrom :: %2 \nto :: %3\n")
+                .arg(timestamp(), item.DB_itemPath, target));
+        bool proceed = true;
+        if (reachable(target)) {
+            log(QStringLiteral(":: FILE EXISTS AT DESTINATION \n"));
+            if (!yesToAll_) {
+                int answer = askNoYesYesToAll(
+                    QStringLiteral("File exists at destination.\nOverwrite?"), target);
+                if (answer == TarnAlert::kThirdButton) {
+                    yesToAll_ = true;
+                    log(QStringLiteral(":: OVERWRITING \n"));
+                } else if (answer == TarnAlert::kSecondButton) {
+                    log(QStringLiteral(":: OVERWRITING \n"));
+                } else if (answer == TarnAlert::kFirstButton) {
+                    log(QStringLiteral(":: SKIPPING \n"));
+                    proceed = false;
+                } else {
+                    proceed = ok;
+                }
+            }
+        }
+        if (proceed) {
+            TarnFileCopier::Result result = runCopy(item.DB_itemPath, target, TarnFileCopier::None);
+            if (!result.ok) {
+                countFailure(result);
+                TARN_LOG(QStringLiteral("Error copying to %1").arg(target));
+                log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
+            } else {
+                log(QStringLiteral("%1 :: DONE ::\n").arg(timestamp()));
+            }
+        }
+        if (isCancelled()) return;
+        countItemDone(item);
+    }
+}
+
+void TarnActionOperation::moveAction() {
+    bool copyAll = false;
+    bool skipAll = false;
+    for (const TarnItemPtr& itemPtr : *properties_.items) {
+        if (isCancelled()) return;
+        if (!itemPtr) continue;
+        TarnDatabaseItem& item = *itemPtr;
+        ++itemsDone_;
+        if (!isCancelled()) sendStatusUpdate();
+        const QString folder = targetFolderForItem(item);
+        if (areSourceAndTargetEqual(item.DB_itemPath, folder)) {
+            log(QStringLiteral("%1 :: SKIPPING - the same src&dst :: move :: %2 \n")
+                    .arg(timestamp(), item.DB_itemPath));
+            countItemDone(item);
+            continue;
+        }
+        if (folder.isNull()) {
+            countItemDone(item);
+            continue;
+        }
+        const bool ok = createTargetDirWithURL(folder, item.DB_itemPath);
+        const bool sameVolume = areURLsOnTheSameVolume(item.DB_itemPath, folder);
+        const QString target = folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();
+        log(QStringLiteral("%1 :: STARTING ::\n:: move\nfrom :: %2 \nto :: %3\n")
+                .arg(timestamp(), item.DB_itemPath, target));
+        if (!ok) ++filesFailed_;  // no folder to move into
+        const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
+        bool done = false;
+        if (proceed &&
+            ::access(QFile::encodeName(item.DB_itemPath).constData(), R_OK | W_OK) == 0) {
+            if (sameVolume) {
+                TARN_LOG(QStringLiteral("Fast Move"));
+                if (::rename(QFile::encodeName(item.DB_itemPath).constData(),
+                             QFile::encodeName(target).constData()) == 0) {
+                    // A rename leaves nothing under the old name.
+                    markMissing(item);
+                } else {
+                    int code = errno;
+                    ++filesFailed_;
+                    QString description = QString::fromLocal8Bit(std::strerror(code));
+                    log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
+                    TARN_LOG(QStringLiteral("%1 :: %2\n").arg(code).arg(description));
+                }
+            } else {
+                TARN_LOG(QStringLiteral("Slow move"));
+                TarnFileCopier::Result result =
+                    runCopy(item.DB_itemPath, target, TarnFileCopier::Move);
+                if (!result.ok) {
+                    countFailure(result);
+                    TARN_LOG(QStringLiteral("Error moving to %1").arg(target));
+                    log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
+                } else {
+                    log(QStringLiteral("%1 :: DONE ::\n").arg(timestamp()));
+                    done = true;
+                }
+            }
+        } else {
+            log(QStringLiteral(":: file is not moveable \n"));
+            bool copy = false;
+            if (skipAll) {
+                copy = false;
+            } else if (copyAll) {
+                copy = true;
+            } else if (!isCancelled()) {
+                int answer = TarnAlert::ShowDialog_with_buttons(
+                    QStringLiteral("File can not be moved.\nCopy?"), item.DB_itemPath,
+                    {QStringLiteral("Skip All"), QStringLiteral("No"), QStringLiteral("Yes"),
+                     QStringLiteral("Yes to All"), QStringLiteral("Cancel")},
+                    [this] { return isCancelled(); });
+                switch (answer) {
+                    case kSkipAll:
+                        log(QStringLiteral(":: SKIPPING \n"));
+                        skipAll = true;
+                        copyAll = false;
+                        break;
+                    case kNo:
+                        log(QStringLiteral(":: SKIPPING \n"));
+                        break;
+                    case kYes:
+                        log(QStringLiteral(":: COPYING \n"));
+                        copy = true;
+                        break;
+                    case kYesToAll:
+                        log(QStringLiteral(":: COPYING \n"));
+                        copyAll = true;
+                        skipAll = false;
+                        copy = true;
+                        break;
+                    case kCancel:
+                        cancel();
+                        break;
+                    default:
+                        break;
+                }
+            }
+            if (copy && proceed && !isCancelled()) {
+                TARN_LOG(QStringLiteral("Slow copy"));
+                TarnFileCopier::Result result =
+                    runCopy(item.DB_itemPath, target, TarnFileCopier::None);
+                if (!result.ok) {
+                    countFailure(result);
+                    log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
+                    TARN_LOG(QStringLiteral("Error moving to %1").arg(target));
+                } else {
+                    log(QStringLiteral("%1 :: DONE ::\n").arg(timestamp()));
+                    done = true;
+                }
+            }
+        }
+        if (done && !reachable(item.DB_itemPath)) markMissing(item);
+        if (isCancelled()) return;
+        countItemDone(item);
+    }
+}
+
+bool TarnActionOperation::shouldRemoveItemAtURL(const QString& path) {
+    if (yesToAll_) return true;
+    int answer = askNoYesYesToAll(
+        QStringLiteral("File can not be moved to the Trash.\nTry to delete permanently?"), path);
+    if (answer == TarnAlert::kThirdButton) {
+        lastDelegateResponce_ = true;
+        yesToAll_ = true;
+        return true;
+    }
+    if (answer == TarnAlert::kSecondButton) {
+        lastDelegateResponce_ = true;
+        return true;
+    }
+    // "No", and a question dismissed or abandoned: the file stays.
+    lastDelegateResponce_ = false;
+    return false;
+}
+
+// Like a file manager's removal with a delegate: a declined removal counts as
+// success (nothing to report), a failed one returns its error.
+bool TarnActionOperation::removeItemAtURL(const QString& path, QString* error) {
+    if (!shouldRemoveItemAtURL(path)) return true;
+    QFileInfo info(path);
+    bool removed = false;
+    if (info.isDir() && !info.isSymLink()) {
+        removed = QDir(path).removeRecursively();
+        if (!removed) *error = QString::fromLocal8Bit(std::strerror(errno ? errno : EIO));
+    } else {
+        removed = ::unlink(QFile::encodeName(path).constData()) == 0;
+        if (!removed) *error = QString::fromLocal8Bit(std::strerror(errno));
+    }
+    return removed;
+}
+
+void TarnActionOperation::deleteAction() {
+    for (const TarnItemPtr& itemPtr : *properties_.items) {
+        if (isCancelled()) return;
+        if (!itemPtr) continue;
+        TarnDatabaseItem& item = *itemPtr;
+        ++itemsDone_;
+        if (!isCancelled()) sendStatusUpdate();
+        lastDelegateResponce_ = true;
+        if (!item.DB_FileExists) {
+            countItemDone(item);
+            continue;
+        }
+        const QString path = item.DB_itemPath;
+        log(QStringLiteral("%1 :: DELETING :: %2 \n").arg(timestamp(), path));
+        int code = 0;
+        QString description;
+        bool succeeded = moveToTrash(path, &code, &description);
+        if (!succeeded) {
+            if (!description.isEmpty())
+                log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
+            else
+                log(QStringLiteral(":: ERROR :: deleting :: %1 \n").arg(path));
+            QString error;
+            if (!removeItemAtURL(path, &error)) {
+                if (!isCancelled()) ++filesFailed_;
+                if (!error.isEmpty() && !isCancelled()) {
+                    log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(error, path));
+                    showErrorDialog(error, path);
+                }
+            } else if (!lastDelegateResponce_) {
+                log(QStringLiteral(":: SKIPPED :: %1 \n").arg(path));
+                TARN_LOG(QStringLiteral("Delegate returned NO"));
+            } else {
+                succeeded = true;
+            }
+        }
+        if (succeeded) {
+            log(QStringLiteral(":: SUCCEED ::\n"));
+            markMissing(item);
+        }
+        countItemDone(item);
+    }
+}

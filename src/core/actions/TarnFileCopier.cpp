@@ -1,0 +1,327 @@
+#include "TarnFileCopier.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#ifdef __APPLE__
+#include <copyfile.h>
+#endif
+
+namespace {
+
+using Result = TarnFileCopier::Result;
+
+Result failure(int error) {
+    Result r;
+    r.error = error;
+    r.description = QString::fromLocal8Bit(std::strerror(error));
+    return r;
+}
+
+Result cancelledResult() {
+    Result r = failure(ECANCELED);
+    r.cancelled = true;
+    return r;
+}
+
+// Closes a descriptor when it goes out of scope.
+struct Fd {
+    int fd = -1;
+    ~Fd() {
+        if (fd >= 0) ::close(fd);
+    }
+    int release() {
+        int f = fd;
+        fd = -1;
+        return f;
+    }
+};
+
+// A hidden file beside the target, made exclusively.
+QByteArray temporaryBeside(const QByteArray& target) {
+    QFileInfo info(QFile::decodeName(target));
+    QByteArray dir = QFile::encodeName(info.path());
+    QByteArray name = QFile::encodeName(info.fileName());
+    if (name.size() > 180) name.truncate(180);
+    return dir + '/' + QFile::encodeName(TarnFileCopier::temporaryPrefix()) + name + ".XXXXXX";
+}
+
+#ifndef __APPLE__
+
+// Extended attributes the file system lets us carry; the ones it refuses (a
+// target file system without them, a namespace that needs privileges) stay
+// behind without failing the copy.
+void copyExtendedAttributes(int in, int out) {
+    ssize_t size = ::flistxattr(in, nullptr, 0);
+    if (size <= 0) return;
+    std::vector<char> names(size_t(size) + 1, 0);
+    size = ::flistxattr(in, names.data(), names.size());
+    if (size <= 0) return;
+    std::vector<char> value;
+    for (const char* name = names.data(); name < names.data() + size;
+         name += std::strlen(name) + 1) {
+        ssize_t length = ::fgetxattr(in, name, nullptr, 0);
+        if (length < 0) continue;
+        value.resize(size_t(length) + 1);
+        length = ::fgetxattr(in, name, value.data(), value.size());
+        if (length < 0) continue;
+        ::fsetxattr(out, name, value.data(), size_t(length), 0);
+    }
+}
+
+// Data from in to out, reporting after every chunk.
+Result copyData(int in, int out, TarnFileCopier::Callback callback, void* context) {
+    using Copier = TarnFileCopier;
+    std::int64_t copied = 0;
+    auto report = [&](Copier::Stage stage) {
+        return callback && callback(stage, copied, context) == Copier::Quit;
+    };
+    if (report(Copier::Stage::Progress)) return cancelledResult();
+
+    bool useRange = true;
+    std::vector<char> buffer;
+    for (;;) {
+        ssize_t n = -1;
+        if (useRange) {
+            n = ::copy_file_range(in, nullptr, out, nullptr, size_t(Copier::kChunkBytes), 0);
+            if (n < 0 && copied == 0 &&
+                (errno == EXDEV || errno == ENOSYS || errno == EINVAL || errno == EOPNOTSUPP ||
+                 errno == EBADF || errno == EPERM)) {
+                useRange = false;
+                continue;
+            }
+            if (n < 0 && errno == EINTR) continue;
+        } else {
+            if (buffer.empty()) buffer.resize(1024 * 1024);
+            std::int64_t chunk = 0;
+            // Gather a full chunk before reporting, like the other path.
+            while (chunk < Copier::kChunkBytes) {
+                ssize_t r = ::read(in, buffer.data(), buffer.size());
+                if (r < 0 && errno == EINTR) continue;
+                if (r <= 0) {
+                    n = r < 0 ? -1 : chunk;
+                    break;
+                }
+                ssize_t written = 0;
+                while (written < r) {
+                    ssize_t w = ::write(out, buffer.data() + written, size_t(r - written));
+                    if (w < 0 && errno == EINTR) continue;
+                    if (w <= 0) {
+                        if (w == 0) errno = EIO;
+                        written = -1;
+                        break;
+                    }
+                    written += w;
+                }
+                if (written < 0) {
+                    chunk = -1;
+                    break;
+                }
+                chunk += r;
+                n = chunk;
+            }
+            if (chunk < 0) n = -1;
+        }
+        if (n < 0) {
+            int error = errno ? errno : EIO;
+            report(Copier::Stage::Error);
+            return failure(error);
+        }
+        if (n == 0) break;
+        copied += n;
+        if (report(Copier::Stage::Progress)) return cancelledResult();
+    }
+    Result ok;
+    ok.ok = true;
+    return ok;
+}
+
+Result copyRegular(const QByteArray& src, const struct stat& st, const QByteArray& temp,
+                   bool durable, TarnFileCopier::Callback callback, void* context) {
+    Fd in;
+    in.fd = ::open(src.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOATIME);
+    // O_NOATIME keeps the source's access time; only its owner may ask for it.
+    if (in.fd < 0 && errno == EPERM)
+        in.fd = ::open(src.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (in.fd < 0) return failure(errno);
+    struct stat opened {};
+    if (::fstat(in.fd, &opened) != 0) return failure(errno);
+    if (opened.st_ino != st.st_ino || opened.st_dev != st.st_dev) return failure(EAGAIN);
+    ::posix_fadvise(in.fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+
+    Fd out;
+    out.fd = ::open(temp.constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (out.fd < 0) return failure(errno);
+
+    Result data = copyData(in.fd, out.fd, callback, context);
+    if (!data.ok) return data;
+
+    struct stat written {};
+    if (::fstat(out.fd, &written) != 0) return failure(errno);
+    if (written.st_size != opened.st_size) return failure(EIO);
+
+    if (::geteuid() == 0) {
+        if (::fchown(out.fd, st.st_uid, st.st_gid) != 0) {
+            // Owner stays ours: not a reason to fail the copy.
+        }
+    }
+    if (::fchmod(out.fd, st.st_mode & 07777) != 0) return failure(errno);
+    copyExtendedAttributes(in.fd, out.fd);
+    struct timespec times[2] = {opened.st_atim, opened.st_mtim};
+    if (::futimens(out.fd, times) != 0) return failure(errno);
+    if (durable && ::fsync(out.fd) != 0) return failure(errno);
+    if (::close(out.release()) != 0) return failure(errno);
+    return data;
+}
+
+Result copyLink(const QByteArray& src, const struct stat& st, const QByteArray& temp) {
+    std::vector<char> text(size_t(st.st_size > 0 ? st.st_size : 4096) + 1, 0);
+    ssize_t n = ::readlink(src.constData(), text.data(), text.size() - 1);
+    if (n < 0) return failure(errno);
+    text[size_t(n)] = 0;
+    ::unlink(temp.constData());
+    if (::symlink(text.data(), temp.constData()) != 0) return failure(errno);
+    struct timespec times[2] = {st.st_atim, st.st_mtim};
+    ::utimensat(AT_FDCWD, temp.constData(), times, AT_SYMLINK_NOFOLLOW);
+    Result ok;
+    ok.ok = true;
+    return ok;
+}
+
+#else  // __APPLE__
+
+struct AppleContext {
+    TarnFileCopier::Callback callback;
+    void* context;
+};
+
+int appleCallback(int what, int stage, copyfile_state_t state, const char*, const char*,
+                  void* ctx) {
+    auto* c = static_cast<AppleContext*>(ctx);
+    if (what != COPYFILE_COPY_DATA || !c->callback) return COPYFILE_CONTINUE;
+    if (stage == COPYFILE_ERR) {
+        c->callback(TarnFileCopier::Stage::Error, 0, c->context);
+        return COPYFILE_QUIT;
+    }
+    if (stage == COPYFILE_PROGRESS || stage == COPYFILE_START) {
+        off_t copied = 0;
+        if (copyfile_state_get(state, COPYFILE_STATE_COPIED, &copied) != 0) copied = 0;
+        if (c->callback(TarnFileCopier::Stage::Progress, copied, c->context) ==
+            TarnFileCopier::Quit)
+            return COPYFILE_QUIT;
+    }
+    return COPYFILE_CONTINUE;
+}
+
+Result copyApple(const QByteArray& src, const QByteArray& temp, TarnFileCopier::Callback callback,
+                 void* context) {
+    AppleContext ctx{callback, context};
+    copyfile_state_t state = copyfile_state_alloc();
+    copyfile_state_set(state, COPYFILE_STATE_STATUS_CB, reinterpret_cast<void*>(&appleCallback));
+    copyfile_state_set(state, COPYFILE_STATE_STATUS_CTX, &ctx);
+    ::unlink(temp.constData());
+    int rc = ::copyfile(src.constData(), temp.constData(), state, COPYFILE_ALL | COPYFILE_NOFOLLOW);
+    int error = errno;
+    copyfile_state_free(state);
+    if (rc != 0) {
+        if (callback &&
+            callback(TarnFileCopier::Stage::Progress, 0, context) == TarnFileCopier::Quit)
+            return cancelledResult();
+        return failure(error ? error : EIO);
+    }
+    Result ok;
+    ok.ok = true;
+    return ok;
+}
+
+#endif
+
+}  // namespace
+
+TarnFileCopier::Result TarnFileCopier::copy(const QString& source, const QString& target,
+                                            unsigned flags, Callback callback, void* context) {
+    const QByteArray src = QFile::encodeName(source);
+    const QByteArray dst = QFile::encodeName(target);
+    const bool move = (flags & Move) != 0;
+    struct stat st {};
+    if (::lstat(src.constData(), &st) != 0) return failure(errno);
+    if (S_ISDIR(st.st_mode)) return failure(EISDIR);
+    if (!S_ISREG(st.st_mode) && !S_ISLNK(st.st_mode)) return failure(EINVAL);
+
+    QByteArray temp = temporaryBeside(dst);
+    int made = ::mkostemp(temp.data(), O_CLOEXEC);
+    if (made < 0) return failure(errno);
+    ::close(made);
+
+    Result result;
+#ifdef __APPLE__
+    result = copyApple(src, temp, callback, context);
+#else
+    result = S_ISLNK(st.st_mode) ? copyLink(src, st, temp)
+                                 : copyRegular(src, st, temp, move, callback, context);
+#endif
+    if (result.ok) {
+        struct stat done {};
+        if (::lstat(temp.constData(), &done) != 0) {
+            result = failure(errno);
+        } else if (S_ISREG(st.st_mode) && done.st_size != st.st_size) {
+            result = failure(EIO);
+        } else if (::rename(temp.constData(), dst.constData()) != 0) {
+            result = failure(errno);
+        }
+    }
+    if (!result.ok) {
+        ::unlink(temp.constData());
+        return result;
+    }
+    if (move) {
+        // The complete copy is in place: only now may the source go.
+        struct stat placed {};
+        if (::lstat(dst.constData(), &placed) != 0 || placed.st_size != st.st_size)
+            return failure(EIO);
+        if (::unlink(src.constData()) != 0) return failure(errno);
+    }
+    return result;
+}
+
+bool TarnFileCopier::createDirectories(const QString& path, bool* created, QString* error) {
+    if (created) *created = false;
+    QByteArray p = QFile::encodeName(path);
+    while (p.size() > 1 && p.endsWith('/')) p.chop(1);
+    if (p.isEmpty()) {
+        if (error) *error = QString::fromLocal8Bit(std::strerror(ENOENT));
+        return false;
+    }
+    struct stat st {};
+    if (::stat(p.constData(), &st) == 0) {
+        if (S_ISDIR(st.st_mode)) return true;
+        if (error) *error = QString::fromLocal8Bit(std::strerror(ENOTDIR));
+        return false;
+    }
+    // Make each missing folder from the top down.
+    for (qsizetype i = 1; i <= p.size(); ++i) {
+        if (i != p.size() && p.at(i) != '/') continue;
+        QByteArray part = p.left(i);
+        if (::mkdir(part.constData(), 0777) == 0) {
+            if (i == p.size() && created) *created = true;
+            continue;
+        }
+        int e = errno;
+        if (e == EEXIST && ::stat(part.constData(), &st) == 0 && S_ISDIR(st.st_mode)) continue;
+        if (error) *error = QString::fromLocal8Bit(std::strerror(e == EEXIST ? ENOTDIR : e));
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,69 @@
+#include "TarnNewActionRules.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include "TarnFileSize.h"
+#include "TarnUtilities.h"
+
+QString TarnNewActionRules::normaliseDestination(const QString& destination) {
+    if (destination.isNull()) return destination;
+    QString path = destination;
+    if (path.contains(QLatin1Char('~'))) {
+        if (path == QLatin1String("~"))
+            path = QDir::homePath();
+        else if (path.startsWith(QLatin1String("~/")))
+            path = QDir::homePath() + path.mid(1);
+    }
+    return TarnUtilities::stringByRemovingPercentEncoding(path);
+}
+
+quint64 TarnNewActionRules::totalSizeOf(const TarnActionOptions& options) {
+    quint64 total = 0;
+    if (options.items)
+        for (const TarnItemPtr& item : *options.items)
+            if (item) total += item->DB_filesize.value_or(0);
+    return total;
+}
+
+QString TarnNewActionRules::updateStatusText(TarnActionOptions& options,
+                                             std::optional<quint64>& totalSize) {
+    if (!options.items) return QStringLiteral("No items selected \nSorry, nothing to do");
+    if (!totalSize && !options.items->isEmpty()) totalSize = totalSizeOf(options);
+    QString shown = QStringLiteral("Invalid path");
+    if (!options.Destination.isNull()) {
+        options.Destination = normaliseDestination(options.Destination);
+        if (QFileInfo(options.Destination).isDir()) shown = options.Destination;
+    }
+    const qsizetype count = options.items->size();
+    return QStringLiteral("will %1 \n%2 %3 of %4 size\ndestination: %5")
+        .arg(options.Action)
+        .arg(count)
+        .arg(count < 2 ? QStringLiteral("item") : QStringLiteral("items"),
+             TarnFileSize::toHumanBytes(double(totalSize.value_or(0))),
+             options.isDelete() ? QStringLiteral("Super Secret Annihilator (SSA)") : shown);
+}
+
+TarnNewActionRules::Verdict TarnNewActionRules::PushGo(TarnActionOptions& options) {
+    Verdict verdict;
+    if (!options.items) {
+        verdict.message = QStringLiteral("No items selected. Nothing to do.");
+    } else if (options.Destination.isNull()) {
+        verdict.valid = options.isDelete();
+        if (!verdict.valid) verdict.message = QStringLiteral("Invalid destination path");
+    } else {
+        options.Destination = normaliseDestination(options.Destination);
+        verdict.valid = QFileInfo(options.Destination).isDir() || options.isDelete();
+        if (!verdict.valid) verdict.message = QStringLiteral("Please check destination path");
+    }
+    if (!options.Im_sure) {
+        verdict.message = QStringLiteral("Please don't hurry, be patient...");
+        verdict.detail = QStringLiteral(
+            "Please verify everything before pressing \"GO\" button\nand check \"I'm sure\" "
+            "checkbox");
+        return verdict;
+    }
+    verdict.accepted = verdict.valid;
+    if (verdict.accepted) verdict.message.clear();
+    return verdict;
+}

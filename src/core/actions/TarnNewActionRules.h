@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+#include "TarnActionOptions.h"
+
+// What the new-action dialog decides, without its window: the summary line and
+// whether "GO" may hand the options to the queue. The command-line tool uses
+// the same rules.
+class TarnNewActionRules {
+  public:
+    // The outcome of pressing "GO".
+    struct Verdict {
+        bool accepted = false;  // the options go to the queue
+        bool valid = false;     // the selection and destination are usable
+        QString message;        // the alert to show when not accepted
+        QString detail;
+    };
+
+    // The summary: "will Copy \n2 items of 2.10 MB size\ndestination: /Dst".
+    // Normalises "Destination" in place (tilde, percent escapes). The total
+    // size is computed once and kept in `totalSize`.
+    static QString updateStatusText(TarnActionOptions& options, std::optional<quint64>& totalSize);
+    // The checks of "GO"; normalises "Destination" in place.
+    static Verdict PushGo(TarnActionOptions& options);
+
+    // "~/x" -> "/home/me/x", percent escapes removed; null stays null.
+    static QString normaliseDestination(const QString& destination);
+    static quint64 totalSizeOf(const TarnActionOptions& options);
+};
