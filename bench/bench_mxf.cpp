@@ -33,14 +33,14 @@ int main() {
     QTemporaryDir dir;
     std::vector<QString> paths;
     for (int i = 0; i < kFiles; ++i) {
-        fixtures::MxfSpec spec;
-        spec.clipName = QStringLiteral("Clip %1").arg(i);
-        spec.projectName = QStringLiteral("Bench");
-        spec.materialUMID = fixtures::umidFor(quint32(2 * i + 1));
-        spec.fileUMID = fixtures::umidFor(quint32(2 * i + 2));
-        spec.essenceBytes = 1 << 20;  // a second of 48 kHz stereo-sized essence
+        fixtures::MxfSpec mxfClip;
+        mxfClip.clipName = QStringLiteral("Clip %1").arg(i);
+        mxfClip.projectName = QStringLiteral("Bench");
+        mxfClip.materialUMID = fixtures::umidFor(quint32(2 * i + 1));
+        mxfClip.fileUMID = fixtures::umidFor(quint32(2 * i + 2));
+        mxfClip.essenceBytes = 1 << 20;  // a second of 48 kHz stereo-sized essence
         paths.push_back(dir.filePath(QStringLiteral("clip%1.mxf").arg(i)));
-        if (!fixtures::writeMxfFile(paths.back(), spec)) {
+        if (!fixtures::writeMxfFile(paths.back(), mxfClip)) {
             std::fprintf(stderr, "cannot write %s\n", qPrintable(paths.back()));
             return 1;
         }

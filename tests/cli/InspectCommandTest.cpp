@@ -97,12 +97,12 @@ TEST_F(InspectCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     const QString mdb =
         write(QStringLiteral("msmMMOB.mdb"), fixtures::writeMdb({clip, clip}, true));
 
-    fixtures::MxfSpec spec;
-    spec.clipName = QStringLiteral("Interview");
-    spec.projectName = QStringLiteral("Documentary");
-    spec.fileUMID = fixtures::umidFor(7);
-    spec.materialUMID = fixtures::umidFor(8);
-    const QString mxf = write(QStringLiteral("clip.mxf"), fixtures::writeMxf(spec));
+    fixtures::MxfSpec mxfClip;
+    mxfClip.clipName = QStringLiteral("Interview");
+    mxfClip.projectName = QStringLiteral("Documentary");
+    mxfClip.fileUMID = fixtures::umidFor(7);
+    mxfClip.materialUMID = fixtures::umidFor(8);
+    const QString mxf = write(QStringLiteral("clip.mxf"), fixtures::writeMxf(mxfClip));
 
     const InspectRun run = inspect({QStringLiteral("--json"), pmr, bin, mdb, mxf});
     EXPECT_EQ(run.exitCode, 0) << qPrintable(run.err);
@@ -146,9 +146,9 @@ TEST_F(InspectCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     EXPECT_EQ(x[QStringLiteral("clip_name")].toString(), QStringLiteral("Interview"));
     EXPECT_EQ(x[QStringLiteral("project")].toString(), QStringLiteral("Documentary"));
     EXPECT_EQ(x[QStringLiteral("file_package_uid")].toString(),
-              QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(spec.fileUMID).toHex()));
+              QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(mxfClip.fileUMID).toHex()));
     EXPECT_EQ(x[QStringLiteral("material_package_uid")].toString(),
-              QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(spec.materialUMID).toHex()));
+              QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(mxfClip.materialUMID).toHex()));
 }
 
 TEST_F(InspectCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAreShown) {

@@ -22,9 +22,9 @@ class MediafileFront : public ::testing::Test {
 };
 
 TEST_F(MediafileFront, UpperCaseMxfExtensionOpensWithTheMxfReader) {
-    fixtures::MxfSpec spec;
-    spec.clipName = QStringLiteral("Take 1");
-    const QString path = file(QStringLiteral("CLIP.MXF"), fixtures::writeMxf(spec));
+    fixtures::MxfSpec mxfClip;
+    mxfClip.clipName = QStringLiteral("Take 1");
+    const QString path = file(QStringLiteral("CLIP.MXF"), fixtures::writeMxf(mxfClip));
 
     TarnMediafile mediafile;
     testsupport::LogCapture log;

@@ -49,11 +49,11 @@ TEST(MxfReaderResources, ConcurrentReadsGiveEachThreadItsOwnResult) {
     constexpr int kThreads = 4;
     QStringList paths;
     for (int t = 0; t < kThreads; ++t) {
-        fixtures::MxfSpec spec;
-        spec.clipName = QStringLiteral("thread %1").arg(t);
-        spec.fileUMID = fixtures::umidFor(quint32(100 + t));
+        fixtures::MxfSpec mxfClip;
+        mxfClip.clipName = QStringLiteral("thread %1").arg(t);
+        mxfClip.fileUMID = fixtures::umidFor(quint32(100 + t));
         paths << dir.filePath(QStringLiteral("t%1.mxf").arg(t));
-        ASSERT_TRUE(fixtures::writeMxfFile(paths.back(), spec));
+        ASSERT_TRUE(fixtures::writeMxfFile(paths.back(), mxfClip));
     }
     QByteArray broken = fixtures::writeMxf({});
     broken.truncate(1500);  // makes the demuxer log

@@ -32,67 +32,67 @@ class MxfReader : public ::testing::Test {
         EXPECT_TRUE(fixtures::writeFile(path, bytes));
         return path;
     }
-    QString write(const QString& name, const fixtures::MxfSpec& spec) {
-        return write(name, fixtures::writeMxf(spec));
+    QString write(const QString& name, const fixtures::MxfSpec& mxfClip) {
+        return write(name, fixtures::writeMxf(mxfClip));
     }
     QTemporaryDir dir_;
 };
 
 fixtures::MxfSpec namedSpec() {
-    fixtures::MxfSpec spec;
-    spec.clipName = QStringLiteral("Interview A01");
-    spec.projectName = QStringLiteral("Documentary 2026");
-    spec.materialUMID = fixtures::umidFor(11);
-    spec.fileUMID = fixtures::umidFor(12);
-    return spec;
+    fixtures::MxfSpec mxfClip;
+    mxfClip.clipName = QStringLiteral("Interview A01");
+    mxfClip.projectName = QStringLiteral("Documentary 2026");
+    mxfClip.materialUMID = fixtures::umidFor(11);
+    mxfClip.fileUMID = fixtures::umidFor(12);
+    return mxfClip;
 }
 
 TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmidsInTheSystemOrder) {
-    const fixtures::MxfSpec spec = namedSpec();
+    const fixtures::MxfSpec mxfClip = namedSpec();
     TarnMXF reader;
     testsupport::LogCapture log;
-    ASSERT_TRUE(reader.openFile(write(QStringLiteral("A01.mxf"), spec), nullptr));
+    ASSERT_TRUE(reader.openFile(write(QStringLiteral("A01.mxf"), mxfClip), nullptr));
     EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1) << log.text().toStdString();
     EXPECT_TRUE(log.contains(QStringLiteral("(TarnMXF::openFile) (TarnMXF.cpp:")));
 
     // Kept as stored...
     const QVariantHash& info = reader.MXFinfo();
     EXPECT_EQ(info.size(), 4);
-    EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), spec.materialUMID);
-    EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), spec.fileUMID);
+    EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), mxfClip.materialUMID);
+    EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), mxfClip.fileUMID);
 
     // ...and converted on the way into the item.
     TarnDatabaseItem item;
     reader.addInfoToItem(&item);
-    EXPECT_EQ(item.DB_NameInBin, spec.clipName);
-    EXPECT_EQ(item.DB_ProjectName, spec.projectName);
+    EXPECT_EQ(item.DB_NameInBin, mxfClip.clipName);
+    EXPECT_EQ(item.DB_ProjectName, mxfClip.projectName);
     EXPECT_EQ(item.DB_SizeofUID, 8u);
-    EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(spec.fileUMID));
-    EXPECT_EQ(bytesOf(item.materialPackageUID, 32), systemOrder(spec.materialUMID));
+    EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(mxfClip.fileUMID));
+    EXPECT_EQ(bytesOf(item.materialPackageUID, 32), systemOrder(mxfClip.materialUMID));
     EXPECT_TRUE(item.checkUUID());
     EXPECT_NE(item.hash(), 0u);
 }
 
 // libavformat drops empty texts, so an empty project item reads as no project.
 TEST_F(MxfReader, NamesAreDecodedFromUnicodeAndAnEmptyProjectReadsAsNone) {
-    fixtures::MxfSpec spec = namedSpec();
-    spec.clipName = QString::fromUtf8("Sz\u00e8ne \u00c4 \u65e5\u672c");
-    spec.projectName = QStringLiteral("");
+    fixtures::MxfSpec mxfClip = namedSpec();
+    mxfClip.clipName = QString::fromUtf8("Sz\u00e8ne \u00c4 \u65e5\u672c");
+    mxfClip.projectName = QStringLiteral("");
     TarnMXF reader;
-    ASSERT_TRUE(reader.openFile(write(QStringLiteral("u.mxf"), spec), nullptr));
+    ASSERT_TRUE(reader.openFile(write(QStringLiteral("u.mxf"), mxfClip), nullptr));
     TarnDatabaseItem item;
     reader.addInfoToItem(&item);
-    EXPECT_EQ(item.DB_NameInBin, spec.clipName);
+    EXPECT_EQ(item.DB_NameInBin, mxfClip.clipName);
     EXPECT_TRUE(item.DB_ProjectName.isNull());
     EXPECT_EQ(item.get_DB_ProjectName(), TarnDatabaseItem::GetProjectNameNull());
 }
 
 TEST_F(MxfReader, UnnamedMaterialPackageAndNoProjectGiveNoTexts) {
-    fixtures::MxfSpec spec = namedSpec();
-    spec.clipName = QString();
-    spec.projectName = QString();
+    fixtures::MxfSpec mxfClip = namedSpec();
+    mxfClip.clipName = QString();
+    mxfClip.projectName = QString();
     TarnMXF reader;
-    ASSERT_TRUE(reader.openFile(write(QStringLiteral("n.mxf"), spec), nullptr));
+    ASSERT_TRUE(reader.openFile(write(QStringLiteral("n.mxf"), mxfClip), nullptr));
     EXPECT_FALSE(reader.MXFinfo().contains(QStringLiteral("clipname")));
     EXPECT_FALSE(reader.MXFinfo().contains(QStringLiteral("project")));
 
@@ -101,7 +101,7 @@ TEST_F(MxfReader, UnnamedMaterialPackageAndNoProjectGiveNoTexts) {
     reader.addInfoToItem(&item);
     EXPECT_TRUE(item.DB_NameInBin.isNull());
     EXPECT_TRUE(item.DB_ProjectName.isNull());
-    EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(spec.fileUMID));
+    EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(mxfClip.fileUMID));
 }
 
 // Files the reader refuses still "open": the status is logged and the item
@@ -167,8 +167,8 @@ TEST_F(MxfReader, UnreadablePathGivesFalseWithoutAStatusLine) {
 // Every prefix of a good file: nothing crashes, a status is logged, and what
 // was read is either everything or nothing.
 TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
-    const fixtures::MxfSpec spec = namedSpec();
-    const QByteArray whole = fixtures::writeMxf(spec);
+    const fixtures::MxfSpec mxfClip = namedSpec();
+    const QByteArray whole = fixtures::writeMxf(mxfClip);
     const QString path = dir_.filePath(QStringLiteral("cut.mxf"));
     int refused = 0;
     int headerFailures = 0;
@@ -185,8 +185,9 @@ TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
             else
                 EXPECT_TRUE(log.contains(QStringLiteral("Failed to read info"))) << n;
         } else {
-            EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), spec.fileUMID) << n;
-            EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), spec.materialUMID) << n;
+            EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), mxfClip.fileUMID) << n;
+            EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), mxfClip.materialUMID)
+                << n;
         }
     }
     // Shorter than the partition pack's label: header failures; cut in the
@@ -231,9 +232,9 @@ TEST(MxfInfoAdapter, ReadsAnyOpenStreamAndLeavesItOpen) {
 
 TEST(MxfInfoAdapter, PatternIsJudgedBeforeTheMetadata) {
     // An OP-1a header followed by nonsense is "not OP-Atom", not a read failure.
-    fixtures::MxfSpec spec = namedSpec();
-    spec.opAtom = false;
-    QByteArray bytes = fixtures::writeMxf(spec).left(124) + QByteArray(2000, '\xff');
+    fixtures::MxfSpec mxfClip = namedSpec();
+    mxfClip.opAtom = false;
+    QByteArray bytes = fixtures::writeMxf(mxfClip).left(124) + QByteArray(2000, '\xff');
     FILE* stream = fmemopen(bytes.data(), size_t(bytes.size()), "rb");
     ASSERT_NE(stream, nullptr);
     TarnAvidMXFInfo::Info info;

@@ -6,6 +6,8 @@ namespace testsupport {
 
 LogCapture::LogCapture() : start_(xConsole::sharedInstance()->contents().size()) {}
 
-QString LogCapture::text() const { return xConsole::sharedInstance()->contents().mid(start_); }
+QString LogCapture::text() const {
+    return xConsole::sharedInstance()->contents().mid(start_);
+}
 
 }  // namespace testsupport

@@ -8,13 +8,13 @@ namespace testsupport {
 
 // The log text appended while an instance lives.
 class LogCapture {
-public:
+  public:
     LogCapture();
     QString text() const;
     bool contains(const QString& needle) const { return text().contains(needle); }
     int count(const QString& needle) const { return text().count(needle); }
 
-private:
+  private:
     qsizetype start_;
 };
 

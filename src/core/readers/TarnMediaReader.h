@@ -10,7 +10,7 @@ class TarnProgressIndicator;
 // What every media file reader answers. Optional operations are announced by
 // `capabilities()`, so the front can tell which ones a reader offers.
 class TarnMediaReader {
-public:
+  public:
     enum Capability : unsigned {
         kNumberOfChildren = 1u << 0,
         kIsItemExpandable = 1u << 1,

@@ -26,7 +26,9 @@ bool TarnMediafile::openFile(const QString& path, TarnProgressIndicator* indicat
     if (path.isEmpty()) return isOpen_;
 
     const QString ext = QFileInfo(path).suffix();
-    auto is = [&](const char* e) { return ext.compare(QLatin1String(e), Qt::CaseInsensitive) == 0; };
+    auto is = [&](const char* e) {
+        return ext.compare(QLatin1String(e), Qt::CaseInsensitive) == 0;
+    };
     std::unique_ptr<TarnMediaReader> reader;
     if (is("mdb")) {
         reader = std::make_unique<TarnOMFI>();

@@ -14,7 +14,7 @@
 //   "mxf"                      -> MXF reader (type 4)
 //   "aaf"                      -> AAF reader, which never succeeds (type 3)
 class TarnMediafile {
-public:
+  public:
     TarnMediafile();
 
     // Stores the reader and recomputes the five capability flags.
@@ -35,7 +35,7 @@ public:
     // The inspector's placeholder row: 0, 0, false, "No File Loaded".
     QStringList rootRow() const;
 
-private:
+  private:
     unsigned type_ = 0;
     std::unique_ptr<TarnMediaReader> dataSource_;
     unsigned flags_ = 0;

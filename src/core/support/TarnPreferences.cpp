@@ -75,9 +75,13 @@ QVariant TarnPreferences::value(const QString& key) const {
     return defaultValue(key);
 }
 
-int TarnPreferences::integer(const QString& key) const { return value(key).toInt(); }
+int TarnPreferences::integer(const QString& key) const {
+    return value(key).toInt();
+}
 
-QString TarnPreferences::string(const QString& key) const { return value(key).toString(); }
+QString TarnPreferences::string(const QString& key) const {
+    return value(key).toString();
+}
 
 void TarnPreferences::setValue(const QString& key, const QVariant& v) {
     {

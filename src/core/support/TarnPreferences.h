@@ -13,7 +13,7 @@
 // process only and is never written. The environment variable TARN_SETTINGS
 // names an INI file to use instead of the user's settings (tests, demos).
 class TarnPreferences {
-public:
+  public:
     static constexpr const char* kShowOnlyExistingFiles = "ShowOnlyExistingFiles";
     static constexpr const char* kScanMDB = "ScanMDB";
     static constexpr const char* kScanMXF = "ScanMXF";
@@ -40,7 +40,7 @@ public:
     // Erases the whole settings domain (the preferences' "reset to defaults").
     void resetToDefaults();
 
-private:
+  private:
     TarnPreferences();
 
     mutable QReadWriteLock lock_;

@@ -4,7 +4,7 @@
 
 // Small helpers shared by the readers, the table and the actions.
 class TarnUtilities {
-public:
+  public:
     // "My%20Clip.mxf" -> "My Clip.mxf"; text without escapes is returned as is.
     static QString stringByRemovingPercentEncoding(const QString& text);
     // "v0.9.0 build 1": the version text shown by the app and `tarn --version`.
