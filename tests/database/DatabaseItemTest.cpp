@@ -2,7 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <cstring>
 
@@ -173,6 +177,62 @@ TEST(ItemPath, NothingOnDiskLeavesTheFlagsFalse) {
     EXPECT_FALSE(noPath.DB_filesize.has_value());
     EXPECT_TRUE(noPath.DB_isPortableFilename);
     EXPECT_TRUE(log.text().isEmpty());
+}
+
+// Looking a file up by name in an open folder gives what the full path gives:
+// a file, an AMA link, nothing, a sub-path, and the names it must not take
+// relative to the folder (empty, absolute).
+TEST(ItemPath, LookupInAnOpenFolderMatchesTheFullPath) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    ASSERT_TRUE(
+        fixtures::writeFile(dir.filePath(QStringLiteral("clip.mxf")), QByteArray(321, 'x')));
+    ASSERT_TRUE(
+        fixtures::writeFile(dir.filePath(QStringLiteral("linked.mov.aaf")), QByteArray(55, 'a')));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("sub")));
+    ASSERT_TRUE(
+        fixtures::writeFile(dir.filePath(QStringLiteral("sub/deep.mxf")), QByteArray(9, 'd')));
+    const QString outside = dir.filePath(QStringLiteral("sub/deep.mxf"));
+    const int fd = ::open(QFile::encodeName(dir.path()).constData(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(fd, 0);
+    for (const QString& name :
+         {QStringLiteral("clip.mxf"), QStringLiteral("linked.mov"), QStringLiteral("gone.mxf"),
+          QStringLiteral("sub/deep.mxf"), QString(), outside}) {
+        TarnDatabaseItem byPath, byName;
+        for (TarnDatabaseItem* item : {&byPath, &byName}) {
+            item->DB_ClipName = name;
+            item->DB_itemPath = dir.path() + QLatin1Char('/') + name;
+        }
+        byPath.validatePath();
+        byName.validatePathAt(fd, name);
+        EXPECT_EQ(byName.DB_FileExists, byPath.DB_FileExists) << name.toStdString();
+        EXPECT_EQ(byName.DB_isValid, byPath.DB_isValid) << name.toStdString();
+        EXPECT_EQ(byName.DB_isValid_initial, byPath.DB_isValid_initial) << name.toStdString();
+        EXPECT_EQ(byName.DB_isAMA, byPath.DB_isAMA) << name.toStdString();
+        EXPECT_EQ(byName.DB_filesize, byPath.DB_filesize) << name.toStdString();
+        EXPECT_EQ(byName.DB_Date, byPath.DB_Date) << name.toStdString();
+        EXPECT_EQ(byName.DB_itemPath, byPath.DB_itemPath) << name.toStdString();
+    }
+    // Spot checks that the cases above really differ.
+    TarnDatabaseItem ama;
+    ama.DB_ClipName = QStringLiteral("linked.mov");
+    ama.DB_itemPath = dir.filePath(ama.DB_ClipName);
+    ama.validatePathAt(fd, ama.DB_ClipName);
+    EXPECT_TRUE(ama.DB_isAMA);
+    EXPECT_EQ(ama.DB_filesize.value_or(0), 55u);
+    TarnDatabaseItem deep;
+    deep.DB_ClipName = QStringLiteral("sub/deep.mxf");
+    deep.DB_itemPath = dir.filePath(deep.DB_ClipName);
+    deep.validatePathAt(fd, deep.DB_ClipName);
+    EXPECT_EQ(deep.DB_filesize.value_or(0), 9u);
+    ::close(fd);
+
+    // Without an open folder the full path is used.
+    TarnDatabaseItem noFolder;
+    noFolder.DB_ClipName = QStringLiteral("clip.mxf");
+    noFolder.DB_itemPath = dir.filePath(noFolder.DB_ClipName);
+    noFolder.validatePathAt(-1, noFolder.DB_ClipName);
+    EXPECT_EQ(noFolder.DB_filesize.value_or(0), 321u);
 }
 
 TEST(ItemPath, PortableNameBoundaries) {

@@ -64,10 +64,13 @@ bool isPortableChar(char16_t c) {
 // which the scanner threads would queue on; the display converts.
 // Creation date: the birth time where the file system keeps one, else the
 // status-change time, else the modification time.
-bool statFile(const QString& path, quint64& size, QDateTime& created) {
+// The file is looked up as `lookup` relative to dirFd (AT_FDCWD for a full
+// path); `path` is its full path, for systems without statx.
+bool statFile(int dirFd, const QString& lookup, const QString& path, quint64& size,
+              QDateTime& created) {
     struct statx sx;
-    const QByteArray native = QFile::encodeName(path);
-    if (::statx(AT_FDCWD, native.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &sx) != 0) {
+    const QByteArray native = QFile::encodeName(lookup);
+    if (::statx(dirFd, native.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &sx) != 0) {
         if (errno != ENOSYS) return false;
         QFileInfo info(path);
         if (!info.exists()) return false;
@@ -257,6 +260,19 @@ bool TarnDatabaseItem::checkUUID() {
 }
 
 void TarnDatabaseItem::validatePath() {
+    validateLookingUp(AT_FDCWD, DB_itemPath);
+}
+
+void TarnDatabaseItem::validatePathAt(int dirFd, const QString& name) {
+    // An absolute name would escape the folder that DB_itemPath names.
+    if (dirFd < 0 || name.isEmpty() || name.startsWith(QLatin1Char('/'))) {
+        validatePath();
+        return;
+    }
+    validateLookingUp(dirFd, name);
+}
+
+void TarnDatabaseItem::validateLookingUp(int dirFd, const QString& lookup) {
     DB_isValid_initial = false;
     DB_isValid = false;
     // An empty path would otherwise look up ".aaf" in the working folder.
@@ -264,7 +280,7 @@ void TarnDatabaseItem::validatePath() {
 
     quint64 size = 0;
     QDateTime created;
-    if (statFile(DB_itemPath, size, created)) {
+    if (statFile(dirFd, lookup, DB_itemPath, size, created)) {
         DB_FileExists = true;
         DB_isValid_initial = true;
         DB_isValid = true;

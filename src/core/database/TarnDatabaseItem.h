@@ -57,6 +57,11 @@ class TarnDatabaseItem {
     // Looks the file up on disk: existence, size, creation date, the AMA
     // fallback (path + ".aaf") and the portable-name check.
     void validatePath();
+    // The same check with the file looked up by name in an open folder
+    // (dirFd), which spares the kernel a walk of the full path for every
+    // file of a media folder. DB_itemPath must already be that folder's path
+    // plus name; without a folder or a name it is validatePath().
+    void validatePathAt(int dirFd, const QString& name);
     // Completes an index record from its own media file (MXF only).
     void addinfoToItemFromCorrespondingFile();
     void checkForAudioTypeByExtension();
@@ -131,6 +136,7 @@ class TarnDatabaseItem {
     QString DB_CompressionString;
 
   private:
+    void validateLookingUp(int dirFd, const QString& lookup);
     bool readsOwnMxfFile() const;
     void readOwnMediaFile();
 

@@ -1,8 +1,12 @@
 #include "TarnPMRScannerOperation.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSet>
 #include <QUrl>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "PMRFile.h"
 #include "TarnCore.h"
@@ -18,6 +22,22 @@
 namespace {
 // Above this many entries a media folder slows the editing system down.
 constexpr qsizetype kLargeFolder = 4001;
+
+// The media folder held open while its files are looked up by name.
+class FolderHandle {
+  public:
+    explicit FolderHandle(const QString& folder)
+        : fd_(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+    ~FolderHandle() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    FolderHandle(const FolderHandle&) = delete;
+    FolderHandle& operator=(const FolderHandle&) = delete;
+    int fd() const { return fd_; }
+
+  private:
+    int fd_;
+};
 }  // namespace
 
 TarnPMRScannerOperation::TarnPMRScannerOperation() {
@@ -77,6 +97,7 @@ void TarnPMRScannerOperation::main() {
         return;
     }
 
+    const FolderHandle folderHandle(folder);
     QList<TarnFolderReader::Entry> entries;
     TarnFolderReader::list(folder, entries);
     if (entries.size() >= kLargeFolder) {
@@ -103,7 +124,7 @@ void TarnPMRScannerOperation::main() {
     quint32 counter = 0;
     while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
         item->DB_itemPath = base + item->DB_ClipName;
-        item->validatePath();
+        item->validatePathAt(folderHandle.fd(), item->DB_ClipName);
         // An AMA link's path now ends in ".aaf": that name is accounted for.
         const QString& path = item->DB_itemPath;
         accounted.insert(
@@ -141,7 +162,7 @@ void TarnPMRScannerOperation::main() {
         if (entry.isDir || accounted.contains(entry.name)) continue;
         auto item = std::make_shared<TarnDatabaseItem>();
         item->setupWithUnrefFile(folder, entry.name);
-        item->validatePath();
+        item->validatePathAt(folderHandle.fd(), entry.name);
         if (mdb) completeFromMdb(item.get());
         result.append(std::move(item));
     }
