@@ -42,7 +42,7 @@ QString extensionOf(const QString& path) {
 
 // The first four UTF-16 units of a text as one number that orders like the
 // text itself (a shorter text pads with zeros); equal heads need the full text.
-quint64 textHead(const QString& text) {
+quint64 textHead(QStringView text) {
     quint64 head = 0;
     for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
     return head;
@@ -430,45 +430,72 @@ void TarnCore::SortDefault() {
     if (items_.isEmpty()) return;
     // A database holds few projects: each gets its rank in the plain text
     // order once, so most comparisons are of two numbers and a file name.
-    QHash<QString, quint32> rankOf;
-    std::vector<quint32> ranks(size_t(items_.size()), 0);
+    // The sort moves small records that point into the items, not the items.
+    const QString nullName = TarnDatabaseItem::GetProjectNameNull();
+    const QString emptyName = TarnDatabaseItem::GetProjectNameEmpty();
+    auto projectOf = [&](const TarnDatabaseItem& item) -> const QString& {
+        if (item.DB_ProjectName.isNull()) return nullName;
+        if (item.DB_ProjectName.isEmpty()) return emptyName;
+        return item.DB_ProjectName;
+    };
+    const size_t count = size_t(items_.size());
+    std::vector<quint32> projectIds(count, 0);
+    std::vector<quint32> rankOfId;
     {
+        QHash<QString, quint32> idOf;
         QStringList names;
-        for (const auto& item : std::as_const(items_)) {
+        for (size_t i = 0; i < count; ++i) {
+            const TarnDatabaseItem* item = items_[qsizetype(i)].get();
             if (!item) continue;
-            const QString name = item->get_DB_ProjectName();
-            if (!rankOf.contains(name)) {
-                rankOf.insert(name, 0);
+            const QString& name = projectOf(*item);
+            auto it = idOf.constFind(name);
+            if (it == idOf.cend()) {
+                it = idOf.insert(name, quint32(names.size()));
                 names.append(name);
             }
+            projectIds[i] = it.value();
         }
-        std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
-            return QString::compare(a, b, Qt::CaseSensitive) < 0;
+        std::vector<quint32> byName(size_t(names.size()));
+        for (size_t r = 0; r < byName.size(); ++r) byName[r] = quint32(r);
+        std::sort(byName.begin(), byName.end(), [&](quint32 a, quint32 b) {
+            return QString::compare(names[a], names[b], Qt::CaseSensitive) < 0;
         });
-        for (qsizetype r = 0; r < names.size(); ++r) rankOf[names[r]] = quint32(r);
+        rankOfId.resize(byName.size());
+        for (size_t r = 0; r < byName.size(); ++r) rankOfId[byName[r]] = quint32(r);
     }
     struct Entry {
         quint32 rank;
+        quint32 index;
         bool present;
         quint64 head;  // the name's first four characters, in order
-        const QString* clipName;
-        TarnItemPtr item;
+        quint64 next;  // and the four after them
+        QStringView clipName;
     };
     std::vector<Entry> entries;
-    entries.reserve(size_t(items_.size()));
-    for (auto& item : items_) {
-        const quint32 rank = item ? rankOf.value(item->get_DB_ProjectName()) : 0;
-        const QString* name = item ? &item->DB_ClipName : nullptr;
-        entries.push_back({rank, bool(item), name ? textHead(*name) : 0, name, std::move(item)});
+    entries.reserve(count);
+    for (size_t i = 0; i < count; ++i) {
+        const TarnDatabaseItem* item = items_[qsizetype(i)].get();
+        if (!item) {
+            entries.push_back({0, quint32(i), false, 0, 0, QStringView()});
+            continue;
+        }
+        const QString& name = item->DB_ClipName;
+        entries.push_back({rankOfId[projectIds[i]], quint32(i), true, textHead(name),
+                           name.size() > 4 ? textHead(QStringView(name).mid(4)) : 0,
+                           QStringView(name)});
     }
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
         if (!a.present) return false;
         if (!b.present) return true;
         if (a.rank != b.rank) return a.rank < b.rank;
         if (a.head != b.head) return a.head < b.head;
-        return QString::compare(*a.clipName, *b.clipName, Qt::CaseSensitive) < 0;
+        if (a.next != b.next) return a.next < b.next;
+        return a.clipName.compare(b.clipName, Qt::CaseSensitive) < 0;
     });
-    for (size_t i = 0; i < entries.size(); ++i) items_[qsizetype(i)] = std::move(entries[i].item);
+    QList<TarnItemPtr> ordered;
+    ordered.reserve(items_.size());
+    for (const Entry& e : entries) ordered.append(std::move(items_[qsizetype(e.index)]));
+    items_ = std::move(ordered);
     invalidateCaches();
     sorted_.resize(items_.size());
     for (qsizetype i = 0; i < items_.size(); ++i) sorted_[i] = quint32(i);
