@@ -40,6 +40,16 @@ QString extensionOf(const QString& path) {
     return path.mid(dot + 1);
 }
 
+// The item's project name as get_DB_ProjectName gives it, without a copy:
+// the passes over every item stay clear of the name's reference count.
+const QString& projectNameOf(const TarnDatabaseItem& item) {
+    static const QString nullName = TarnDatabaseItem::GetProjectNameNull();
+    static const QString emptyName = TarnDatabaseItem::GetProjectNameEmpty();
+    if (item.DB_ProjectName.isNull()) return nullName;
+    if (item.DB_ProjectName.isEmpty()) return emptyName;
+    return item.DB_ProjectName;
+}
+
 // The first four UTF-16 units of a text as one number that orders like the
 // text itself (a shorter text pads with zeros); equal heads need the full text.
 quint64 textHead(QStringView text) {
@@ -320,7 +330,7 @@ void TarnCore::refreshProjectCache() {
     projectOf_.assign(size_t(items_.size()), nullptr);
     if (!projectByName_.isEmpty()) {
         for (qsizetype i = 0; i < items_.size(); ++i) {
-            const auto found = projectByName_.constFind(items_[i]->get_DB_ProjectName());
+            const auto found = projectByName_.constFind(projectNameOf(*items_[i]));
             if (found != projectByName_.constEnd()) projectOf_[size_t(i)] = found->get();
         }
     }
@@ -431,13 +441,6 @@ void TarnCore::SortDefault() {
     // A database holds few projects: each gets its rank in the plain text
     // order once, so most comparisons are of two numbers and a file name.
     // The sort moves small records that point into the items, not the items.
-    const QString nullName = TarnDatabaseItem::GetProjectNameNull();
-    const QString emptyName = TarnDatabaseItem::GetProjectNameEmpty();
-    auto projectOf = [&](const TarnDatabaseItem& item) -> const QString& {
-        if (item.DB_ProjectName.isNull()) return nullName;
-        if (item.DB_ProjectName.isEmpty()) return emptyName;
-        return item.DB_ProjectName;
-    };
     const size_t count = size_t(items_.size());
     std::vector<quint32> projectIds(count, 0);
     std::vector<quint32> rankOfId;
@@ -447,7 +450,7 @@ void TarnCore::SortDefault() {
         for (size_t i = 0; i < count; ++i) {
             const TarnDatabaseItem* item = items_[qsizetype(i)].get();
             if (!item) continue;
-            const QString& name = projectOf(*item);
+            const QString& name = projectNameOf(*item);
             auto it = idOf.constFind(name);
             if (it == idOf.cend()) {
                 it = idOf.insert(name, quint32(names.size()));
@@ -530,7 +533,7 @@ void TarnCore::prepareProjectsSummary() {
     projectOf_.assign(size_t(items_.size()), nullptr);
     for (qsizetype i = 0; i < items_.size(); ++i) {
         const TarnDatabaseItem* item = items_[i].get();
-        const QString name = item->get_DB_ProjectName();
+        const QString& name = projectNameOf(*item);
         auto found = projectByName_.find(name);
         const bool counted = item->DB_isValid && filter.itemPassFilter(item);
         if (found == projectByName_.end()) {
@@ -545,7 +548,7 @@ void TarnCore::prepareProjectsSummary() {
     // A project made for a later item is missed by earlier ones of its name.
     for (qsizetype i = 0; i < items_.size(); ++i) {
         if (projectOf_[size_t(i)]) continue;
-        const auto found = projectByName_.constFind(items_[i]->get_DB_ProjectName());
+        const auto found = projectByName_.constFind(projectNameOf(*items_[i]));
         if (found != projectByName_.constEnd()) projectOf_[size_t(i)] = found->get();
     }
     projectCacheValid_ = true;
