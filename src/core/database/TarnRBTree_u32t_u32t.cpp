@@ -21,6 +21,8 @@ void TarnRBTree_u32t_u32t::linkSentinel() {
     m_sentinel.NodeMiddle = nil();
     m_root = nil();
     m_cursor = nil();
+    m_rightmost = nullptr;
+    m_maxKey = 0;
     m_walkSteps = 0;
 }
 
@@ -46,6 +48,8 @@ TarnTreeNode32t* TarnRBTree_u32t_u32t::TreeInsert(quint32 key, quint32 value) {
         Node* node = makeNode(key, value, s);
         if (node == nullptr) return nullptr;
         m_root = node;
+        m_rightmost = node;
+        m_maxKey = key;
         ++m_nodeCount;
         Links::insertRepair(m_root, s, node);
         return node;
@@ -56,7 +60,9 @@ TarnTreeNode32t* TarnRBTree_u32t_u32t::TreeInsert(quint32 key, quint32 value) {
     // and counts as the "equal" node.
     Node* equal = nullptr;
     Node* parent = s;
-    if (m_root->key > key) {
+    if (m_rightmost != nullptr && key >= m_maxKey) {
+        parent = m_rightmost;
+    } else if (m_root->key > key) {
         equal = m_root;
     } else {
         Node* n = m_root;
@@ -82,6 +88,7 @@ TarnTreeNode32t* TarnRBTree_u32t_u32t::TreeInsert(quint32 key, quint32 value) {
     if (node == nullptr) return nullptr;
     if (equal != nullptr) ++m_equalNodeCount;
     ++m_nodeCount;
+    if (key > m_maxKey) m_maxKey = key;
     if (m_allowEQkeys && parent->key == key) {
         parent->NodeMiddle = node;  // replaces an existing middle link
         return node;
@@ -90,6 +97,7 @@ TarnTreeNode32t* TarnRBTree_u32t_u32t::TreeInsert(quint32 key, quint32 value) {
         parent->NodeLeft = node;  // replaces an existing left child
     } else {
         parent->NodeRight = node;
+        if (parent == m_rightmost) m_rightmost = node;
     }
     Links::insertRepair(m_root, s, node);
     return node;
@@ -163,4 +171,5 @@ void TarnRBTree_u32t_u32t::TreeSetNil() {
     m_sentinel.NodeParent = nullptr;
     m_root = nullptr;
     m_cursor = nullptr;
+    m_rightmost = nullptr;
 }

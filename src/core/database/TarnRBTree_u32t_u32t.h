@@ -60,6 +60,11 @@ class TarnRBTree_u32t_u32t {
     Node m_sentinel{};
     Node* m_root = nullptr;
     Node* m_cursor = nullptr;
+    // The end of the right spine, and the greatest key inserted: a key at
+    // least that great walks the whole spine, so it goes straight there.
+    // Rotations keep the spine's end in place.
+    Node* m_rightmost = nullptr;
+    quint32 m_maxKey = 0;
     bool m_allowEQkeys = true;
     quint64 m_nodeCount = 0;
     quint64 m_equalNodeCount = 0;
