@@ -379,24 +379,27 @@ void TarnActionOperation::countFailure(const TarnFileCopier::Result& result) {
     if (!result.cancelled && !isCancelled()) ++filesFailed_;
 }
 
+QString TarnActionOperation::beginItemTurn(const TarnDatabaseItem& item, const QString& verb) {
+    ++itemsDone_;
+    if (!isCancelled()) sendStatusUpdate();
+    const QString folder = targetFolderForItem(item);
+    if (areSourceAndTargetEqual(item.DB_itemPath, folder)) {
+        log(QStringLiteral("%1 :: SKIPPING - the same src&dst :: %2 :: %3 \n")
+                .arg(timestamp(), verb, item.DB_itemPath));
+        countItemDone(item);
+        return QString();
+    }
+    if (folder.isNull()) countItemDone(item);
+    return folder;
+}
+
 void TarnActionOperation::copyAction() {
     for (const TarnItemPtr& itemPtr : *properties_.items) {
         if (isCancelled()) return;
         if (!itemPtr) continue;
         TarnDatabaseItem& item = *itemPtr;
-        ++itemsDone_;
-        if (!isCancelled()) sendStatusUpdate();
-        const QString folder = targetFolderForItem(item);
-        if (areSourceAndTargetEqual(item.DB_itemPath, folder)) {
-            log(QStringLiteral("%1 :: SKIPPING - the same src&dst :: copy :: %2 \n")
-                    .arg(timestamp(), item.DB_itemPath));
-            countItemDone(item);
-            continue;
-        }
-        if (folder.isNull()) {
-            countItemDone(item);
-            continue;
-        }
+        const QString folder = beginItemTurn(item, QStringLiteral("copy"));
+        if (folder.isNull()) continue;
         const bool ok = createTargetDirWithURL(folder, item.DB_itemPath);
         const QString target = folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();
         log(QStringLiteral("%1 :: STARTING ::\n:: copy\nfrom :: %2 \nto :: %3\n")
@@ -442,19 +445,8 @@ void TarnActionOperation::moveAction() {
         if (isCancelled()) return;
         if (!itemPtr) continue;
         TarnDatabaseItem& item = *itemPtr;
-        ++itemsDone_;
-        if (!isCancelled()) sendStatusUpdate();
-        const QString folder = targetFolderForItem(item);
-        if (areSourceAndTargetEqual(item.DB_itemPath, folder)) {
-            log(QStringLiteral("%1 :: SKIPPING - the same src&dst :: move :: %2 \n")
-                    .arg(timestamp(), item.DB_itemPath));
-            countItemDone(item);
-            continue;
-        }
-        if (folder.isNull()) {
-            countItemDone(item);
-            continue;
-        }
+        const QString folder = beginItemTurn(item, QStringLiteral("move"));
+        if (folder.isNull()) continue;
         const bool ok = createTargetDirWithURL(folder, item.DB_itemPath);
         const bool sameVolume = areURLsOnTheSameVolume(item.DB_itemPath, folder);
         const QString target = folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();

@@ -100,6 +100,10 @@ class TarnActionOperation : public QObject {
     void sendWillStart();
     void sendDidFinish();
     void countItemDone(const TarnDatabaseItem& item);
+    // The start of a copy or move turn: counts it, reports progress and
+    // returns the target folder, or null when the item needs no work (then
+    // its bytes are already counted).
+    QString beginItemTurn(const TarnDatabaseItem& item, const QString& verb);
     int askNoYesYesToAll(const QString& message, const QString& detail);
     void showErrorDialog(const QString& message, const QString& detail);
     bool removeItemAtURL(const QString& path, QString* error);
