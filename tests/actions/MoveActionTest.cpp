@@ -51,6 +51,22 @@ struct MoveFixture : ::testing::Test {
     }
 };
 
+TEST_F(MoveFixture, MoveIntoItsOwnFolderIsSkippedButCountedAndLeavesTheFile) {
+    TarnItemPtr a = file(QStringLiteral("A.mxf"));
+    TarnActionOptions o = options({a});
+    o.Destination = src();
+    o.Create_projects_folders = o.Create_mxf_folders = false;
+    TarnActionOperation op(o);
+    op.start();
+    EXPECT_TRUE(untimed(op.actionLog())
+                    .contains(QStringLiteral("T :: SKIPPING - the same src&dst :: move :: %1 \n")
+                                  .arg(a->DB_itemPath)));
+    EXPECT_FALSE(op.actionLog().contains(QStringLiteral("STARTING")));
+    EXPECT_EQ(op.BytesDone(), 4096u);
+    EXPECT_TRUE(QFileInfo::exists(a->DB_itemPath));
+    EXPECT_TRUE(a->DB_FileExists);
+}
+
 TEST_F(MoveFixture, FastMoveOnOneVolumeLogsNoDoneAndMarksTheItemMissing) {
     QDir().mkpath(dst());
     TarnItemPtr a = file(QStringLiteral("A.mxf"));
