@@ -5,7 +5,7 @@
 
 #include "ActionCommand.h"
 #include "DemoCommand.h"
-#include "InspectCommand.h"
+#include "FileReportCommand.h"
 #include "ScanCommand.h"
 #include "TarnUtilities.h"
 
@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     if (command == QLatin1String("copy") || command == QLatin1String("move") ||
         command == QLatin1String("delete"))
         return ActionCommand::run(command, args);
-    if (command == QLatin1String("inspect")) return InspectCommand::run(args);
+    if (command == QLatin1String("inspect")) return FileReportCommand::run(args);
     std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(command), kUsage);
     return 2;
 }

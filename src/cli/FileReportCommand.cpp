@@ -1,4 +1,4 @@
-#include "InspectCommand.h"
+#include "FileReportCommand.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -195,7 +195,7 @@ QString orNone(const QJsonValue& value) {
 
 }  // namespace
 
-QJsonObject InspectCommand::inspect(const QString& path) {
+QJsonObject FileReportCommand::inspect(const QString& path) {
     QJsonObject facts;
     facts.insert(QStringLiteral("path"), path);
     const QFileInfo info(path);
@@ -211,7 +211,7 @@ QJsonObject InspectCommand::inspect(const QString& path) {
     return failure(facts, QStringLiteral("no reader takes this file"));
 }
 
-QString InspectCommand::humanText(const QJsonObject& f) {
+QString FileReportCommand::humanText(const QJsonObject& f) {
     const QString kind = f.value(QStringLiteral("kind")).toString();
     QString out = f.value(QStringLiteral("path")).toString() + QLatin1Char('\n');
     auto num = [&](const char* key) {
@@ -275,7 +275,7 @@ QString InspectCommand::humanText(const QJsonObject& f) {
     return out;
 }
 
-int InspectCommand::run(const QStringList& args) {
+int FileReportCommand::run(const QStringList& args) {
     bool json = false;
     QStringList paths;
     for (const QString& arg : args) {

@@ -29,7 +29,7 @@ struct InspectRun {
     }
 };
 
-class InspectCommandTest : public ::testing::Test {
+class FileReportCommandTest : public ::testing::Test {
   protected:
     InspectRun inspect(const QStringList& args) {
         QProcess process;
@@ -62,7 +62,7 @@ class InspectCommandTest : public ::testing::Test {
     QTemporaryDir dir;
 };
 
-TEST_F(InspectCommandTest, ShowsTheHeaderAndEveryEntryOfAnIndex) {
+TEST_F(FileReportCommandTest, ShowsTheHeaderAndEveryEntryOfAnIndex) {
     const InspectRun run =
         inspect({write(QStringLiteral("msmFMID.pmr"), fixtures::writePmr(entries()))});
     EXPECT_EQ(run.exitCode, 0) << qPrintable(run.err);
@@ -79,7 +79,7 @@ TEST_F(InspectCommandTest, ShowsTheHeaderAndEveryEntryOfAnIndex) {
         << qPrintable(run.out);
 }
 
-TEST_F(InspectCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
+TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     auto damaged = entries();
     damaged[1].projectLength = 65;
     const QString pmr = write(QStringLiteral("msmFMID.pmr"), fixtures::writePmr(damaged, 2, true));
@@ -151,7 +151,7 @@ TEST_F(InspectCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
               QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(mxfClip.materialUMID).toHex()));
 }
 
-TEST_F(InspectCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAreShown) {
+TEST_F(FileReportCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAreShown) {
     const QString text = write(QStringLiteral("notes.txt"), QByteArray("not media\n"));
     const QString shortPmr =
         write(QStringLiteral("amaFMID.pmr"), fixtures::writePmr(entries()).left(29));
@@ -176,7 +176,7 @@ TEST_F(InspectCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAreSho
     EXPECT_FALSE(files[1].toObject().contains(QStringLiteral("error")));
 }
 
-TEST_F(InspectCommandTest, IndexesAndBinsAreKnownByTheirFirstBytes) {
+TEST_F(FileReportCommandTest, IndexesAndBinsAreKnownByTheirFirstBytes) {
     const QString pmr = write(QStringLiteral("index.dat"), fixtures::writePmr(entries(), 8, true));
     const QString bin = write(QStringLiteral("reel-copy"), fixtures::writeBin({1, 2}));
     const InspectRun run = inspect({QStringLiteral("--json"), pmr, bin});
@@ -188,7 +188,7 @@ TEST_F(InspectCommandTest, IndexesAndBinsAreKnownByTheirFirstBytes) {
     EXPECT_EQ(files[1].toObject()[QStringLiteral("kind")].toString(), QStringLiteral("bin"));
 }
 
-TEST_F(InspectCommandTest, UsageErrors) {
+TEST_F(FileReportCommandTest, UsageErrors) {
     EXPECT_EQ(inspect({}).exitCode, 2);
     const InspectRun unknown = inspect({QStringLiteral("--nope"), QStringLiteral("x.pmr")});
     EXPECT_EQ(unknown.exitCode, 2);

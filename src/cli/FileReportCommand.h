@@ -14,7 +14,7 @@
 // files and bins). A file that no reader takes gets one line on stderr (in
 // JSON an entry with "error"); the others are still shown. Exit status: 0, 1
 // when some file was not taken, 2 for a usage error.
-class InspectCommand {
+class FileReportCommand {
   public:
     static int run(const QStringList& args);
 
