@@ -17,8 +17,8 @@
 
 #include <unistd.h>
 
-#include "TarnActionOperation.h"
-#include "TarnDatabaseItem.h"
+#include "actions/TarnActionOperation.h"
+#include "items/TarnDatabaseItem.h"
 
 namespace {
 

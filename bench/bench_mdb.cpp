@@ -15,9 +15,9 @@
 
 #include "FixtureFiles.h"
 #include "MdbWriter.h"
-#include "TarnDatabaseItem.h"
-#include "TarnOMFI.h"
-#include "TarnRBTree_u32t_u32t.h"
+#include "items/TarnDatabaseItem.h"
+#include "items/TarnRBTree_u32t_u32t.h"
+#include "readers/TarnOMFI.h"
 
 namespace {
 

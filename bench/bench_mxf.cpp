@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "MxfWriter.h"
-#include "TarnDatabaseItem.h"
-#include "TarnMXF.h"
-#include "xConsole.h"
+#include "items/TarnDatabaseItem.h"
+#include "log/xConsole.h"
+#include "readers/TarnMXF.h"
 
 namespace {
 

@@ -23,9 +23,9 @@
 #include "MdbWriter.h"
 #include "MxfWriter.h"
 #include "PmrWriter.h"
-#include "TarnCore.h"
-#include "TarnFilter.h"
-#include "TarnScanner.h"
+#include "database/TarnCore.h"
+#include "database/TarnFilter.h"
+#include "database/TarnScanner.h"
 
 namespace {
 

@@ -20,8 +20,8 @@
 #include <malloc.h>
 #endif
 
-#include "TarnRBTree.h"
-#include "TarnRBTree_u32t_u32t.h"
+#include "items/TarnRBTree.h"
+#include "items/TarnRBTree_u32t_u32t.h"
 
 namespace {
 

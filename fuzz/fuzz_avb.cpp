@@ -2,8 +2,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "AVBFile.h"
-#include "xConsole.h"
+#include "log/xConsole.h"
+#include "readers/AVBFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     AVBFile bin;

@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "TarnAvidMXFInfo.h"
-#include "TarnDatabaseItem.h"
-#include "TarnMXF.h"
-#include "xConsole.h"
+#include "items/TarnDatabaseItem.h"
+#include "log/xConsole.h"
+#include "readers/TarnAvidMXFInfo.h"
+#include "readers/TarnMXF.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <cstdint>
 
 #include "OmfSeeds.h"
-#include "TarnDatabaseItem.h"
-#include "TarnOMFI.h"
-#include "xConsole.h"
+#include "items/TarnDatabaseItem.h"
+#include "log/xConsole.h"
+#include "readers/TarnOMFI.h"
 
 namespace {
 

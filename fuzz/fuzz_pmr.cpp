@@ -2,8 +2,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "PMRFile.h"
-#include "xConsole.h"
+#include "log/xConsole.h"
+#include "readers/PMRFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     PMRFile pmr;

@@ -16,11 +16,11 @@
 #include "CliQuestions.h"
 #include "ScanCommand.h"
 #include "SelectionOptions.h"
-#include "TarnActionOperation.h"
-#include "TarnCore.h"
-#include "TarnFileSize.h"
-#include "TarnNewActionRules.h"
-#include "xConsole.h"
+#include "actions/TarnActionOperation.h"
+#include "actions/TarnNewActionRules.h"
+#include "database/TarnCore.h"
+#include "items/TarnFileSize.h"
+#include "log/xConsole.h"
 
 namespace {
 

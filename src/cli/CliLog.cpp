@@ -2,7 +2,7 @@
 
 #include <QFile>
 
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 CliLog::~CliLog() {
     close();

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "TarnAlert.h"
+#include "actions/TarnAlert.h"
 
 // Answers the actions' questions for the command-line tool: on a terminal it
 // shows the message, the detail and the buttons on stderr and reads the

@@ -9,7 +9,7 @@
 #include "DemoVolume.h"
 #include "ScanCommand.h"
 #include "SelectionOptions.h"
-#include "TarnCore.h"
+#include "database/TarnCore.h"
 
 QString DemoCommand::defaultFolder() {
     // The binary lives in <build>/src; the demo volume goes next to <build>.

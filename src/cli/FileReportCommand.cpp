@@ -8,12 +8,12 @@
 
 #include <cstdio>
 
-#include "AVBFile.h"
-#include "PMRFile.h"
-#include "TarnAvidMXFInfo.h"
-#include "TarnMXF.h"
-#include "TarnMediafile.h"
-#include "TarnOMFI.h"
+#include "readers/AVBFile.h"
+#include "readers/PMRFile.h"
+#include "readers/TarnAvidMXFInfo.h"
+#include "readers/TarnMXF.h"
+#include "readers/TarnMediafile.h"
+#include "readers/TarnOMFI.h"
 
 namespace {
 

@@ -9,14 +9,14 @@
 
 #include "CliLog.h"
 #include "SelectionOptions.h"
-#include "TarnColumns.h"
-#include "TarnCore.h"
-#include "TarnExport.h"
-#include "TarnExportTable.h"
-#include "TarnFileSize.h"
-#include "TarnJsonReport.h"
 #include "TextTable.h"
-#include "xConsole.h"
+#include "database/TarnCore.h"
+#include "items/TarnFileSize.h"
+#include "log/xConsole.h"
+#include "report/TarnColumns.h"
+#include "report/TarnExport.h"
+#include "report/TarnExportTable.h"
+#include "report/TarnJsonReport.h"
 
 namespace {
 

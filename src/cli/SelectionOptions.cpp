@@ -10,13 +10,13 @@
 #include <mutex>
 #include <thread>
 
-#include "TarnColumns.h"
-#include "TarnCore.h"
-#include "TarnFilter.h"
-#include "TarnPreferences.h"
-#include "TarnScanner.h"
-#include "TarnScannerQueue.h"
-#include "TarnStatusViewController.h"
+#include "database/TarnCore.h"
+#include "database/TarnFilter.h"
+#include "database/TarnScanner.h"
+#include "database/TarnScannerQueue.h"
+#include "report/TarnColumns.h"
+#include "status/TarnStatusViewController.h"
+#include "support/TarnPreferences.h"
 
 bool SelectionOptions::parse(const QStringList& args, QStringList* rest, QString* error,
                              const QSet<QString>& callerValueOptions) {

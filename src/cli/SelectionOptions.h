@@ -7,8 +7,8 @@
 
 #include <functional>
 
-#include "TarnDatabaseItem.h"
-#include "TarnSortDescriptor.h"
+#include "database/TarnSortDescriptor.h"
+#include "items/TarnDatabaseItem.h"
 
 class TarnCore;
 

@@ -7,7 +7,7 @@
 #include "DemoCommand.h"
 #include "FileReportCommand.h"
 #include "ScanCommand.h"
-#include "TarnUtilities.h"
+#include "support/TarnUtilities.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "ActionTestKit.h"
 #include "DemoVolume.h"
-#include "TarnFileCopier.h"
+#include "actions/TarnFileCopier.h"
 
 using namespace actiontest;
 

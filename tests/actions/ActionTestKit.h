@@ -18,8 +18,8 @@
 
 #include <gtest/gtest.h>
 
-#include "TarnAlert.h"
-#include "TarnDatabaseItem.h"
+#include "actions/TarnAlert.h"
+#include "items/TarnDatabaseItem.h"
 
 // Readable failure messages for texts.
 inline void PrintTo(const QString& text, std::ostream* os) {

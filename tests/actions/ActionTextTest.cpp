@@ -1,9 +1,9 @@
 #include <QTemporaryDir>
 
 #include "ActionTestKit.h"
-#include "TarnAction.h"
-#include "TarnActionOperation.h"
-#include "TarnNewActionRules.h"
+#include "actions/TarnAction.h"
+#include "actions/TarnActionOperation.h"
+#include "actions/TarnNewActionRules.h"
 
 using namespace actiontest;
 

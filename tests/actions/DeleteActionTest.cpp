@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include "ActionTestKit.h"
-#include "TarnActionOperation.h"
 #include "TestSupport.h"
+#include "actions/TarnActionOperation.h"
 
 using namespace actiontest;
 

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "ActionTestKit.h"
-#include "TarnActionOperation.h"
-#include "TarnFileCopier.h"
+#include "actions/TarnActionOperation.h"
+#include "actions/TarnFileCopier.h"
 
 using namespace actiontest;
 

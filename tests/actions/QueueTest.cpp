@@ -5,8 +5,8 @@
 #include <atomic>
 
 #include "ActionTestKit.h"
-#include "TarnActionManager.h"
-#include "TarnActionOperation.h"
+#include "actions/TarnActionManager.h"
+#include "actions/TarnActionOperation.h"
 
 using namespace actiontest;
 

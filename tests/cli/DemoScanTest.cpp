@@ -6,8 +6,8 @@
 
 #include "CliRun.h"
 #include "DemoVolume.h"
-#include "TarnDatabaseItem.h"
-#include "TarnVocabulary.h"
+#include "items/TarnDatabaseItem.h"
+#include "items/TarnVocabulary.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include "MdbWriter.h"
 #include "MxfWriter.h"
 #include "PmrWriter.h"
-#include "TarnMXF.h"
 #include "Umid.h"
+#include "readers/TarnMXF.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include "CliRun.h"
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
-#include "TarnColumns.h"
 #include "Umid.h"
+#include "report/TarnColumns.h"
 
 namespace {
 

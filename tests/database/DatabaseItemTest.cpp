@@ -11,8 +11,8 @@
 #include <cstring>
 
 #include "FixtureFiles.h"
-#include "TarnDatabaseItem.h"
 #include "TestSupport.h"
+#include "items/TarnDatabaseItem.h"
 
 namespace {
 

@@ -11,11 +11,11 @@
 
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
-#include "TarnCore.h"
-#include "TarnDatabaseItem.h"
-#include "TarnFilter.h"
-#include "TarnPreferences.h"
-#include "TarnStatusViewController.h"
+#include "database/TarnCore.h"
+#include "database/TarnFilter.h"
+#include "items/TarnDatabaseItem.h"
+#include "status/TarnStatusViewController.h"
+#include "support/TarnPreferences.h"
 
 #include <ostream>
 

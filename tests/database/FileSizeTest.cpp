@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "TarnFileSize.h"
+#include "items/TarnFileSize.h"
 
 TEST(FileSize, DecimalTextAtTheBoundaries) {
     EXPECT_EQ(TarnFileSize::toHumanBytes(0), "0 byte");

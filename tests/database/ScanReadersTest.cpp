@@ -4,9 +4,9 @@
 #include "DatabaseTestSupport.h"
 #include "MdbWriter.h"
 #include "MxfWriter.h"
-#include "TarnScanner.h"
-#include "TarnVocabulary.h"
 #include "TestSupport.h"
+#include "database/TarnScanner.h"
+#include "items/TarnVocabulary.h"
 
 using fixtures::makePmrEntry;
 

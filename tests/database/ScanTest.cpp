@@ -7,12 +7,12 @@
 #include <thread>
 
 #include "DatabaseTestSupport.h"
-#include "TarnPMRScannerOperation.h"
-#include "TarnScanner.h"
-#include "TarnVocabulary.h"
-#include "TarnVolumeSelector.h"
 #include "TestSupport.h"
 #include "Umid.h"
+#include "database/TarnPMRScannerOperation.h"
+#include "database/TarnScanner.h"
+#include "items/TarnVocabulary.h"
+#include "status/TarnVolumeSelector.h"
 
 using fixtures::makePmrEntry;
 

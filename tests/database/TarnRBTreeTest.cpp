@@ -6,8 +6,8 @@
 #include <set>
 #include <vector>
 
-#include "TarnRBTree.h"
 #include "TreeShapeCheck.h"
+#include "items/TarnRBTree.h"
 
 namespace {
 

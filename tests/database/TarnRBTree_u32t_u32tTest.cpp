@@ -4,8 +4,8 @@
 #include <random>
 #include <vector>
 
-#include "TarnRBTree_u32t_u32t.h"
 #include "TreeShapeCheck.h"
+#include "items/TarnRBTree_u32t_u32t.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <set>
 
-#include "TarnDatabaseItem.h"
-#include "TarnVocabulary.h"
+#include "items/TarnDatabaseItem.h"
+#include "items/TarnVocabulary.h"
 
 namespace {
 

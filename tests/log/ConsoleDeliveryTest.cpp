@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "TestSupport.h"
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 namespace {
 

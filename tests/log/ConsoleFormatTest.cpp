@@ -3,7 +3,7 @@
 #include <QStringList>
 
 #include "TestSupport.h"
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 TEST(ConsoleFormat, SourceLocatedLinePadsTheLineNumber) {
     testsupport::LogCapture log;

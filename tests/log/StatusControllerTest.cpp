@@ -5,8 +5,8 @@
 #include <thread>
 #include <vector>
 
-#include "TarnStatusViewController.h"
 #include "TestSupport.h"
+#include "status/TarnStatusViewController.h"
 
 namespace {
 

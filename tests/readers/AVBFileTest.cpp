@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
-#include "AVBFile.h"
 #include "AvbWriter.h"
 #include "FixtureFiles.h"
 #include "TestSupport.h"
 #include "Umid.h"
+#include "readers/AVBFile.h"
 
 using fixtures::AvbReference;
 

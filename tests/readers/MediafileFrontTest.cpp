@@ -4,10 +4,10 @@
 
 #include "FixtureFiles.h"
 #include "MxfWriter.h"
-#include "TarnDatabaseItem.h"
-#include "TarnMXF.h"
-#include "TarnMediafile.h"
 #include "TestSupport.h"
+#include "items/TarnDatabaseItem.h"
+#include "readers/TarnMXF.h"
+#include "readers/TarnMediafile.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
-#include "TarnDatabaseItem.h"
-#include "TarnMXF.h"
-#include "TarnMediafile.h"
+#include "items/TarnDatabaseItem.h"
+#include "readers/TarnMXF.h"
+#include "readers/TarnMediafile.h"
 
 namespace {
 

@@ -4,10 +4,11 @@
 
 #include "FixtureFiles.h"
 #include "MxfWriter.h"
-#include "TarnDatabaseItem.h"
-#include "TarnMXF.h"
-#include "TarnPreferences.h"
 #include "TestSupport.h"
+#include "items/TarnDatabaseItem.h"
+#include "readers/TarnMXF.h"
+#include "readers/TarnMediafile.h"
+#include "support/TarnPreferences.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ QByteArray bytesOf(const quint8* p) {
 class MxfItem : public ::testing::Test {
   protected:
     void SetUp() override {
+        TarnDatabaseItem::setOwnFileReader(&TarnMediafile::readItemsOwnFile);
         spec_.clipName = QStringLiteral("Scene 4 Take 2");
         spec_.projectName = QStringLiteral("Feature");
         spec_.materialUMID = fixtures::umidFor(41);

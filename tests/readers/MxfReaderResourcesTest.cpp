@@ -9,8 +9,8 @@
 
 #include "FixtureFiles.h"
 #include "MxfWriter.h"
-#include "TarnAvidMXFInfo.h"
-#include "TarnMXF.h"
+#include "readers/TarnAvidMXFInfo.h"
+#include "readers/TarnMXF.h"
 
 namespace {
 

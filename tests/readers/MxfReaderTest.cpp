@@ -7,10 +7,10 @@
 
 #include "FixtureFiles.h"
 #include "MxfWriter.h"
-#include "TarnAvidMXFInfo.h"
-#include "TarnDatabaseItem.h"
-#include "TarnMXF.h"
 #include "TestSupport.h"
+#include "items/TarnDatabaseItem.h"
+#include "readers/TarnAvidMXFInfo.h"
+#include "readers/TarnMXF.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include "BentoWriter.h"
 #include "OmfTestFile.h"
-#include "TarnMediafile.h"
-#include "TarnStatusViewController.h"
 #include "TestSupport.h"
+#include "readers/TarnMediafile.h"
+#include "status/TarnStatusViewController.h"
 
 namespace {
 

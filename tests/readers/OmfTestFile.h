@@ -9,8 +9,8 @@
 
 #include "FixtureFiles.h"
 #include "MdbWriter.h"
-#include "TarnDatabaseItem.h"
-#include "TarnOMFI.h"
+#include "items/TarnDatabaseItem.h"
+#include "readers/TarnOMFI.h"
 
 // Writes container bytes to a temporary file and opens them with the OMF reader.
 class OmfTestFile {

@@ -5,9 +5,9 @@
 
 #include "BentoWriter.h"
 #include "OmfTestFile.h"
-#include "TarnMacRoman.h"
 #include "TestSupport.h"
-#include "UIDtoBentoObj.h"
+#include "readers/TarnMacRoman.h"
+#include "readers/UIDtoBentoObj.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <functional>
 
 #include "FixtureFiles.h"
-#include "PMRFile.h"
 #include "PmrWriter.h"
 #include "Umid.h"
+#include "readers/PMRFile.h"
 
 using fixtures::PmrEntry;
 

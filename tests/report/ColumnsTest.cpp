@@ -3,9 +3,9 @@
 #include <cstring>
 #include <memory>
 
-#include "TarnColumns.h"
-#include "TarnDatabaseItem.h"
-#include "TarnExportTable.h"
+#include "items/TarnDatabaseItem.h"
+#include "report/TarnColumns.h"
+#include "report/TarnExportTable.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "TarnExport.h"
-#include "TarnExportTable.h"
+#include "report/TarnExport.h"
+#include "report/TarnExportTable.h"
 
 namespace {
 

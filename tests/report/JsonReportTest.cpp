@@ -6,8 +6,8 @@
 
 #include <cstring>
 
-#include "TarnDatabaseItem.h"
-#include "TarnJsonReport.h"
+#include "items/TarnDatabaseItem.h"
+#include "report/TarnJsonReport.h"
 
 TEST(JsonReport, IdentifiersByUidSize) {
     quint8 uid[32];

@@ -1,6 +1,6 @@
 #include "TestSupport.h"
 
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 namespace testsupport {
 

@@ -1,9 +1,9 @@
-#include "TarnAction.h"
+#include "actions/TarnAction.h"
 
 #include <QMutexLocker>
 
-#include "TarnActionOperation.h"
-#include "TarnFileSize.h"
+#include "actions/TarnActionOperation.h"
+#include "items/TarnFileSize.h"
 
 TarnAction::TarnAction(const TarnActionOptions& options)
     : operation_(std::make_shared<TarnActionOperation>(options)) {

@@ -6,8 +6,8 @@
 
 #include <memory>
 
-#include "TarnActionOperationDelegate.h"
-#include "TarnActionOptions.h"
+#include "actions/TarnActionOperationDelegate.h"
+#include "actions/TarnActionOptions.h"
 
 class TarnActionOperation;
 

@@ -1,11 +1,11 @@
-#include "TarnActionManager.h"
+#include "actions/TarnActionManager.h"
 
 #include <QCoreApplication>
 #include <QMutexLocker>
 #include <QPointer>
 
-#include "TarnActionOperation.h"
-#include "TarnAlert.h"
+#include "actions/TarnActionOperation.h"
+#include "actions/TarnAlert.h"
 
 TarnActionManager::TarnActionManager(QObject* parent) : QObject(parent) {
     pool_.setMaxThreadCount(1);

@@ -9,8 +9,8 @@
 #include <memory>
 #include <optional>
 
-#include "TarnAction.h"
-#include "TarnActionOptions.h"
+#include "actions/TarnAction.h"
+#include "actions/TarnActionOptions.h"
 
 // The action queue: owns every action, newest first (row 0 is the most recent
 // one), runs them strictly one at a time in the order they were added on one

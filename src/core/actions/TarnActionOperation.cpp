@@ -1,4 +1,4 @@
-#include "TarnActionOperation.h"
+#include "actions/TarnActionOperation.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -16,10 +16,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "TarnActionOperationDelegate.h"
-#include "TarnAlert.h"
-#include "TarnUtilities.h"
-#include "xConsole.h"
+#include "actions/TarnActionOperationDelegate.h"
+#include "actions/TarnAlert.h"
+#include "log/xConsole.h"
+#include "support/TarnUtilities.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <cstdint>
 #include <functional>
 
-#include "TarnActionOptions.h"
-#include "TarnFileCopier.h"
+#include "actions/TarnActionOptions.h"
+#include "actions/TarnFileCopier.h"
 
 class TarnActionOperationDelegate;
 

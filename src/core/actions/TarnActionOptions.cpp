@@ -1,4 +1,4 @@
-#include "TarnActionOptions.h"
+#include "actions/TarnActionOptions.h"
 
 namespace {
 QString yesNo(bool value) {

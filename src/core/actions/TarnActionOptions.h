@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
 
 // The options of one action: what the new-action dialog edits, the queue
 // receives and the engine reads. The dialog starts from these defaults.

@@ -1,4 +1,4 @@
-#include "TarnAlert.h"
+#include "actions/TarnAlert.h"
 
 #include <QCoreApplication>
 #include <QMutex>

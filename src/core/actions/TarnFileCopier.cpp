@@ -1,4 +1,4 @@
-#include "TarnFileCopier.h"
+#include "actions/TarnFileCopier.h"
 
 #include <QByteArray>
 #include <QFile>

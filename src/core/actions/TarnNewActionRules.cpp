@@ -1,10 +1,10 @@
-#include "TarnNewActionRules.h"
+#include "actions/TarnNewActionRules.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-#include "TarnFileSize.h"
-#include "TarnUtilities.h"
+#include "items/TarnFileSize.h"
+#include "support/TarnUtilities.h"
 
 QString TarnNewActionRules::normaliseDestination(const QString& destination) {
     if (destination.isNull()) return destination;

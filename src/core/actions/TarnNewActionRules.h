@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "TarnActionOptions.h"
+#include "actions/TarnActionOptions.h"
 
 // What the new-action dialog decides, without its window: the summary line and
 // whether "GO" may hand the options to the queue. The command-line tool uses

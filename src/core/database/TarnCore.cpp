@@ -1,4 +1,4 @@
-#include "TarnCore.h"
+#include "database/TarnCore.h"
 
 #include <QUrl>
 
@@ -8,17 +8,18 @@
 #include <cstring>
 #include <new>
 
-#include "AVBFile.h"
-#include "TarnFilter.h"
-#include "TarnFolderReader.h"
-#include "TarnItemComparator.h"
-#include "TarnPMRScannerOperation.h"
-#include "TarnPreferences.h"
-#include "TarnRBTree.h"
-#include "TarnScannerQueue.h"
-#include "TarnStatusViewController.h"
-#include "TarnVocabulary.h"
-#include "xConsole.h"
+#include "database/TarnFilter.h"
+#include "database/TarnFolderReader.h"
+#include "database/TarnItemComparator.h"
+#include "database/TarnPMRScannerOperation.h"
+#include "database/TarnScannerQueue.h"
+#include "items/TarnRBTree.h"
+#include "items/TarnVocabulary.h"
+#include "log/xConsole.h"
+#include "readers/AVBFile.h"
+#include "readers/TarnMediafile.h"
+#include "status/TarnStatusViewController.h"
+#include "support/TarnPreferences.h"
 
 namespace {
 
@@ -77,6 +78,7 @@ QString lastComponent(const QString& path) {
 TarnCore::TarnCore(TarnScannerQueue* queue)
     : queue_(queue ? queue : TarnScannerQueue::shared()),
       vocabulary_(std::make_unique<TarnVocabulary>()) {
+    TarnDatabaseItem::setOwnFileReader(&TarnMediafile::readItemsOwnFile);
     try {
         items_.reserve(1024);
     } catch (const std::bad_alloc&) {

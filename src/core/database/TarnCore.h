@@ -11,10 +11,10 @@
 #include <mutex>
 #include <vector>
 
-#include "TarnDatabaseItem.h"
-#include "TarnProject.h"
-#include "TarnRBTree.h"
-#include "TarnSortDescriptor.h"
+#include "database/TarnProject.h"
+#include "database/TarnSortDescriptor.h"
+#include "items/TarnDatabaseItem.h"
+#include "items/TarnRBTree.h"
 
 class TarnScannerQueue;
 class TarnVocabulary;

@@ -1,6 +1,6 @@
-#include "TarnFilter.h"
+#include "database/TarnFilter.h"
 
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
 
 namespace {
 constexpr qint32 kUsagePrecompute = 1;

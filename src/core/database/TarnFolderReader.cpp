@@ -1,4 +1,4 @@
-#include "TarnFolderReader.h"
+#include "database/TarnFolderReader.h"
 
 #include <QFile>
 

@@ -1,11 +1,11 @@
-#include "TarnItemComparator.h"
+#include "database/TarnItemComparator.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 #include <vector>
 
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
 
 namespace {
 

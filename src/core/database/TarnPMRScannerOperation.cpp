@@ -1,4 +1,4 @@
-#include "TarnPMRScannerOperation.h"
+#include "database/TarnPMRScannerOperation.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -8,16 +8,16 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "PMRFile.h"
-#include "TarnCore.h"
-#include "TarnDatabaseItem.h"
-#include "TarnFolderReader.h"
-#include "TarnMediafile.h"
-#include "TarnPreferences.h"
-#include "TarnStatusViewController.h"
-#include "TarnUtilities.h"
-#include "TarnVocabulary.h"
-#include "xConsole.h"
+#include "database/TarnCore.h"
+#include "database/TarnFolderReader.h"
+#include "items/TarnDatabaseItem.h"
+#include "items/TarnVocabulary.h"
+#include "log/xConsole.h"
+#include "readers/PMRFile.h"
+#include "readers/TarnMediafile.h"
+#include "status/TarnStatusViewController.h"
+#include "support/TarnPreferences.h"
+#include "support/TarnUtilities.h"
 
 namespace {
 // Above this many entries a media folder slows the editing system down.
@@ -42,6 +42,7 @@ class FolderHandle {
 
 TarnPMRScannerOperation::TarnPMRScannerOperation() {
     setAutoDelete(false);
+    TarnDatabaseItem::setOwnFileReader(&TarnMediafile::readItemsOwnFile);
 }
 
 void TarnPMRScannerOperation::setCompressionStringForItem(TarnDatabaseItem* item) const {

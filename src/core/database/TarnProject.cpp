@@ -1,4 +1,4 @@
-#include "TarnProject.h"
+#include "database/TarnProject.h"
 
 #include <QHashFunctions>
 

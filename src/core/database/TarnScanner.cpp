@@ -1,12 +1,12 @@
-#include "TarnScanner.h"
+#include "database/TarnScanner.h"
 
 #include <QElapsedTimer>
 #include <QStorageInfo>
 
-#include "TarnCore.h"
-#include "TarnScannerQueue.h"
-#include "TarnStatusViewController.h"
-#include "xConsole.h"
+#include "database/TarnCore.h"
+#include "database/TarnScannerQueue.h"
+#include "log/xConsole.h"
+#include "status/TarnStatusViewController.h"
 
 namespace {
 

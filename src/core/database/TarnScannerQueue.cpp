@@ -1,8 +1,8 @@
-#include "TarnScannerQueue.h"
+#include "database/TarnScannerQueue.h"
 
 #include <QRunnable>
 
-#include "TarnStatusViewController.h"
+#include "status/TarnStatusViewController.h"
 
 TarnScannerQueue::TarnScannerQueue(int maxConcurrentOperations) {
     pool_.setMaxThreadCount(maxConcurrentOperations);

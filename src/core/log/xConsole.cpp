@@ -1,4 +1,4 @@
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 #include <cstring>
 #include <string>

@@ -1,4 +1,4 @@
-#include "AVBFile.h"
+#include "readers/AVBFile.h"
 
 #include <QFile>
 #include <QHash>
@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 namespace {
 

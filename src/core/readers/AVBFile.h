@@ -4,7 +4,7 @@
 #include <QList>
 #include <QString>
 
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
 
 // Reader of an Avid bin (".avb") for one purpose: the short identifiers of the
 // media files the bin references. It does not parse the bin's objects; after

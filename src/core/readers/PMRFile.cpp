@@ -1,4 +1,4 @@
-#include "PMRFile.h"
+#include "readers/PMRFile.h"
 
 #include <QFile>
 #include <QtEndian>

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
 
 // Reader of a media folder's file index ("msmFMID.pmr", "amaFMID.pmr"): a
 // 12-byte header (magic 1961, UID size in 32-bit words, entry count) and the

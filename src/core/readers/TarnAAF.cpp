@@ -1,6 +1,6 @@
-#include "TarnAAF.h"
+#include "readers/TarnAAF.h"
 
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 bool TarnAAF::openFile(const QString& path, TarnProgressIndicator* indicator) {
     (void)path;

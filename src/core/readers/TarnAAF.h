@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QList>
 
-#include "TarnMediaReader.h"
+#include "readers/TarnMediaReader.h"
 
 // AAF files are recognised and refused: an AAF file never yields information.
 class TarnAAF : public TarnMediaReader {

@@ -1,4 +1,4 @@
-#include "TarnAvidMXFInfo.h"
+#include "readers/TarnAvidMXFInfo.h"
 
 #include <QString>
 
@@ -11,7 +11,7 @@
 #include <cstring>
 #include <mutex>
 
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 extern "C" {
 #include <libavformat/avformat.h>

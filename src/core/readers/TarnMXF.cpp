@@ -1,12 +1,12 @@
-#include "TarnMXF.h"
+#include "readers/TarnMXF.h"
 
 #include <QFile>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "TarnDatabaseItem.h"
-#include "xConsole.h"
+#include "items/TarnDatabaseItem.h"
+#include "log/xConsole.h"
 
 bool TarnMXF::openFile(const QString& path, TarnProgressIndicator* indicator) {
     (void)indicator;

@@ -5,8 +5,8 @@
 
 #include <cstdio>
 
-#include "TarnAvidMXFInfo.h"
-#include "TarnMediaReader.h"
+#include "readers/TarnAvidMXFInfo.h"
+#include "readers/TarnMediaReader.h"
 
 // Reader of an Avid MXF OP-Atom media file: keeps the clip name, the project
 // and the two UMIDs of the file and maps them onto a media item.

@@ -1,4 +1,4 @@
-#include "TarnMacRoman.h"
+#include "readers/TarnMacRoman.h"
 
 #include <QStringDecoder>
 

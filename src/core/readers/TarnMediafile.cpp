@@ -1,10 +1,11 @@
-#include "TarnMediafile.h"
+#include "readers/TarnMediafile.h"
 
 #include <QFileInfo>
 
-#include "TarnAAF.h"
-#include "TarnMXF.h"
-#include "TarnOMFI.h"
+#include "items/TarnDatabaseItem.h"
+#include "readers/TarnAAF.h"
+#include "readers/TarnMXF.h"
+#include "readers/TarnOMFI.h"
 
 TarnMediafile::TarnMediafile() = default;
 
@@ -55,4 +56,10 @@ void TarnMediafile::addInfoToItem(TarnDatabaseItem* item) {
 quint64 TarnMediafile::getMDBCompositionsCount() const {
     if (!dataSource_ || !isOpen_) return 0;
     return dataSource_->getMDBCompositionsCount().value_or(0);
+}
+
+void TarnMediafile::readItemsOwnFile(TarnDatabaseItem& item) {
+    TarnMediafile mediafile;
+    mediafile.openFile(item.DB_itemPath, nullptr);
+    mediafile.addInfoToItem(&item);
 }

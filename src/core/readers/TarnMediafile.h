@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "TarnMediaReader.h"
+#include "readers/TarnMediaReader.h"
 
 // The front every caller uses for a media file: it picks a reader by the
 // file's extension (case-insensitive), opens the file through it and forwards
@@ -24,6 +24,9 @@ class TarnMediafile {
     bool openFile(const QString& path, TarnProgressIndicator* indicator);
     // Forwarded only when there is a reader that answers it.
     void addInfoToItem(TarnDatabaseItem* item);
+    // Opens the item's own file and copies what it says into the item: the
+    // reader the items layer is given (TarnDatabaseItem::setOwnFileReader).
+    static void readItemsOwnFile(TarnDatabaseItem& item);
     // The reader's count, or 0 without a reader, after a failed open, or when
     // the reader has none.
     quint64 getMDBCompositionsCount() const;

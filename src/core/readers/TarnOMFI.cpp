@@ -1,4 +1,4 @@
-#include "TarnOMFI.h"
+#include "readers/TarnOMFI.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -7,11 +7,11 @@
 
 #include <cstring>
 
-#include "TarnDatabaseItem.h"
-#include "TarnMacRoman.h"
-#include "TarnProgressIndicator.h"
-#include "TarnStatusViewController.h"
-#include "xConsole.h"
+#include "items/TarnDatabaseItem.h"
+#include "log/xConsole.h"
+#include "readers/TarnMacRoman.h"
+#include "status/TarnProgressIndicator.h"
+#include "status/TarnStatusViewController.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <memory>
 #include <optional>
 
-#include "TarnMediaReader.h"
-#include "TarnRBTree_u32t_u32t.h"
-#include "UIDtoBentoObjTree.h"
+#include "items/TarnRBTree_u32t_u32t.h"
+#include "readers/TarnMediaReader.h"
+#include "readers/UIDtoBentoObjTree.h"
 
 // Reader of Bento containers: OMF 1 media files and the editing system's media
 // databases (msmMMOB.mdb). The file is read whole; its table of contents (TOC)

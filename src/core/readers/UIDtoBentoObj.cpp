@@ -1,6 +1,6 @@
-#include "UIDtoBentoObj.h"
+#include "readers/UIDtoBentoObj.h"
 
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 bool UIDtoBentoObj::missingNode() {
     TARN_LOG(QStringLiteral("Error in UID tree - nil object"));

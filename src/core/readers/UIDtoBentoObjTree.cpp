@@ -1,4 +1,4 @@
-#include "UIDtoBentoObjTree.h"
+#include "readers/UIDtoBentoObjTree.h"
 
 UIDtoBentoObjTree::UIDtoBentoObjTree() {
     tree_.setEQBlock(UIDtoBentoObj::equalRule);

@@ -5,8 +5,8 @@
 #include <deque>
 #include <optional>
 
-#include "TarnRBTree.h"
-#include "UIDtoBentoObj.h"
+#include "items/TarnRBTree.h"
+#include "readers/UIDtoBentoObj.h"
 
 // An identifier table of a media database as an ordered tree: short
 // identifier -> Bento object ID. The nodes live here; the tree orders them.

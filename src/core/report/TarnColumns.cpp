@@ -1,8 +1,8 @@
-#include "TarnColumns.h"
+#include "report/TarnColumns.h"
 
-#include "TarnDatabaseItem.h"
-#include "TarnFileSize.h"
-#include "TarnVocabulary.h"
+#include "items/TarnDatabaseItem.h"
+#include "items/TarnFileSize.h"
+#include "items/TarnVocabulary.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "TarnExport.h"
+#include "report/TarnExport.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

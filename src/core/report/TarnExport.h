@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "TarnExportTable.h"
+#include "report/TarnExportTable.h"
 
 // The export formats of a shown table: CSV in the Mac (";") and Windows (",")
 // flavours, an HTML page with a sortable table, and JSON.

@@ -1,4 +1,4 @@
-#include "TarnExportTable.h"
+#include "report/TarnExportTable.h"
 
 TarnExportTable::TarnExportTable(const QString& title, const QStringList& columns)
     : title_(title), columns_(columns) {}

@@ -4,8 +4,8 @@
 #include <QString>
 #include <QStringList>
 
-#include "TarnColumns.h"
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
+#include "report/TarnColumns.h"
 
 // A table as it is shown, reduced to texts: a title (the window's), the header
 // titles and one row of cell texts per shown row. The exporters write only

@@ -1,10 +1,10 @@
-#include "TarnJsonReport.h"
+#include "report/TarnJsonReport.h"
 
 #include <QByteArray>
 #include <QJsonDocument>
 
-#include "TarnColumns.h"
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
+#include "report/TarnColumns.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "TarnStatusViewController.h"
+#include "status/TarnStatusViewController.h"
 
-#include "xConsole.h"
+#include "log/xConsole.h"
 
 TarnStatusViewController::TarnStatusViewController() {
     Status_InitWheels();

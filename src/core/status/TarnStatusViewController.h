@@ -8,7 +8,7 @@
 #include <atomic>
 #include <memory>
 
-#include "TarnStatusWheel.h"
+#include "status/TarnStatusWheel.h"
 
 // The status strip without its widgets: the process-wide busy flag, one line of
 // status text, the big wheel for foreground work and a pool of 16 small wheels

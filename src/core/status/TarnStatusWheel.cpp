@@ -1,4 +1,4 @@
-#include "TarnStatusWheel.h"
+#include "status/TarnStatusWheel.h"
 
 TarnStatusWheel::TarnStatusWheel(int index, std::function<void(int)> notify)
     : index_(index), notify_(std::move(notify)) {}

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "TarnProgressIndicator.h"
+#include "status/TarnProgressIndicator.h"
 
 // One of the status strip's small progress wheels, as a thread-safe model.
 // Every change calls the owner's notifier with the wheel's index, so a view

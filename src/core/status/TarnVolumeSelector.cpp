@@ -1,4 +1,4 @@
-#include "TarnVolumeSelector.h"
+#include "status/TarnVolumeSelector.h"
 
 TarnVolumeSelector::TarnVolumeSelector(const QStringList& volumes)
     : volumes_(volumes), checks_(volumes.size(), true) {}

@@ -1,4 +1,4 @@
-#include "TarnPreferences.h"
+#include "support/TarnPreferences.h"
 
 #include <QSettings>
 

@@ -1,8 +1,8 @@
-#include "TarnUtilities.h"
+#include "support/TarnUtilities.h"
 
 #include <QUrl>
 
-#include "TarnVersion.h"
+#include "support/TarnVersion.h"
 
 QString TarnUtilities::stringByRemovingPercentEncoding(const QString& text) {
     if (text.isNull() || !text.contains(QLatin1Char('%'))) return text;

@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "TarnNodePool.h"
-#include "TarnRBLinks.h"
+#include "items/TarnNodePool.h"
+#include "items/TarnRBLinks.h"
 
 // Red-black tree over arbitrary objects ordered by two caller-supplied rules
 // (equal, less-than). Entries whose key equals one already present hang on a

@@ -135,6 +135,13 @@ class TarnDatabaseItem {
     QDateTime DB_Date;
     QString DB_CompressionString;
 
+    // The items layer lies below the readers: the reader of an item's own
+    // media file (used by setupWithUnrefFile and
+    // addinfoToItemFromCorrespondingFile) is installed from above, by the
+    // database before it scans. Without one, no media file is read.
+    using OwnFileReader = void (*)(TarnDatabaseItem& item);
+    static void setOwnFileReader(OwnFileReader reader);
+
   private:
     void validateLookingUp(int dirFd, const QString& lookup);
     bool readsOwnMxfFile() const;

@@ -2,9 +2,9 @@
 
 #include <QtGlobal>
 
-#include "TarnNodePool.h"
-#include "TarnRBLinks.h"
-#include "TarnTreeNode32t.h"
+#include "items/TarnNodePool.h"
+#include "items/TarnRBLinks.h"
+#include "items/TarnTreeNode32t.h"
 
 // Red-black tree from unsigned 32-bit keys to unsigned 32-bit values, built
 // for the object numbers of a Bento container's table of contents, which come

@@ -1,4 +1,4 @@
-#include "TarnFileSize.h"
+#include "items/TarnFileSize.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -11,10 +11,9 @@
 #include <cerrno>
 #include <cstring>
 
-#include "TarnFileSize.h"
-#include "TarnMediafile.h"
-#include "TarnPreferences.h"
-#include "xConsole.h"
+#include "items/TarnFileSize.h"
+#include "log/xConsole.h"
+#include "support/TarnPreferences.h"
 
 namespace {
 
@@ -207,10 +206,16 @@ bool TarnDatabaseItem::readsOwnMxfFile() const {
     return size >= 1025;
 }
 
+namespace {
+std::atomic<TarnDatabaseItem::OwnFileReader> ownFileReader{nullptr};
+}
+
+void TarnDatabaseItem::setOwnFileReader(OwnFileReader reader) {
+    ownFileReader.store(reader);
+}
+
 void TarnDatabaseItem::readOwnMediaFile() {
-    TarnMediafile mediafile;
-    mediafile.openFile(DB_itemPath, nullptr);
-    mediafile.addInfoToItem(this);
+    if (auto reader = ownFileReader.load()) reader(*this);
 }
 
 void TarnDatabaseItem::addinfoToItemFromCorrespondingFile() {

@@ -1,8 +1,8 @@
-#include "TarnVocabulary.h"
+#include "items/TarnVocabulary.h"
 
 #include <initializer_list>
 
-#include "TarnDatabaseItem.h"
+#include "items/TarnDatabaseItem.h"
 
 namespace {
 

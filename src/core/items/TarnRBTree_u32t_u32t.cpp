@@ -1,4 +1,4 @@
-#include "TarnRBTree_u32t_u32t.h"
+#include "items/TarnRBTree_u32t_u32t.h"
 
 #include <new>
 #include <type_traits>
