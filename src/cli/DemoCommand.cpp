@@ -7,9 +7,11 @@
 #include <cstdio>
 
 #include "DemoVolume.h"
+#include "OutputFile.h"
 #include "ScanCommand.h"
 #include "SelectionOptions.h"
 #include "database/TarnCore.h"
+#include "report/TarnReportSink.h"
 
 QString DemoCommand::defaultFolder() {
     // The binary lives in <build>/src; the demo volume goes next to <build>.
@@ -53,9 +55,16 @@ int DemoCommand::run(const QStringList& args) {
     TarnCore& core = *TarnCore::sharedCore();
     selection.run(core);
 
-    const QString text = ScanCommand::itemsTable(core) + ScanCommand::countsLine(core) +
-                         QStringLiteral("\nProjects summary\n\n") +
-                         ScanCommand::projectsTable(core);
-    std::fputs(text.toUtf8().constData(), stdout);
+    OutputFile output;
+    bool written = output.open(QString());
+    if (written) {
+        TarnReportSink sink(output.device());
+        ScanCommand::writeItemsTable(core, sink);
+        sink.appendText(ScanCommand::countsLine(core));
+        sink.append(QLatin1StringView("\nProjects summary\n\n"));
+        ScanCommand::writeProjectsTable(core, sink);
+        written = sink.flush();
+    }
+    output.commit(written);
     return 0;
 }

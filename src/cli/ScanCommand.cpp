@@ -1,13 +1,11 @@
 #include "ScanCommand.h"
 
-#include <QFile>
-#include <QSaveFile>
-
 #include <unistd.h>
 #include <cstdio>
 #include <cstdlib>
 
 #include "CliLog.h"
+#include "OutputFile.h"
 #include "SelectionOptions.h"
 #include "TextTable.h"
 #include "database/TarnCore.h"
@@ -15,8 +13,10 @@
 #include "log/xConsole.h"
 #include "report/TarnColumns.h"
 #include "report/TarnExport.h"
-#include "report/TarnExportTable.h"
+#include "report/TarnItemRows.h"
 #include "report/TarnJsonReport.h"
+#include "report/TarnProjectRows.h"
+#include "report/TarnReportSink.h"
 
 namespace {
 
@@ -36,34 +36,6 @@ int usageError(const QString& message) {
     return ScanCommand::kUsage;
 }
 
-TarnExportTable itemsExport(const TarnCore& core) {
-    return TarnExportTable::forItems(QStringLiteral("Tarn"), SelectionOptions::shownItems(core));
-}
-
-TarnExportTable projectsExport(const TarnCore& core) {
-    TarnExportTable table = TarnExportTable::forProjects(QStringLiteral("Tarn Projects Summary"));
-    for (const TarnProjectPtr& p : core.ProjectsSummaryA()) {
-        table.addProject(p->name, p->SizeValue, p->FilesCount);
-    }
-    return table;
-}
-
-QString jsonReport(const TarnCore& core) {
-    QJsonArray items;
-    for (const TarnItemPtr& item : SelectionOptions::shownItems(core)) {
-        items.append(TarnJsonReport::itemObject(*item));
-    }
-    QJsonArray projects;
-    for (const TarnProjectPtr& p : core.ProjectsSummaryA()) {
-        projects.append(TarnJsonReport::projectObject(p->name, p->FilesCount, p->SizeValue,
-                                                      p->mustBeShownInList.load()));
-    }
-    const QJsonObject summary = TarnJsonReport::summaryObject(
-        quint64(core.getAllItemsCount()), quint64(core.getProjectsCount()),
-        quint64(core.getFilteredIndexesCount()), core.FilteredItemsSize());
-    return TarnJsonReport::document(items, projects, summary);
-}
-
 // The progress line: rewritten in place on a terminal.
 void showProgress(int done, int found, qsizetype items) {
     std::fprintf(stderr, "\rscanning: %d of %d index files, %lld items ", done, found,
@@ -71,17 +43,28 @@ void showProgress(int done, int found, qsizetype items) {
     std::fflush(stderr);
 }
 
-bool writeOutput(const QString& path, const QString& text) {
-    const QByteArray bytes = text.toUtf8();
-    if (path.isEmpty()) {
-        std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-        std::fflush(stdout);
-        return true;
+QString separatorOf(const QString& format) {
+    return format == QLatin1String("csv") ? QStringLiteral(";") : QStringLiteral(",");
+}
+
+// The report in the chosen format, written to `device` as it is made.
+bool writeReport(const TarnCore& core, const QString& format, bool summary, QIODevice* device) {
+    if (format == QLatin1String("json")) return TarnJsonReport::write(core, device);
+    if (format == QLatin1String("table")) {
+        TarnReportSink sink(device);
+        if (summary) {
+            ScanCommand::writeProjectsTable(core, sink);
+        } else {
+            ScanCommand::writeItemsTable(core, sink);
+            sink.appendText(ScanCommand::countsLine(core));
+        }
+        return sink.flush();
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) return false;
-    file.write(bytes);
-    return file.commit();
+    const TarnItemRows items(core, QStringLiteral("Tarn"));
+    const TarnProjectRows projects(core, QStringLiteral("Tarn Projects Summary"));
+    const TarnReportRows& rows = summary ? static_cast<const TarnReportRows&>(projects) : items;
+    if (format == QLatin1String("html")) return TarnExport::writeHtml(rows, device);
+    return TarnExport::writeCsv(rows, separatorOf(format), device);
 }
 
 }  // namespace
@@ -106,19 +89,9 @@ void ScanCommand::installFatalErrorHook() {
     });
 }
 
-QString ScanCommand::itemsTable(const TarnCore& core) {
-    QStringList headers;
-    for (TarnColumn c : kTerminalColumns) headers.append(TarnColumns::title(c));
-    TextTable table(headers);
-    for (const TarnItemPtr& item : SelectionOptions::shownItems(core)) {
-        QStringList cells;
-        for (TarnColumn c : kTerminalColumns) {
-            const QString text = TarnColumns::cellText(c, *item);
-            cells.append(text.isNull() ? TarnCore::novalue() : text);
-        }
-        table.addRow(cells);
-    }
-    return table.toString();
+void ScanCommand::writeItemsTable(const TarnCore& core, TarnReportSink& sink) {
+    TextTable::write(TarnItemRows(core, QString(), kTerminalColumns), sink, 40,
+                     TarnCore::novalue());
 }
 
 QString ScanCommand::countsLine(const TarnCore& core) {
@@ -129,11 +102,8 @@ QString ScanCommand::countsLine(const TarnCore& core) {
         .arg(core.getProjectsCount());
 }
 
-QString ScanCommand::projectsTable(const TarnCore& core) {
-    const TarnExportTable projects = projectsExport(core);
-    TextTable table(projects.columns(), 60);
-    for (const QStringList& row : projects.rows()) table.addRow(row);
-    return table.toString();
+void ScanCommand::writeProjectsTable(const TarnCore& core, TarnReportSink& sink) {
+    TextTable::write(TarnProjectRows(core, QString()), sink, 60);
 }
 
 int ScanCommand::run(const QStringList& args) {
@@ -179,23 +149,12 @@ int ScanCommand::run(const QStringList& args) {
         core, terminal ? SelectionOptions::Progress(showProgress) : SelectionOptions::Progress());
     if (terminal) std::fputs("\n", stderr);
 
-    QString text;
-    if (format == QLatin1String("json")) {
-        text = jsonReport(core);
-    } else if (format == QLatin1String("table")) {
-        text = summary ? projectsTable(core) : itemsTable(core) + countsLine(core);
-    } else {
-        const TarnExportTable table = summary ? projectsExport(core) : itemsExport(core);
-        if (format == QLatin1String("html")) {
-            text = TarnExport::genHtml(table);
-        } else {
-            text = TarnExport::genCsv(
-                table, format == QLatin1String("csv") ? QStringLiteral(";") : QStringLiteral(","));
-        }
-    }
     log.close();
-    if (!writeOutput(outputPath, text)) {
-        std::fprintf(stderr, "tarn scan: cannot write '%s'\n", qPrintable(outputPath));
+    OutputFile output;
+    const bool opened = output.open(outputPath);
+    if (!output.commit(opened && writeReport(core, format, summary, output.device()))) {
+        std::fprintf(stderr, "tarn scan: cannot write '%s'\n",
+                     qPrintable(outputPath.isEmpty() ? QStringLiteral("stdout") : outputPath));
         return kWriteFailed;
     }
     return kOk;

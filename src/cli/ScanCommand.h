@@ -4,6 +4,7 @@
 #include <QStringList>
 
 class TarnCore;
+class TarnReportSink;
 
 // `tarn scan`: scans what the selection options name and prints the view as
 // a terminal table, CSV, HTML or JSON.
@@ -16,10 +17,10 @@ class ScanCommand {
     static QString usage();
 
     // The shown rows as a terminal table, and the line of counts under it.
-    static QString itemsTable(const TarnCore& core);
+    static void writeItemsTable(const TarnCore& core, TarnReportSink& sink);
     static QString countsLine(const TarnCore& core);
     // The projects summary as a terminal table.
-    static QString projectsTable(const TarnCore& core);
+    static void writeProjectsTable(const TarnCore& core, TarnReportSink& sink);
 
     // Shows the database's fatal errors (the two texts on stderr) and ends
     // the process with kFatal, the log written out first.

@@ -1,40 +1,72 @@
 #include "TextTable.h"
 
-TextTable::TextTable(const QStringList& headers, int maxCellWidth)
-    : headers_(headers), maxCellWidth_(qMax(4, maxCellWidth)) {}
+#include "report/TarnReportRows.h"
+#include "report/TarnReportSink.h"
 
-QString TextTable::cell(const QString& text, int maxWidth) {
-    QString flat = text;
-    flat.replace(QLatin1Char('\r'), QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
-    if (flat.size() > maxWidth) flat = flat.left(maxWidth - 3) + QLatin1String("...");
-    return flat;
+TextTable::TextTable(const QStringList& headers, int maxCellWidth, const QString& nullText)
+    : headers_(headers), maxCellWidth_(qMax(4, maxCellWidth)), nullText_(nullText) {
+    for (const QString& header : headers_) widths_.append(header.size());
 }
 
-void TextTable::addRow(const QStringList& cells) {
-    QStringList row;
-    for (qsizetype c = 0; c < headers_.size(); ++c) {
-        row.append(cell(c < cells.size() ? cells.at(c) : QString(), maxCellWidth_));
+void TextTable::write(const TarnReportRows& rows, TarnReportSink& sink, int maxCellWidth,
+                      const QString& nullText) {
+    TextTable table(rows.headers(), maxCellWidth, nullText);
+    QStringList cells;
+    const qsizetype count = rows.rowCount();
+    for (qsizetype r = 0; r < count; ++r) {
+        cells.clear();
+        rows.cells(r, cells);
+        table.measure(cells);
     }
-    rows_.append(row);
+    table.writeHeader(sink);
+    for (qsizetype r = 0; r < count; ++r) {
+        cells.clear();
+        rows.cells(r, cells);
+        table.writeRow(sink, cells);
+    }
 }
 
-QString TextTable::toString() const {
-    QList<qsizetype> widths;
-    for (const QString& header : headers_) widths.append(header.size());
-    for (const QStringList& row : rows_) {
-        for (qsizetype c = 0; c < row.size(); ++c) widths[c] = qMax(widths[c], row.at(c).size());
+QStringView TextTable::shown(const QStringList& cells, qsizetype column) const {
+    if (column >= cells.size()) return QStringView();
+    const QString& text = cells.at(column);
+    return text.isNull() ? QStringView(nullText_) : QStringView(text);
+}
+
+void TextTable::measure(const QStringList& cells) {
+    for (qsizetype c = 0; c < widths_.size(); ++c) {
+        widths_[c] = qMax(widths_[c], qMin(shown(cells, c).size(), qsizetype(maxCellWidth_)));
     }
-    auto line = [&](const QStringList& cells) {
-        QString out;
-        for (qsizetype c = 0; c < cells.size(); ++c) {
-            const bool last = c + 1 == cells.size();
-            out += last ? cells.at(c) : cells.at(c).leftJustified(widths[c] + 2, QLatin1Char(' '));
-        }
-        return out + QLatin1Char('\n');
-    };
-    QStringList rule;
-    for (qsizetype w : widths) rule.append(QString(w, QLatin1Char('-')));
-    QString out = line(headers_) + line(rule);
-    for (const QStringList& row : rows_) out += line(row);
-    return out;
+}
+
+void TextTable::writeCell(TarnReportSink& sink, qsizetype column, QStringView text,
+                          bool flatten) const {
+    qsizetype width = text.size();
+    const bool cut = flatten && text.size() > maxCellWidth_;
+    if (cut) text = text.left(maxCellWidth_ - 3);
+    if (flatten) {
+        sink.appendReplacing(text,
+                             [](char16_t c) { return c == u'\r' || c == u'\n' ? " " : nullptr; });
+    } else {
+        sink.appendText(text);
+    }
+    if (cut) {
+        sink.append(QLatin1StringView("..."));
+        width = maxCellWidth_;
+    }
+    if (column + 1 == widths_.size()) return;
+    for (qsizetype pad = width; pad < widths_[column] + 2; ++pad) sink.append(' ');
+}
+
+void TextTable::writeHeader(TarnReportSink& sink) const {
+    for (qsizetype c = 0; c < headers_.size(); ++c) writeCell(sink, c, headers_.at(c), false);
+    sink.append('\n');
+    for (qsizetype c = 0; c < widths_.size(); ++c) {
+        writeCell(sink, c, QString(widths_[c], QLatin1Char('-')), false);
+    }
+    sink.append('\n');
+}
+
+void TextTable::writeRow(TarnReportSink& sink, const QStringList& cells) const {
+    for (qsizetype c = 0; c < widths_.size(); ++c) writeCell(sink, c, shown(cells, c), true);
+    sink.append('\n');
 }

@@ -5,7 +5,7 @@
 
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
-#include "report/TarnExportTable.h"
+#include "report/TarnItemRows.h"
 
 namespace {
 
@@ -112,12 +112,27 @@ TEST(Columns, ExportLeavesIconAndHashEmpty) {
     EXPECT_TRUE(TarnColumns::exportText(TarnColumn::Icon, *item).isEmpty());
     EXPECT_EQ(TarnColumns::exportText(TarnColumn::Kind, *item), QStringLiteral("IMPORTED"));
 
-    const TarnExportTable table = TarnExportTable::forItems(QStringLiteral("Tarn"), {item});
-    ASSERT_EQ(table.columns().size(), 18);
-    ASSERT_EQ(table.rows().size(), 1);
-    const QStringList& row = table.rows().first();
+    const TarnItemRows rows({item, nullptr}, QStringLiteral("Tarn"));
+    ASSERT_EQ(rows.headers().size(), 18);
+    ASSERT_EQ(rows.rowCount(), 2);
+    QStringList row;
+    rows.cells(0, row);
+    ASSERT_EQ(row.size(), 18);
     EXPECT_EQ(row.at(TarnColumns::all().indexOf(TarnColumn::Filename)), item->DB_ClipName);
     EXPECT_TRUE(row.at(TarnColumns::all().indexOf(TarnColumn::Hash)).isEmpty());
+    // A row without its item is a row of empty cells.
+    row.clear();
+    rows.cells(1, row);
+    EXPECT_EQ(row, QStringList(18, QString()));
+
+    // The table's own column order, whatever it is.
+    const TarnItemRows reordered({item}, QStringLiteral("Tarn"),
+                                 {TarnColumn::Size, TarnColumn::Filename});
+    EXPECT_EQ(reordered.headers(),
+              (QStringList{QStringLiteral("Size"), QStringLiteral("File Name")}));
+    row.clear();
+    reordered.cells(0, row);
+    EXPECT_EQ(row, (QStringList{QStringLiteral("1.50 MB"), item->DB_ClipName}));
 }
 
 TEST(Columns, ProjectSummaryColumns) {
@@ -125,9 +140,10 @@ TEST(Columns, ProjectSummaryColumns) {
     EXPECT_EQ(TarnColumns::identifier(TarnProjectColumn::Project), QStringLiteral("ProjectCellID"));
     EXPECT_EQ(TarnColumns::identifier(TarnProjectColumn::Size), QStringLiteral("SizeCellID"));
     EXPECT_EQ(TarnColumns::identifier(TarnProjectColumn::Count), QStringLiteral("CountCellID"));
-    TarnExportTable table = TarnExportTable::forProjects(QStringLiteral("Projects"));
-    table.addProject(QStringLiteral("Harbour"), 2500, 3);
-    ASSERT_EQ(table.rows().size(), 1);
-    EXPECT_EQ(table.rows().first(), (QStringList{QStringLiteral("Harbour"),
-                                                 QStringLiteral("2.50 kB"), QStringLiteral("3")}));
+    QStringList cells;
+    for (TarnProjectColumn c : TarnColumns::projectColumns()) {
+        cells.append(TarnColumns::projectCellText(c, QStringLiteral("Harbour"), 2500, 3));
+    }
+    EXPECT_EQ(cells, (QStringList{QStringLiteral("Harbour"), QStringLiteral("2.50 kB"),
+                                  QStringLiteral("3")}));
 }

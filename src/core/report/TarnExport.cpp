@@ -1,21 +1,55 @@
 #include "report/TarnExport.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QBuffer>
+
+#include <functional>
+
+#include "report/TarnJsonWriter.h"
+#include "report/TarnReportSink.h"
 
 namespace {
 
-QString csvField(const QString& text, const QString& separator) {
-    QString quoted = text;
-    quoted.replace(QLatin1Char('"'), QLatin1String("\"\""));
-    return QLatin1Char('"') + quoted + QLatin1Char('"') + separator;
+// One line of fields: each quoted, inner quotes doubled, the separator after
+// every field. A row with fewer cells than columns gets empty fields.
+void csvLine(TarnReportSink& sink, const QStringList& cells, qsizetype columns,
+             const QString& separator) {
+    for (qsizetype c = 0; c < columns; ++c) {
+        sink.append('"');
+        if (c < cells.size()) {
+            sink.appendReplacing(cells.at(c),
+                                 [](char16_t ch) { return ch == u'"' ? "\"\"" : nullptr; });
+        }
+        sink.append('"');
+        sink.appendText(separator);
+    }
+    sink.append('\n');
 }
 
-QString csvLine(const QStringList& cells, const QString& separator) {
-    QString line;
-    for (const QString& cell : cells) line += csvField(cell, separator);
-    return line + QLatin1Char('\n');
+const char* xmlEntity(char16_t c) {
+    switch (c) {
+        case u'&':
+            return "&amp;";
+        case u'\'':
+            return "&apos;";
+        case u'"':
+            return "&quot;";
+        case u'<':
+            return "&lt;";
+        case u'>':
+            return "&gt;";
+        default:
+            return nullptr;
+    }
+}
+
+// `tag` around each cell: <th> for the header, <td> for the rows.
+void htmlCells(TarnReportSink& sink, const QStringList& cells, qsizetype columns,
+               QLatin1StringView open, QLatin1StringView close) {
+    for (qsizetype c = 0; c < columns; ++c) {
+        sink.append(open);
+        if (c < cells.size()) sink.appendReplacing(cells.at(c), xmlEntity);
+        sink.append(close);
+    }
 }
 
 // One line: the page loads jQuery and DataTables and turns #resultTb into a
@@ -33,53 +67,101 @@ const char* kHtmlHead =
     "<style type='text/css'>td { max-width: 400px; word-wrap:break-word; }</style>  "
     "</head>\n";
 
+// Runs `write` over each row in turn, the cell list reused from row to row.
+void eachRow(const TarnReportRows& rows, const std::function<void(const QStringList&)>& write) {
+    QStringList cells;
+    const qsizetype count = rows.rowCount();
+    for (qsizetype r = 0; r < count; ++r) {
+        cells.clear();
+        rows.cells(r, cells);
+        write(cells);
+    }
+}
+
+QString toText(const std::function<bool(QIODevice*)>& write) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    write(&buffer);
+    return QString::fromUtf8(buffer.data());
+}
+
 }  // namespace
 
-QString TarnExport::genCsv(const TarnExportTable& table, const QString& separator) {
-    QString out = csvLine(table.columns(), separator);
-    for (const QStringList& row : table.rows()) out += csvLine(row, separator);
-    return out;
+bool TarnExport::writeCsv(const TarnReportRows& rows, const QString& separator, QIODevice* device) {
+    TarnReportSink sink(device);
+    const QStringList headers = rows.headers();
+    csvLine(sink, headers, headers.size(), separator);
+    eachRow(rows,
+            [&](const QStringList& cells) { csvLine(sink, cells, headers.size(), separator); });
+    return sink.flush();
+}
+
+bool TarnExport::writeHtml(const TarnReportRows& rows, QIODevice* device) {
+    TarnReportSink sink(device);
+    const QStringList headers = rows.headers();
+    sink.append(QLatin1StringView(kHtmlHead));
+    sink.append(QLatin1StringView("<body><h1>"));
+    sink.appendText(rows.title());
+    sink.append(QLatin1StringView(
+        "</h1><div>"
+        "<table id='resultTb' class='display cell-border' cellspacing='0' width='100%'>"
+        "<thead><tr>"));
+    htmlCells(sink, headers, headers.size(), QLatin1StringView("<th>"), QLatin1StringView("</th>"));
+    sink.append(QLatin1StringView("</tr></thead><tbody>"));
+    eachRow(rows, [&](const QStringList& cells) {
+        sink.append(QLatin1StringView("<tr>"));
+        htmlCells(sink, cells, headers.size(), QLatin1StringView("<td>"),
+                  QLatin1StringView("</td>"));
+        sink.append(QLatin1StringView("</tr>"));
+    });
+    sink.append(QLatin1StringView("</tbody></table></div></body></html>"));
+    return sink.flush();
+}
+
+bool TarnExport::writeJson(const TarnReportRows& rows, QIODevice* device) {
+    TarnReportSink sink(device);
+    TarnJsonWriter json(sink);
+    const QStringList headers = rows.headers();
+    auto array = [&](const QStringList& texts) {
+        json.beginArray();
+        for (qsizetype c = 0; c < headers.size(); ++c) json.string(texts.value(c));
+        json.endArray();
+    };
+    json.beginObject();
+    json.key(QLatin1StringView("columns"));
+    array(headers);
+    json.key(QLatin1StringView("rows"));
+    json.beginArray();
+    eachRow(rows, array);
+    json.endArray();
+    json.key(QLatin1StringView("title"));
+    json.string(rows.title());
+    json.endObject();
+    return sink.flush();
+}
+
+QString TarnExport::genCsv(const TarnReportRows& rows, const QString& separator) {
+    return toText([&](QIODevice* device) { return writeCsv(rows, separator, device); });
+}
+
+QString TarnExport::genHtml(const TarnReportRows& rows) {
+    return toText([&](QIODevice* device) { return writeHtml(rows, device); });
+}
+
+QString TarnExport::genJson(const TarnReportRows& rows) {
+    return toText([&](QIODevice* device) { return writeJson(rows, device); });
 }
 
 QString TarnExport::stringByEncodingXMLEntities(const QString& text) {
     if (text.isEmpty()) return QString(QLatin1String(""));
-    QString out = text;
-    out.replace(QLatin1Char('&'), QLatin1String("&amp;"));
-    out.replace(QLatin1Char('\''), QLatin1String("&apos;"));
-    out.replace(QLatin1Char('"'), QLatin1String("&quot;"));
-    out.replace(QLatin1Char('<'), QLatin1String("&lt;"));
-    out.replace(QLatin1Char('>'), QLatin1String("&gt;"));
-    return out;
-}
-
-QString TarnExport::genHtml(const TarnExportTable& table) {
-    QString out = QString::fromLatin1(kHtmlHead);
-    out += QLatin1String("<body><h1>") + table.title() + QLatin1String("</h1><div>");
-    out += QLatin1String(
-        "<table id='resultTb' class='display cell-border' cellspacing='0' width='100%'>"
-        "<thead><tr>");
-    for (const QString& column : table.columns()) {
-        out += QLatin1String("<th>") + stringByEncodingXMLEntities(column) + QLatin1String("</th>");
-    }
-    out += QLatin1String("</tr></thead><tbody>");
-    for (const QStringList& row : table.rows()) {
-        out += QLatin1String("<tr>");
-        for (const QString& cell : row) {
-            out +=
-                QLatin1String("<td>") + stringByEncodingXMLEntities(cell) + QLatin1String("</td>");
+    QString out;
+    out.reserve(text.size());
+    for (const QChar c : text) {
+        if (const char* entity = xmlEntity(c.unicode())) {
+            out += QLatin1StringView(entity);
+        } else {
+            out += c;
         }
-        out += QLatin1String("</tr>");
     }
-    out += QLatin1String("</tbody></table></div></body></html>");
     return out;
-}
-
-QString TarnExport::genJson(const TarnExportTable& table) {
-    QJsonArray rows;
-    for (const QStringList& row : table.rows()) rows.append(QJsonArray::fromStringList(row));
-    QJsonObject root;
-    root.insert(QStringLiteral("title"), table.title());
-    root.insert(QStringLiteral("columns"), QJsonArray::fromStringList(table.columns()));
-    root.insert(QStringLiteral("rows"), rows);
-    return QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Indented));
 }

@@ -1,101 +1,163 @@
 #include "report/TarnJsonReport.h"
 
 #include <QByteArray>
-#include <QJsonDocument>
 
+#include "database/TarnCore.h"
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
+#include "report/TarnJsonWriter.h"
+#include "report/TarnReportSink.h"
 
 namespace {
 
-QJsonValue textOrNull(const QString& text) {
-    return text.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
-}
-
-QJsonArray rateArray(const TarnRate& rate) {
-    return QJsonArray{qint64(rate.numerator), qint64(rate.denominator)};
+void rate(TarnJsonWriter& json, const TarnRate& value) {
+    json.beginArray();
+    json.number(qint64(value.numerator));
+    json.number(qint64(value.denominator));
+    json.endArray();
 }
 
 // The four-character code as text, or null when the reader set none.
-QJsonValue fourcc(const TarnDatabaseItem& item) {
+void fourcc(TarnJsonWriter& json, const TarnDatabaseItem& item) {
     const char* code = item.DB_CompressionFourCC();
-    if (code[0] == 0 && code[1] == 0 && code[2] == 0 && code[3] == 0) return QJsonValue::Null;
-    return QString::fromLatin1(code, 4);
+    if (code[0] == 0 && code[1] == 0 && code[2] == 0 && code[3] == 0) {
+        json.null();
+    } else {
+        json.string(QString::fromLatin1(code, 4));
+    }
+}
+
+void uid(TarnJsonWriter& json, const quint8* uid, quint32 uidSize) {
+    json.stringOrNull(TarnJsonReport::uidHex(uid, uidSize));
+}
+
+void date(TarnJsonWriter& json, const QDateTime& date) {
+    if (date.isValid()) {
+        json.string(date.toUTC().toString(Qt::ISODate));
+    } else {
+        json.null();
+    }
 }
 
 }  // namespace
 
-QJsonValue TarnJsonReport::uidHex(const quint8* uid, quint32 uidSize) {
-    if (!uid) return QJsonValue::Null;
+QString TarnJsonReport::uidHex(const quint8* uid, quint32 uidSize) {
+    if (!uid) return QString();
     const char* bytes = reinterpret_cast<const char*>(uid);
     if (uidSize == 8) return QString::fromLatin1(QByteArray(bytes, 32).toHex());
     if (uidSize == 2) return QString::fromLatin1(QByteArray(bytes + 16, 8).toHex());
-    return QJsonValue::Null;
+    return QString();
 }
 
-QJsonObject TarnJsonReport::itemObject(const TarnDatabaseItem& item) {
-    QJsonObject o;
-    o.insert(QStringLiteral("path"), textOrNull(item.DB_itemPath));
-    o.insert(QStringLiteral("file_name"), textOrNull(item.DB_ClipName));
-    o.insert(QStringLiteral("clip_name"), textOrNull(item.DB_NameInBin));
-    o.insert(QStringLiteral("project"), item.get_DB_ProjectName());
-    o.insert(QStringLiteral("file_package_uid"),
-             uidHex(item.DB_filePackageUID(), item.DB_SizeofUID));
-    o.insert(QStringLiteral("material_package_uid"),
-             uidHex(item.DB_materialPackageUID(), item.DB_SizeofUID));
-    o.insert(QStringLiteral("uid_size"), qint64(item.DB_SizeofUID));
-    o.insert(QStringLiteral("hash"), TarnColumns::cellText(TarnColumn::Hash, item));
-    o.insert(QStringLiteral("size"), item.DB_filesize ? QJsonValue(qint64(*item.DB_filesize))
-                                                      : QJsonValue(QJsonValue::Null));
-    o.insert(QStringLiteral("exists"), bool(item.DB_FileExists));
-    o.insert(QStringLiteral("valid"), bool(item.DB_isValid));
-    o.insert(QStringLiteral("ama"), item.DB_isAMA);
-    o.insert(QStringLiteral("referenced"), item.DB_isReferenced);
-    o.insert(QStringLiteral("good_umid"), item.DB_isGoodUUID);
-    o.insert(QStringLiteral("portable_name"), item.DB_isPortableFilename);
-    o.insert(QStringLiteral("usage_code"), item.DB_usageCode);
-    o.insert(QStringLiteral("kind"), TarnDatabaseItem::kindForUsageCode(item.DB_usageCode));
-    o.insert(QStringLiteral("compression"), textOrNull(item.DB_CompressionString));
-    o.insert(QStringLiteral("fourcc"), fourcc(item));
-    o.insert(QStringLiteral("resolution_id"), qint64(item.DB_DIDResolutionID));
-    o.insert(QStringLiteral("frame_rate"), rateArray(item.DB_framerate()));
-    o.insert(QStringLiteral("sample_rate"), rateArray(item.DB_samplerate()));
-    o.insert(QStringLiteral("bits"), qint64(item.DB_bits));
-    o.insert(QStringLiteral("date"), item.DB_Date.isValid()
-                                         ? QJsonValue(item.DB_Date.toUTC().toString(Qt::ISODate))
-                                         : QJsonValue(QJsonValue::Null));
-    o.insert(QStringLiteral("frame_rate_text"),
-             textOrNull(TarnColumns::cellText(TarnColumn::Framerate, item)));
-    o.insert(QStringLiteral("sample_rate_text"),
-             textOrNull(TarnColumns::cellText(TarnColumn::Samplerate, item)));
-    return o;
+void TarnJsonReport::writeItem(TarnJsonWriter& json, const TarnDatabaseItem& item) {
+    json.beginObject();
+    json.key(QLatin1StringView("ama"));
+    json.boolean(item.DB_isAMA);
+    json.key(QLatin1StringView("bits"));
+    json.number(qint64(item.DB_bits));
+    json.key(QLatin1StringView("clip_name"));
+    json.stringOrNull(item.DB_NameInBin);
+    json.key(QLatin1StringView("compression"));
+    json.stringOrNull(item.DB_CompressionString);
+    json.key(QLatin1StringView("date"));
+    date(json, item.DB_Date);
+    json.key(QLatin1StringView("exists"));
+    json.boolean(item.DB_FileExists);
+    json.key(QLatin1StringView("file_name"));
+    json.stringOrNull(item.DB_ClipName);
+    json.key(QLatin1StringView("file_package_uid"));
+    uid(json, item.DB_filePackageUID(), item.DB_SizeofUID);
+    json.key(QLatin1StringView("fourcc"));
+    fourcc(json, item);
+    json.key(QLatin1StringView("frame_rate"));
+    rate(json, item.DB_framerate());
+    json.key(QLatin1StringView("frame_rate_text"));
+    json.stringOrNull(TarnColumns::cellText(TarnColumn::Framerate, item));
+    json.key(QLatin1StringView("good_umid"));
+    json.boolean(item.DB_isGoodUUID);
+    json.key(QLatin1StringView("hash"));
+    json.string(TarnColumns::cellText(TarnColumn::Hash, item));
+    json.key(QLatin1StringView("kind"));
+    json.string(TarnDatabaseItem::kindForUsageCode(item.DB_usageCode));
+    json.key(QLatin1StringView("material_package_uid"));
+    uid(json, item.DB_materialPackageUID(), item.DB_SizeofUID);
+    json.key(QLatin1StringView("path"));
+    json.stringOrNull(item.DB_itemPath);
+    json.key(QLatin1StringView("portable_name"));
+    json.boolean(item.DB_isPortableFilename);
+    json.key(QLatin1StringView("project"));
+    json.string(item.get_DB_ProjectName());
+    json.key(QLatin1StringView("referenced"));
+    json.boolean(item.DB_isReferenced);
+    json.key(QLatin1StringView("resolution_id"));
+    json.number(qint64(item.DB_DIDResolutionID));
+    json.key(QLatin1StringView("sample_rate"));
+    rate(json, item.DB_samplerate());
+    json.key(QLatin1StringView("sample_rate_text"));
+    json.stringOrNull(TarnColumns::cellText(TarnColumn::Samplerate, item));
+    json.key(QLatin1StringView("size"));
+    if (item.DB_filesize) {
+        json.number(qint64(*item.DB_filesize));
+    } else {
+        json.null();
+    }
+    json.key(QLatin1StringView("uid_size"));
+    json.number(qint64(item.DB_SizeofUID));
+    json.key(QLatin1StringView("usage_code"));
+    json.number(item.DB_usageCode);
+    json.key(QLatin1StringView("valid"));
+    json.boolean(item.DB_isValid);
+    json.endObject();
 }
 
-QJsonObject TarnJsonReport::projectObject(const QString& name, quint32 files, quint64 size,
-                                          bool shown) {
-    QJsonObject o;
-    o.insert(QStringLiteral("name"), name);
-    o.insert(QStringLiteral("files"), qint64(files));
-    o.insert(QStringLiteral("size"), qint64(size));
-    o.insert(QStringLiteral("shown"), shown);
-    return o;
+void TarnJsonReport::writeProject(TarnJsonWriter& json, const QString& name, quint32 files,
+                                  quint64 size, bool shown) {
+    json.beginObject();
+    json.key(QLatin1StringView("files"));
+    json.number(qint64(files));
+    json.key(QLatin1StringView("name"));
+    json.string(name);
+    json.key(QLatin1StringView("shown"));
+    json.boolean(shown);
+    json.key(QLatin1StringView("size"));
+    json.number(qint64(size));
+    json.endObject();
 }
 
-QJsonObject TarnJsonReport::summaryObject(quint64 itemsInDatabase, quint64 projectsCount,
-                                          quint64 filteredItems, quint64 filteredSize) {
-    QJsonObject o;
-    o.insert(QStringLiteral("items_in_database"), qint64(itemsInDatabase));
-    o.insert(QStringLiteral("projects_count"), qint64(projectsCount));
-    o.insert(QStringLiteral("filtered_items"), qint64(filteredItems));
-    o.insert(QStringLiteral("filtered_size"), qint64(filteredSize));
-    return o;
+void TarnJsonReport::writeSummary(TarnJsonWriter& json, quint64 itemsInDatabase,
+                                  quint64 projectsCount, quint64 filteredItems,
+                                  quint64 filteredSize) {
+    json.beginObject();
+    json.key(QLatin1StringView("filtered_items"));
+    json.number(qint64(filteredItems));
+    json.key(QLatin1StringView("filtered_size"));
+    json.number(qint64(filteredSize));
+    json.key(QLatin1StringView("items_in_database"));
+    json.number(qint64(itemsInDatabase));
+    json.key(QLatin1StringView("projects_count"));
+    json.number(qint64(projectsCount));
+    json.endObject();
 }
 
-QString TarnJsonReport::document(const QJsonArray& items, const QJsonArray& projects,
-                                 const QJsonObject& summary) {
-    QJsonObject root;
-    root.insert(QStringLiteral("items"), items);
-    root.insert(QStringLiteral("projects"), projects);
-    root.insert(QStringLiteral("summary"), summary);
-    return QString::fromUtf8(QJsonDocument(root).toJson(QJsonDocument::Indented));
+bool TarnJsonReport::write(const TarnCore& core, QIODevice* device) {
+    TarnReportSink sink(device);
+    TarnJsonWriter json(sink);
+    json.beginObject();
+    json.key(QLatin1StringView("items"));
+    json.beginArray();
+    for (qsizetype row = 0; row < core.getFilteredIndexesCount(); ++row) {
+        if (const TarnItemPtr item = core.ObjectAtIndexFiltered(row)) writeItem(json, *item);
+    }
+    json.endArray();
+    json.key(QLatin1StringView("projects"));
+    json.beginArray();
+    for (const TarnProjectPtr& p : core.ProjectsSummaryA()) {
+        writeProject(json, p->name, p->FilesCount, p->SizeValue, p->mustBeShownInList.load());
+    }
+    json.endArray();
+    json.key(QLatin1StringView("summary"));
+    writeSummary(json, quint64(core.getAllItemsCount()), quint64(core.getProjectsCount()),
+                 quint64(core.getFilteredIndexesCount()), core.FilteredItemsSize());
+    json.endObject();
+    return sink.flush();
 }

@@ -1,0 +1,101 @@
+#include "report/TarnReportSink.h"
+
+#include <QChar>
+
+#include <algorithm>
+
+TarnReportSink::TarnReportSink(QIODevice* device, qsizetype bufferSize)
+    : device_(device), buffer_(std::max<qsizetype>(bufferSize, 64), Qt::Uninitialized) {}
+
+TarnReportSink::~TarnReportSink() {
+    flush();
+}
+
+void TarnReportSink::append(QLatin1StringView ascii) {
+    const char* p = ascii.data();
+    qsizetype left = ascii.size();
+    while (left > 0) {
+        if (used_ == buffer_.size()) spill();
+        const qsizetype n = std::min(left, buffer_.size() - used_);
+        std::copy_n(p, n, buffer_.data() + used_);
+        used_ += n;
+        p += n;
+        left -= n;
+    }
+}
+
+void TarnReportSink::appendText(QStringView text) {
+    const char16_t* p = text.utf16();
+    const char16_t* const end = p + text.size();
+    while (p != end) {
+        if (*p >= 0x80) {
+            const char16_t* q = p;
+            while (q != end && *q >= 0x80) ++q;
+            appendNonAscii(p, q);
+            p = q;
+            continue;
+        }
+        if (used_ == buffer_.size()) spill();
+        char* out = buffer_.data() + used_;
+        const char16_t* stop = p + std::min<qsizetype>(end - p, buffer_.size() - used_);
+        while (p != stop && *p < 0x80) *out++ = char(*p++);
+        used_ = out - buffer_.data();
+    }
+}
+
+// UTF-16 units of 0x80 and above: two or three bytes each, four for a
+// surrogate pair, "?" for a surrogate without its partner.
+void TarnReportSink::appendNonAscii(const char16_t* p, const char16_t* end) {
+    while (p != end) {
+        char32_t c = *p++;
+        if (QChar::isSurrogate(c)) {
+            if (QChar::isHighSurrogate(c) && p != end && QChar::isLowSurrogate(*p)) {
+                c = QChar::surrogateToUcs4(char16_t(c), *p++);
+            } else {
+                append('?');
+                continue;
+            }
+        }
+        char bytes[4];
+        int n;
+        if (c < 0x800) {
+            bytes[0] = char(0xC0 | (c >> 6));
+            n = 1;
+        } else if (c < 0x10000) {
+            bytes[0] = char(0xE0 | (c >> 12));
+            bytes[1] = char(0x80 | ((c >> 6) & 0x3F));
+            n = 2;
+        } else {
+            bytes[0] = char(0xF0 | (c >> 18));
+            bytes[1] = char(0x80 | ((c >> 12) & 0x3F));
+            bytes[2] = char(0x80 | ((c >> 6) & 0x3F));
+            n = 3;
+        }
+        bytes[n++] = char(0x80 | (c & 0x3F));
+        append(QLatin1StringView(bytes, n));
+    }
+}
+
+void TarnReportSink::spill() {
+    writeOut(buffer_.constData(), used_);
+    used_ = 0;
+}
+
+bool TarnReportSink::flush() {
+    spill();
+    return ok_;
+}
+
+// A device may take less than it was given (a pipe, a socket): the rest is
+// offered again until all is written or the device fails.
+void TarnReportSink::writeOut(const char* data, qsizetype length) {
+    while (ok_ && length > 0) {
+        const qint64 written = device_->write(data, length);
+        if (written <= 0) {
+            ok_ = false;
+            break;
+        }
+        data += written;
+        length -= written;
+    }
+}

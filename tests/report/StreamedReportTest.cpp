@@ -1,0 +1,236 @@
+// Reports are written as they are made, through a buffer of fixed size. These
+// check that a report of many rows, whose texts cross the buffer's boundaries
+// and which goes to a device that takes a few bytes at a time, has the bytes
+// of the same report built whole.
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTimeZone>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "database/TarnCore.h"
+#include "database/TarnFilter.h"
+#include "items/TarnDatabaseItem.h"
+#include "report/TarnExport.h"
+#include "report/TarnExportTable.h"
+#include "report/TarnJsonReport.h"
+#include "report/TarnReportSink.h"
+
+namespace {
+
+QString units(std::initializer_list<char16_t> codes) {
+    QString text;
+    for (char16_t c : codes) text.append(QChar(c));
+    return text;
+}
+
+// Texts the formats must escape or encode: quotes, separators, control
+// characters, markup, characters of two, three and four UTF-8 bytes, and
+// surrogates without their partner (which UTF-8 cannot hold).
+const QList<QString> kTexts = {
+    QString(),
+    QStringLiteral(""),
+    QStringLiteral("A001C002_V01.mxf"),
+    QStringLiteral("say \"hi\"; now, then \\ back"),
+    QStringLiteral("line one\nline two\r\ttab\b\f"),
+    units({0x01, 0x1f, 0x7f, 0x00, u'x'}),
+    QStringLiteral("Tom & Jerry <x> it's"),
+    QStringLiteral("Café été Ñandú"),
+    QStringLiteral("東京 素材 クリップ"),
+    QStringLiteral("clip 🎬 take 2"),
+    units({u'a', 0xD800, u'b'}),
+    units({0xDC00, u'c'}),
+    units({u'e', 0xD83C}),
+};
+
+QString textAt(int i) {
+    return kTexts.at(i % kTexts.size());
+}
+
+// Takes at most seven bytes per write, as a pipe or a socket may.
+class TrickleDevice : public QIODevice {
+  public:
+    TrickleDevice() { open(QIODevice::WriteOnly); }
+    QByteArray bytes;
+
+  protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char* data, qint64 length) override {
+        const qint64 n = std::min<qint64>(length, 7);
+        bytes.append(data, n);
+        return n;
+    }
+};
+
+// Refuses every write, as a full disk does.
+class FullDevice : public QIODevice {
+  public:
+    FullDevice() { open(QIODevice::WriteOnly); }
+
+  protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64) override { return -1; }
+};
+
+TarnExportTable tableOf(int rows) {
+    TarnExportTable table(
+        QStringLiteral("Tarn <media> & \"more\""),
+        {QStringLiteral("File \"Name\""), QStringLiteral("Project"), QStringLiteral("Path")});
+    for (int r = 0; r < rows; ++r) {
+        table.addRow(
+            {textAt(r), textAt(r / 3) + QString::number(r), textAt(r + 5).repeated(r % 9)});
+    }
+    return table;
+}
+
+// An item whose every field takes one of the awkward values in turn.
+TarnItemPtr awkwardItem(int i) {
+    auto item = std::make_shared<TarnDatabaseItem>();
+    item->DB_ClipName = textAt(i) + QString::number(i);
+    item->DB_NameInBin = textAt(i + 1);
+    if (i % 4) item->DB_ProjectName = textAt(i / 4);
+    item->DB_itemPath = QStringLiteral("/Volumes/Média/Avid MediaFiles/MXF/1/") + textAt(i + 2);
+    item->DB_CompressionString = textAt(i + 3);
+    item->DB_SizeofUID = (i % 3 == 0) ? 8 : (i % 3 == 1 ? 2 : 0);
+    for (int b = 0; b < 32; ++b) {
+        item->filePackageUID[b] = quint8(i * 31 + b);
+        item->materialPackageUID[b] = quint8(i * 17 + b * 3);
+    }
+    const char codes[][4] = {{0, 0, 0, 0},
+                             {'A', 'V', 'd', 'n'},
+                             {'_', 'A', 'U', 'D'},
+                             {'A', 'V', 0, 0},
+                             {'\xe9', '"', '\\', '\x01'}};
+    std::memcpy(item->CompressionFourCC, codes[i % 5], 4);
+    if (i % 5) item->DB_filesize = quint64(i) * 1000003u * (i % 7 == 0 ? 1000000000u : 1u);
+    item->DB_FileExists = i % 6 != 0;
+    item->DB_isAMA = i % 11 == 0;
+    item->DB_usageCode = (i % 9) - 3;
+    item->DB_DIDResolutionID = quint32(i % 4 == 0 ? 1235 : i);
+    item->DB_bits = quint32(i % 3) * 8;
+    item->setFrameRateNumerator(quint32(i % 4 == 0 ? 2997 : 25), i % 5 == 0 ? 0 : 100);
+    item->setSampleRateNumerator(48000, quint32(i % 2));
+    const QDateTime dates[] = {
+        QDateTime(),
+        QDateTime(QDate(2024, 1, 31), QTime(9, 45, 2), QTimeZone::utc()),
+        QDateTime(QDate(1969, 7, 20), QTime(20, 17, 40), QTimeZone::utc()),
+        QDateTime::fromMSecsSinceEpoch(1706694302123, QTimeZone::utc()),
+        QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59), QTimeZone::utc()),
+    };
+    item->DB_Date = dates[i % 5];
+    return item;
+}
+
+}  // namespace
+
+TEST(StreamedReport, SinkEncodesTextAsQtDoes) {
+    QList<QString> texts = kTexts;
+    QString all;
+    for (const QString& text : kTexts) all += text;
+    texts.append(all.repeated(40));  // well past the buffer
+    for (const QString& text : texts) {
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        {
+            TarnReportSink sink(&buffer, 64);
+            sink.appendText(text);
+        }
+        EXPECT_EQ(buffer.data(), text.toUtf8()) << text.toStdString();
+    }
+}
+
+TEST(StreamedReport, JsonReportHasTheBytesOfQtIndentedJson) {
+    TarnCore core;
+    QList<TarnItemPtr> items;
+    for (int i = 0; i < 1500; ++i) items.append(awkwardItem(i));
+    core.AddItemsFromArray(items);
+    core.LoadDefaults();
+    ASSERT_EQ(core.getFilteredIndexesCount(), 1500);
+
+    TrickleDevice device;
+    ASSERT_TRUE(TarnJsonReport::write(core, &device));
+    QJsonParseError error;
+    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes, &error);
+    ASSERT_EQ(error.error, QJsonParseError::NoError) << qPrintable(error.errorString());
+    // Qt writes members in key order, four blanks per level, its own escapes.
+    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
+
+    const QJsonArray rows = parsed.object().value(QStringLiteral("items")).toArray();
+    ASSERT_EQ(rows.size(), 1500);
+    for (qsizetype row = 0; row < rows.size(); row += 97) {
+        const TarnItemPtr item = core.ObjectAtIndexFiltered(row);
+        EXPECT_EQ(rows.at(row).toObject().value(QStringLiteral("path")).toString(),
+                  item->DB_itemPath);
+    }
+    TarnFilter::sharedFilter()->ResetFilter();
+}
+
+TEST(StreamedReport, EmptyViewIsAWholeDocument) {
+    TarnCore core;
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    ASSERT_TRUE(TarnJsonReport::write(core, &buffer));
+    const QJsonDocument parsed = QJsonDocument::fromJson(buffer.data());
+    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == buffer.data());
+    EXPECT_TRUE(parsed.object().value(QStringLiteral("items")).toArray().isEmpty());
+}
+
+// The header (or page head) of the empty table, each row as a one-row table
+// writes it, then the end: the large table must be exactly that.
+TEST(StreamedReport, LargeTableIsItsRowsWrittenAlone) {
+    const TarnExportTable large = tableOf(2500);
+    struct Format {
+        const char* name;
+        std::function<bool(const TarnReportRows&, QIODevice*)> write;
+        QString end;
+    };
+    const QList<Format> formats = {
+        {"csv",
+         [](const TarnReportRows& rows, QIODevice* device) {
+             return TarnExport::writeCsv(rows, QStringLiteral(";"), device);
+         },
+         QString()},
+        {"html", &TarnExport::writeHtml, QStringLiteral("</tbody></table></div></body></html>")},
+    };
+    for (const Format& format : formats) {
+        auto whole = [&](const TarnReportRows& rows) {
+            QBuffer buffer;
+            buffer.open(QIODevice::WriteOnly);
+            format.write(rows, &buffer);
+            return QString::fromUtf8(buffer.data());
+        };
+        const QString head = whole(tableOf(0)).chopped(format.end.size());
+        QString expected = head;
+        for (const QStringList& row : large.rows()) {
+            TarnExportTable one(large.title(), large.columns());
+            one.addRow(row);
+            const QString text = whole(one);
+            expected += text.mid(head.size(), text.size() - head.size() - format.end.size());
+        }
+        expected += format.end;
+
+        TrickleDevice device;
+        ASSERT_TRUE(format.write(large, &device)) << format.name;
+        EXPECT_TRUE(device.bytes == expected.toUtf8()) << format.name;
+    }
+
+    TrickleDevice device;
+    ASSERT_TRUE(TarnExport::writeJson(large, &device));
+    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes);
+    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
+    EXPECT_EQ(parsed.object().value(QStringLiteral("rows")).toArray().size(), 2500);
+}
+
+TEST(StreamedReport, AFailedDeviceFailsTheReport) {
+    FullDevice device;
+    EXPECT_FALSE(TarnExport::writeCsv(tableOf(3), QStringLiteral(","), &device));
+    EXPECT_FALSE(TarnExport::writeHtml(tableOf(3), &device));
+    TarnCore core;
+    EXPECT_FALSE(TarnJsonReport::write(core, &device));
+}
