@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QMutex>
+#include <QTimeZone>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -86,6 +87,14 @@ bool statFile(int dirFd, const QString& lookup, const QString& path, quint64& si
     created =
         QDateTime::fromMSecsSinceEpoch(qint64(t.tv_sec) * 1000 + t.tv_nsec / 1000000, Qt::UTC);
     return true;
+}
+
+// The date in the system's time zone. Qt's own local-time conversion asks the
+// C library, which looks at the zone file on disk for every date; the zone,
+// looked up once, converts without a system call.
+QDateTime localDate(const QDateTime& date) {
+    static const QTimeZone zone = QTimeZone::systemTimeZone();
+    return zone.isValid() ? date.toTimeZone(zone) : date.toLocalTime();
 }
 
 }  // namespace
@@ -331,21 +340,26 @@ QString TarnDatabaseItem::getMaterialUIDString() const {
 QString TarnDatabaseItem::getStringForUID(const quint8* uid) const {
     if (!uid) return QString();
     static const char digits[] = "0123456789abcdef";
-    QString out = QStringLiteral("{ ");
+    // "{ " + 64 digits + 7 dashes + " }" at most, made in place and copied once.
+    char text[80];
+    int n = 0;
+    text[n++] = '{';
+    text[n++] = ' ';
     auto put = [&](quint8 byte) {
-        out.append(QLatin1Char(digits[byte >> 4]));
-        out.append(QLatin1Char(digits[byte & 0x0f]));
+        text[n++] = digits[byte >> 4];
+        text[n++] = digits[byte & 0x0f];
     };
     if (DB_SizeofUID == 8) {
         for (int i = 0; i < 32; ++i) {
             put(uid[i]);
-            if (i % 4 == 3 && i != 31) out.append(QLatin1Char('-'));
+            if (i % 4 == 3 && i != 31) text[n++] = '-';
         }
     } else {
         for (int i = 16; i < 24; ++i) put(uid[i]);
     }
-    out.append(QLatin1String(" }"));
-    return out;
+    text[n++] = ' ';
+    text[n++] = '}';
+    return QString::fromLatin1(text, n);
 }
 
 QString TarnDatabaseItem::get_DB_ProjectName() const {
@@ -365,7 +379,7 @@ QString TarnDatabaseItem::DB_Date_String() const {
     QMutexLocker locker(&mutex);
     if (!dateStringMade_.load(std::memory_order_relaxed)) {
         if (DB_Date.isValid())
-            dateString_ = QLocale().toString(DB_Date.toLocalTime(), QLocale::ShortFormat);
+            dateString_ = QLocale().toString(localDate(DB_Date), QLocale::ShortFormat);
         dateStringMade_.store(true, std::memory_order_release);
     }
     return dateString_;

@@ -1,7 +1,5 @@
 #include "report/TarnJsonReport.h"
 
-#include <QByteArray>
-
 #include "database/TarnCore.h"
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
@@ -27,8 +25,28 @@ void fourcc(TarnJsonWriter& json, const TarnDatabaseItem& item) {
     }
 }
 
+// Lowercase hex of the identifier's bytes into `text` (64 digits at most);
+// the digit count, 0 when the size names no identifier.
+int hexOfUid(const quint8* uid, quint32 uidSize, char* text) {
+    static const char digits[] = "0123456789abcdef";
+    if (!uid || (uidSize != 8 && uidSize != 2)) return 0;
+    const int first = uidSize == 8 ? 0 : 16;
+    const int count = uidSize == 8 ? 32 : 8;
+    for (int i = 0; i < count; ++i) {
+        text[2 * i] = digits[uid[first + i] >> 4];
+        text[2 * i + 1] = digits[uid[first + i] & 0x0f];
+    }
+    return 2 * count;
+}
+
 void uid(TarnJsonWriter& json, const quint8* uid, quint32 uidSize) {
-    json.stringOrNull(TarnJsonReport::uidHex(uid, uidSize));
+    char text[64];
+    const int n = hexOfUid(uid, uidSize, text);
+    if (n == 0) {
+        json.null();
+    } else {
+        json.plainString(QLatin1StringView(text, n));
+    }
 }
 
 void date(TarnJsonWriter& json, const QDateTime& date) {
@@ -42,11 +60,9 @@ void date(TarnJsonWriter& json, const QDateTime& date) {
 }  // namespace
 
 QString TarnJsonReport::uidHex(const quint8* uid, quint32 uidSize) {
-    if (!uid) return QString();
-    const char* bytes = reinterpret_cast<const char*>(uid);
-    if (uidSize == 8) return QString::fromLatin1(QByteArray(bytes, 32).toHex());
-    if (uidSize == 2) return QString::fromLatin1(QByteArray(bytes + 16, 8).toHex());
-    return QString();
+    char text[64];
+    const int n = hexOfUid(uid, uidSize, text);
+    return n == 0 ? QString() : QString::fromLatin1(text, n);
 }
 
 void TarnJsonReport::writeItem(TarnJsonWriter& json, const TarnDatabaseItem& item) {

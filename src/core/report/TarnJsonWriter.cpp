@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QChar>
 
+#include <algorithm>
+
 #include "report/TarnReportSink.h"
 
 namespace {
@@ -13,8 +15,16 @@ char hexDigit(uint v) {
 
 }  // namespace
 
-void TarnJsonWriter::newLineAndIndent(qsizetype levels) {
-    for (qsizetype i = 0; i < levels; ++i) sink_.append(QLatin1StringView("    "));
+// A separator (",\n" or "\n") and four blanks per level, in one piece while
+// the nesting is shallow.
+void TarnJsonWriter::newLineAndIndent(bool comma, qsizetype levels) {
+    static const char kPiece[] =
+        ",\n                                                                ";
+    constexpr qsizetype kMaxLevels = (sizeof kPiece - 3) / 4;
+    const qsizetype start = comma ? 0 : 1;
+    const qsizetype shallow = std::min(levels, kMaxLevels);
+    sink_.append(QLatin1StringView(kPiece + start, 2 - start + 4 * shallow));
+    for (qsizetype i = shallow; i < levels; ++i) sink_.append(QLatin1StringView("    "));
 }
 
 void TarnJsonWriter::beforeValue() {
@@ -23,9 +33,9 @@ void TarnJsonWriter::beforeValue() {
         return;
     }
     if (hasMembers_.empty()) return;  // the document itself
-    if (hasMembers_.back()) sink_.append(QLatin1StringView(",\n"));
+    const bool comma = hasMembers_.back();
     hasMembers_.back() = true;
-    newLineAndIndent(qsizetype(hasMembers_.size()));
+    newLineAndIndent(comma, qsizetype(hasMembers_.size()));
 }
 
 void TarnJsonWriter::key(QLatin1StringView name) {
@@ -39,17 +49,15 @@ void TarnJsonWriter::key(QLatin1StringView name) {
 void TarnJsonWriter::open(char bracket) {
     beforeValue();
     sink_.append(bracket);
-    sink_.append('\n');
     hasMembers_.push_back(false);
 }
 
-// Qt ends the last member with a line feed; an empty container has its
+// Qt puts every member on a line of its own; an empty container has its
 // closing bracket on the line after the opening one.
 void TarnJsonWriter::close(char bracket) {
     if (hasMembers_.empty()) return;
-    if (hasMembers_.back()) sink_.append('\n');
     hasMembers_.pop_back();
-    newLineAndIndent(qsizetype(hasMembers_.size()));
+    newLineAndIndent(false, qsizetype(hasMembers_.size()));
     sink_.append(bracket);
     if (hasMembers_.empty()) sink_.append('\n');
 }

@@ -40,7 +40,7 @@ class TarnJsonWriter {
     void beforeValue();
     void open(char bracket);
     void close(char bracket);
-    void newLineAndIndent(qsizetype levels);
+    void newLineAndIndent(bool comma, qsizetype levels);
 
     TarnReportSink& sink_;
     // One entry per open container: whether it has a member yet.

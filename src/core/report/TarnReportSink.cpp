@@ -5,19 +5,21 @@
 #include <algorithm>
 
 TarnReportSink::TarnReportSink(QIODevice* device, qsizetype bufferSize)
-    : device_(device), buffer_(std::max<qsizetype>(bufferSize, 64), Qt::Uninitialized) {}
+    : device_(device),
+      size_(std::max<qsizetype>(bufferSize, 64)),
+      buffer_(std::make_unique<char[]>(size_t(size_))) {}
 
 TarnReportSink::~TarnReportSink() {
     flush();
 }
 
-void TarnReportSink::append(QLatin1StringView ascii) {
+void TarnReportSink::appendPieces(QLatin1StringView ascii) {
     const char* p = ascii.data();
     qsizetype left = ascii.size();
     while (left > 0) {
-        if (used_ == buffer_.size()) spill();
-        const qsizetype n = std::min(left, buffer_.size() - used_);
-        std::copy_n(p, n, buffer_.data() + used_);
+        if (used_ == size_) spill();
+        const qsizetype n = std::min(left, size_ - used_);
+        std::copy_n(p, n, buffer_.get() + used_);
         used_ += n;
         p += n;
         left -= n;
@@ -35,11 +37,11 @@ void TarnReportSink::appendText(QStringView text) {
             p = q;
             continue;
         }
-        if (used_ == buffer_.size()) spill();
-        char* out = buffer_.data() + used_;
-        const char16_t* stop = p + std::min<qsizetype>(end - p, buffer_.size() - used_);
+        if (used_ == size_) spill();
+        char* out = buffer_.get() + used_;
+        const char16_t* stop = p + std::min<qsizetype>(end - p, size_ - used_);
         while (p != stop && *p < 0x80) *out++ = char(*p++);
-        used_ = out - buffer_.data();
+        used_ = out - buffer_.get();
     }
 }
 
@@ -77,7 +79,7 @@ void TarnReportSink::appendNonAscii(const char16_t* p, const char16_t* end) {
 }
 
 void TarnReportSink::spill() {
-    writeOut(buffer_.constData(), used_);
+    writeOut(buffer_.get(), used_);
     used_ = 0;
 }
 

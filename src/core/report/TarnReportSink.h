@@ -1,9 +1,11 @@
 #pragma once
 
-#include <QByteArray>
 #include <QIODevice>
 #include <QLatin1StringView>
 #include <QStringView>
+
+#include <cstring>
+#include <memory>
 
 // The UTF-8 output of a report: texts go into a buffer of fixed size that is
 // written to the device whenever it fills, so a report of any length needs
@@ -21,11 +23,18 @@ class TarnReportSink {
     TarnReportSink& operator=(const TarnReportSink&) = delete;
 
     void append(char c) {
-        if (used_ == buffer_.size()) spill();
-        buffer_.data()[used_++] = c;
+        if (used_ == size_) spill();
+        buffer_[used_++] = c;
     }
     // Markup, keys and numbers: ASCII only.
-    void append(QLatin1StringView ascii);
+    void append(QLatin1StringView ascii) {
+        if (ascii.size() <= size_ - used_) {
+            std::memcpy(buffer_.get() + used_, ascii.data(), size_t(ascii.size()));
+            used_ += ascii.size();
+        } else {
+            appendPieces(ascii);
+        }
+    }
     // Any text, encoded as UTF-8.
     void appendText(QStringView text);
     // The text with some characters replaced: `replacement(c)` gives the
@@ -50,11 +59,13 @@ class TarnReportSink {
 
   private:
     void spill();
+    void appendPieces(QLatin1StringView ascii);
     void appendNonAscii(const char16_t* begin, const char16_t* end);
     void writeOut(const char* data, qsizetype length);
 
     QIODevice* device_;
-    QByteArray buffer_;
+    qsizetype size_;
+    std::unique_ptr<char[]> buffer_;
     qsizetype used_ = 0;
     bool ok_ = true;
 };
