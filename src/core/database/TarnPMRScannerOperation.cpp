@@ -124,7 +124,10 @@ void TarnPMRScannerOperation::main() {
 
     quint32 counter = 0;
     while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
-        item->DB_itemPath = base + item->DB_ClipName;
+        // Built at its exact length: a path kept for every item would
+        // otherwise carry the doubled capacity of a grown string.
+        item->DB_itemPath.reserve(base.size() + item->DB_ClipName.size());
+        item->DB_itemPath.append(base).append(item->DB_ClipName);
         item->validatePathAt(folderHandle.fd(), item->DB_ClipName);
         // An AMA link's path now ends in ".aaf": that name is accounted for.
         const QString& path = item->DB_itemPath;

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QMutex>
+#include <QStringBuilder>
 #include <QTimeZone>
 
 #include <fcntl.h>
@@ -190,9 +191,9 @@ void TarnDatabaseItem::setupWithPmrBytes(const void* bytes, qsizetype length, qu
 }
 
 void TarnDatabaseItem::setupWithUnrefFile(const QString& folderPath, const QString& clipname) {
-    QString folder = folderPath;
-    if (!folder.endsWith(QLatin1Char('/'))) folder += QLatin1Char('/');
-    DB_itemPath = folder + clipname;
+    // At its exact length (the path is kept for the life of the item).
+    const QLatin1StringView slash(folderPath.endsWith(QLatin1Char('/')) ? "" : "/");
+    DB_itemPath = folderPath % slash % clipname;
     DB_ClipName = clipname;
     checkForAudioTypeByExtension();
     if (hash() == 0 && readsOwnMxfFile()) readOwnMediaFile();
