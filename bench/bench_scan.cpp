@@ -1,21 +1,29 @@
 // The media database on a synthetic volume of 200 media folders of 500 files
 // (100,000 items): a full scan against a bare walk of the same tree with
 // `find` (which stats every file, as the scan must), the scan's memory per
-// item, and the view operations on the 100,000 items in memory.
+// item, the whole `tarn scan` process writing each report format against the
+// same walk, and the view operations on the 100,000 items in memory.
 //
 //   bench_scan [ROOT]      ROOT: where the volume is made (kept for later runs)
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "AvbWriter.h"
@@ -26,6 +34,9 @@
 #include "database/TarnCore.h"
 #include "database/TarnFilter.h"
 #include "database/TarnScanner.h"
+#include "report/TarnExport.h"
+#include "report/TarnItemRows.h"
+#include "report/TarnJsonReport.h"
 
 namespace {
 
@@ -143,12 +154,144 @@ int memoryChild(const QString& root) {
     return 0;
 }
 
+// Counts what it is given and keeps nothing.
+class NullDevice : public QIODevice {
+  public:
+    NullDevice() { open(QIODevice::WriteOnly); }
+    qint64 bytes = 0;
+
+  protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64 length) override {
+        bytes += length;
+        return length;
+    }
+};
+
+// The reports alone, written from the scanned database to a device that
+// keeps nothing.
+void reportsInProcess(const TarnCore& core) {
+    const TarnItemRows rows(core, QStringLiteral("Tarn"));
+    const std::vector<std::pair<const char*, std::function<bool(QIODevice*)>>> reports = {
+        {"json", [&](QIODevice* d) { return TarnJsonReport::write(core, d); }},
+        {"csv", [&](QIODevice* d) { return TarnExport::writeCsv(rows, QStringLiteral(";"), d); }},
+        {"html", [&](QIODevice* d) { return TarnExport::writeHtml(rows, d); }},
+    };
+    for (const auto& [name, write] : reports) {
+        qint64 bytes = 0;
+        const double ms = medianMs(3, [&] {
+            NullDevice device;
+            write(&device);
+            bytes = device.bytes;
+        });
+        std::printf("report %-5s in process: %.0f ms for %.1f MB (%.0f MB/s)\n", name, ms,
+                    double(bytes) / 1e6, double(bytes) / 1e3 / ms);
+    }
+}
+
+// One whole process, its output and errors to /dev/null: wall time and peak
+// resident memory (the kernel's count for the child, in KiB).
+struct ProcessRun {
+    double ms = 0;
+    long peakKiB = 0;
+    bool ok = false;
+};
+
+ProcessRun runProcess(const std::vector<std::string>& argv) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    std::vector<char*> args;
+    for (const std::string& a : argv) args.push_back(const_cast<char*>(a.c_str()));
+    args.push_back(nullptr);
+    ProcessRun run;
+    pid_t pid = 0;
+    const auto start = Clock::now();
+    if (::posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ) == 0) {
+        int status = 0;
+        rusage usage{};
+        if (::wait4(pid, &status, 0, &usage) == pid) {
+            run.ms = msSince(start);
+            run.peakKiB = usage.ru_maxrss;
+            run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        }
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    return run;
+}
+
+// `tarn scan --volume ROOT` writing each report to /dev/null, in rounds that
+// alternate with the bare walk, so a load that comes and goes falls on both.
+// Ratios are taken within a round; the medians are printed.
+//
+// Runs in a small process of its own: a child starts with its parent's peak
+// memory as its own, and the benchmark's parent holds a scanned database.
+int wholeProcess(const QString& root, qsizetype items, int rounds) {
+    const std::string volume = QFile::encodeName(root).toStdString();
+    const std::vector<std::string> find = {"find", volume, "-type", "f", "-printf", "%s %C@\\n"};
+    struct Command {
+        const char* name;
+        std::vector<std::string> argv;
+        std::vector<double> ratios, ms;
+        std::vector<long> peaks;
+    };
+    std::vector<Command> commands;
+    for (const char* format : {"json", "csv", "html"}) {
+        commands.push_back(
+            {format,
+             {TARN_CLI_PATH, "scan", "--volume", volume, "--format", format, "-o", "/dev/null"},
+             {},
+             {},
+             {}});
+    }
+    commands.push_back(
+        {"summary", {TARN_CLI_PATH, "scan", "--volume", volume, "--summary"}, {}, {}, {}});
+    // The preferences at their defaults, whatever the user has set.
+    const QTemporaryDir settings;
+    qputenv("TARN_SETTINGS", QFile::encodeName(settings.filePath(QStringLiteral("settings.ini"))));
+    std::vector<double> findMs;
+    for (int round = 0; round < rounds; ++round) {
+        for (Command& command : commands) {
+            const ProcessRun walk = runProcess(find);
+            const ProcessRun run = runProcess(command.argv);
+            if (!walk.ok || !run.ok) {
+                std::printf("whole process: %s failed\n", command.name);
+                return 1;
+            }
+            findMs.push_back(walk.ms);
+            command.ms.push_back(run.ms);
+            command.ratios.push_back(run.ms / walk.ms);
+            command.peaks.push_back(run.peakKiB);
+        }
+    }
+    std::printf(
+        "whole process, tarn scan --volume ROOT (medians of %d rounds against find, %.0f ms):\n",
+        rounds, median(findMs));
+    for (const Command& command : commands) {
+        std::vector<double> peaks(command.peaks.begin(), command.peaks.end());
+        const double peak = median(peaks);
+        std::printf(
+            "  %-8s %5.0f ms, ratio %.2f (target <= 2), peak %.0f MiB, %.2f KiB/item "
+            "(target <= 1.5)\n",
+            command.name, median(command.ms), median(command.ratios), peak / 1024,
+            peak / double(items));
+    }
+    // Renaming a finished file over /dev/null would replace the device.
+    struct stat st {};
+    if (::stat("/dev/null", &st) != 0 || !S_ISCHR(st.st_mode))
+        std::printf("/dev/null is no longer a device!\n");
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     if (argc == 3 && std::strcmp(argv[1], "--memory") == 0)
         return memoryChild(QString::fromLocal8Bit(argv[2]));
+    if (argc == 4 && std::strcmp(argv[1], "--whole-process") == 0)
+        return wholeProcess(QString::fromLocal8Bit(argv[2]), std::atoll(argv[3]), 5);
 
     const QString root = argc > 1 ? QString::fromLocal8Bit(argv[1])
                                   : QDir::tempPath() + QStringLiteral("/tarn-bench-volume");
@@ -195,6 +338,13 @@ int main(int argc, char** argv) {
         }
         ::pclose(pipe);
     }
+
+    reportsInProcess(core);
+    std::fflush(stdout);
+    const QByteArray whole = "'" + QFile::encodeName(QCoreApplication::applicationFilePath()) +
+                             "' --whole-process '" + QFile::encodeName(root) + "' " +
+                             QByteArray::number(items);
+    if (std::system(whole.constData()) != 0) std::printf("whole process: not measured\n");
 
     // The view on 100,000 items.
     auto* filter = TarnFilter::sharedFilter();

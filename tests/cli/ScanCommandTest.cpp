@@ -6,6 +6,14 @@
 #include <QJsonArray>
 #include <QSet>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
 #include "CliRun.h"
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
@@ -294,6 +302,42 @@ TEST_F(ScanCommandTest, OutputFileLogAndUntouchedPreferences) {
     const CliResult unwritable = scan({QStringLiteral("--volume"), volume_, QStringLiteral("-o"),
                                        run_.tempPath(QStringLiteral("no/such/dir/x.csv"))});
     EXPECT_EQ(unwritable.exitCode, 1);
+}
+
+// A report to something that is not a plain file (a pipe here; /dev/null is
+// the usual one) is written into it. Renaming a finished file over it, as for
+// a plain file, would replace it and, for /dev/null run as root, the device.
+TEST_F(ScanCommandTest, OutputToAPipeGoesThroughThePipe) {
+    const QString fifo = run_.tempPath(QStringLiteral("report.fifo"));
+    const QByteArray fifoPath = QFile::encodeName(fifo);
+    ASSERT_EQ(::mkfifo(fifoPath.constData(), 0600), 0);
+    // Read and write: opening never waits for a writer and never reads an end.
+    const int fd = ::open(fifoPath.constData(), O_RDWR | O_NONBLOCK);
+    ASSERT_GE(fd, 0);
+    std::atomic<bool> finished{false};
+    QByteArray received;
+    std::thread reader([&] {
+        char buffer[65536];
+        for (bool last = false; !last;) {
+            last = finished.load();
+            pollfd p{fd, POLLIN, 0};
+            ::poll(&p, 1, 20);
+            ssize_t n;
+            while ((n = ::read(fd, buffer, sizeof buffer)) > 0) received.append(buffer, n);
+        }
+    });
+    const QStringList args = {QStringLiteral("--volume"), volume_, QStringLiteral("--format"),
+                              QStringLiteral("csv")};
+    const CliResult piped = scan(args + QStringList{QStringLiteral("-o"), fifo});
+    finished = true;
+    reader.join();
+    ::close(fd);
+
+    ASSERT_EQ(piped.exitCode, 0) << qPrintable(piped.err);
+    struct stat st;
+    ASSERT_EQ(::stat(fifoPath.constData(), &st), 0);
+    EXPECT_TRUE(S_ISFIFO(st.st_mode));
+    EXPECT_EQ(QString::fromUtf8(received), scan(args).out);
 }
 
 TEST_F(ScanCommandTest, ScansOfNothingAndOfOneIndexFile) {

@@ -47,6 +47,7 @@ const QList<QString> kTexts = {
     units({u'a', 0xD800, u'b'}),
     units({0xDC00, u'c'}),
     units({u'e', 0xD83C}),
+    units({0xD800, 0x00E9, 0xDC00, 0xD83C, 0xDFAC, 0xDBFF}),
 };
 
 QString textAt(int i) {
