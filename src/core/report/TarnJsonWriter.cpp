@@ -1,6 +1,5 @@
 #include "report/TarnJsonWriter.h"
 
-#include <QByteArray>
 #include <QChar>
 
 #include <algorithm>
@@ -33,8 +32,8 @@ void TarnJsonWriter::beforeValue() {
         return;
     }
     if (hasMembers_.empty()) return;  // the document itself
-    const bool comma = hasMembers_.back();
-    hasMembers_.back() = true;
+    const bool comma = hasMembers_.back() != 0;
+    hasMembers_.back() = 1;
     newLineAndIndent(comma, qsizetype(hasMembers_.size()));
 }
 
@@ -49,7 +48,7 @@ void TarnJsonWriter::key(QLatin1StringView name) {
 void TarnJsonWriter::open(char bracket) {
     beforeValue();
     sink_.append(bracket);
-    hasMembers_.push_back(false);
+    hasMembers_.push_back(0);
 }
 
 // Qt puts every member on a line of its own; an empty container has its

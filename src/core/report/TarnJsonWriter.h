@@ -44,6 +44,6 @@ class TarnJsonWriter {
 
     TarnReportSink& sink_;
     // One entry per open container: whether it has a member yet.
-    std::vector<bool> hasMembers_;
+    std::vector<char> hasMembers_;
     bool afterKey_ = false;
 };
