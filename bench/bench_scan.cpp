@@ -189,10 +189,11 @@ void reportsInProcess(const TarnCore& core) {
     }
 }
 
-// One whole process, its output and errors to /dev/null: wall time and peak
-// resident memory (the kernel's count for the child, in KiB).
+// One whole process, its output and errors to /dev/null: wall time, CPU time
+// (all threads) and peak resident memory (the kernel's counts for the child).
 struct ProcessRun {
     double ms = 0;
+    double cpuMs = 0;
     long peakKiB = 0;
     bool ok = false;
 };
@@ -213,6 +214,8 @@ ProcessRun runProcess(const std::vector<std::string>& argv) {
         rusage usage{};
         if (::wait4(pid, &status, 0, &usage) == pid) {
             run.ms = msSince(start);
+            run.cpuMs = double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
+                        double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
             run.peakKiB = usage.ru_maxrss;
             run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
         }
@@ -233,7 +236,7 @@ int wholeProcess(const QString& root, qsizetype items, int rounds) {
     struct Command {
         const char* name;
         std::vector<std::string> argv;
-        std::vector<double> ratios, ms;
+        std::vector<double> ratios, ms, cpuMs;
         std::vector<long> peaks;
     };
     std::vector<Command> commands;
@@ -250,7 +253,7 @@ int wholeProcess(const QString& root, qsizetype items, int rounds) {
     // The preferences at their defaults, whatever the user has set.
     const QTemporaryDir settings;
     qputenv("TARN_SETTINGS", QFile::encodeName(settings.filePath(QStringLiteral("settings.ini"))));
-    std::vector<double> findMs;
+    std::vector<double> findMs, findCpuMs;
     for (int round = 0; round < rounds; ++round) {
         for (Command& command : commands) {
             const ProcessRun walk = runProcess(find);
@@ -260,22 +263,25 @@ int wholeProcess(const QString& root, qsizetype items, int rounds) {
                 return 1;
             }
             findMs.push_back(walk.ms);
+            findCpuMs.push_back(walk.cpuMs);
             command.ms.push_back(run.ms);
+            command.cpuMs.push_back(run.cpuMs);
             command.ratios.push_back(run.ms / walk.ms);
             command.peaks.push_back(run.peakKiB);
         }
     }
     std::printf(
-        "whole process, tarn scan --volume ROOT (medians of %d rounds against find, %.0f ms):\n",
-        rounds, median(findMs));
+        "whole process, tarn scan --volume ROOT (medians of %d rounds against find, %.0f ms, "
+        "cpu %.0f ms):\n",
+        rounds, median(findMs), median(findCpuMs));
     for (const Command& command : commands) {
         std::vector<double> peaks(command.peaks.begin(), command.peaks.end());
         const double peak = median(peaks);
         std::printf(
-            "  %-8s %5.0f ms, ratio %.2f (target <= 2), peak %.0f MiB, %.2f KiB/item "
+            "  %-8s %5.0f ms, ratio %.2f (target <= 2), cpu %4.0f ms, peak %.0f MiB, %.2f KiB/item "
             "(target <= 1.5)\n",
-            command.name, median(command.ms), median(command.ratios), peak / 1024,
-            peak / double(items));
+            command.name, median(command.ms), median(command.ratios), median(command.cpuMs),
+            peak / 1024, peak / double(items));
     }
     // Renaming a finished file over /dev/null would replace the device.
     struct stat st {};

@@ -25,16 +25,24 @@ void fourcc(TarnJsonWriter& json, const TarnDatabaseItem& item) {
     }
 }
 
+const char kHexDigits[] = "0123456789abcdef";
+
+// The identity hash as the table shows it: eight lowercase hex digits.
+void hash(TarnJsonWriter& json, quint32 value) {
+    char text[8];
+    for (int i = 7; i >= 0; --i, value >>= 4) text[i] = kHexDigits[value & 0xF];
+    json.plainString(QLatin1StringView(text, 8));
+}
+
 // Lowercase hex of the identifier's bytes into `text` (64 digits at most);
 // the digit count, 0 when the size names no identifier.
 int hexOfUid(const quint8* uid, quint32 uidSize, char* text) {
-    static const char digits[] = "0123456789abcdef";
     if (!uid || (uidSize != 8 && uidSize != 2)) return 0;
     const int first = uidSize == 8 ? 0 : 16;
     const int count = uidSize == 8 ? 32 : 8;
     for (int i = 0; i < count; ++i) {
-        text[2 * i] = digits[uid[first + i] >> 4];
-        text[2 * i + 1] = digits[uid[first + i] & 0x0f];
+        text[2 * i] = kHexDigits[uid[first + i] >> 4];
+        text[2 * i + 1] = kHexDigits[uid[first + i] & 0x0f];
     }
     return 2 * count;
 }
@@ -49,12 +57,57 @@ void uid(TarnJsonWriter& json, const quint8* uid, quint32 uidSize) {
     }
 }
 
+// Days since 1970-01-01 as a proleptic Gregorian year, month and day (the
+// civil-from-days method: eras of 400 years, years starting in March).
+void civilFromDays(qint64 days, int& year, int& month, int& day) {
+    days += 719468;
+    const qint64 era = (days >= 0 ? days : days - 146096) / 146097;
+    const qint64 dayOfEra = days - era * 146097;
+    const qint64 yearOfEra =
+        (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const qint64 shiftedMonth = (5 * dayOfYear + 2) / 153;
+    day = int(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1);
+    month = int(shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9);
+    year = int(yearOfEra + era * 400 + (month <= 2 ? 1 : 0));
+}
+
+// ISO 8601 in UTC to the second ("2024-01-31T09:45:02Z"), as Qt writes it;
+// Qt itself for the years it writes otherwise.
 void date(TarnJsonWriter& json, const QDateTime& date) {
-    if (date.isValid()) {
-        json.string(date.toUTC().toString(Qt::ISODate));
-    } else {
+    if (!date.isValid()) {
         json.null();
+        return;
     }
+    const qint64 ms = date.toMSecsSinceEpoch();
+    const qint64 seconds = ms >= 0 ? ms / 1000 : -((-ms + 999) / 1000);
+    const qint64 days = seconds >= 0 ? seconds / 86400 : -((-seconds + 86399) / 86400);
+    const qint64 second = seconds - days * 86400;
+    int year, month, day;
+    civilFromDays(days, year, month, day);
+    if (year < 1 || year > 9999) {
+        json.string(date.toUTC().toString(Qt::ISODate));
+        return;
+    }
+    char text[21];
+    auto two = [&](int at, qint64 v) {
+        text[at] = char('0' + v / 10);
+        text[at + 1] = char('0' + v % 10);
+    };
+    two(0, year / 100);
+    two(2, year % 100);
+    text[4] = '-';
+    two(5, month);
+    text[7] = '-';
+    two(8, day);
+    text[10] = 'T';
+    two(11, second / 3600);
+    text[13] = ':';
+    two(14, second / 60 % 60);
+    text[16] = ':';
+    two(17, second % 60);
+    text[19] = 'Z';
+    json.plainString(QLatin1StringView(text, 20));
 }
 
 }  // namespace
@@ -92,7 +145,7 @@ void TarnJsonReport::writeItem(TarnJsonWriter& json, const TarnDatabaseItem& ite
     json.key(QLatin1StringView("good_umid"));
     json.boolean(item.DB_isGoodUUID);
     json.key(QLatin1StringView("hash"));
-    json.string(TarnColumns::cellText(TarnColumn::Hash, item));
+    hash(json, item.hash());
     json.key(QLatin1StringView("kind"));
     json.string(TarnDatabaseItem::kindForUsageCode(item.DB_usageCode));
     json.key(QLatin1StringView("material_package_uid"));
