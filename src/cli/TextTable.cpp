@@ -3,6 +3,13 @@
 #include "report/TarnReportRows.h"
 #include "report/TarnReportSink.h"
 
+namespace {
+
+// A row stays on one line: line breaks inside a cell become blanks.
+const TarnReportSink::Escapes kOneLine = TarnReportSink::Escapes::of({{'\r', " "}, {'\n', " "}});
+
+}  // namespace
+
 TextTable::TextTable(const QStringList& headers, int maxCellWidth, const QString& nullText)
     : headers_(headers), maxCellWidth_(qMax(4, maxCellWidth)), nullText_(nullText) {
     for (const QString& header : headers_) widths_.append(header.size());
@@ -44,8 +51,7 @@ void TextTable::writeCell(TarnReportSink& sink, qsizetype column, QStringView te
     const bool cut = flatten && text.size() > maxCellWidth_;
     if (cut) text = text.left(maxCellWidth_ - 3);
     if (flatten) {
-        sink.appendReplacing(text,
-                             [](char16_t c) { return c == u'\r' || c == u'\n' ? " " : nullptr; });
+        sink.appendEscaped(text, kOneLine);
     } else {
         sink.appendText(text);
     }

@@ -9,37 +9,25 @@
 
 namespace {
 
+// Inside a field, a double quote is doubled.
+const TarnReportSink::Escapes kCsvEscapes = TarnReportSink::Escapes::of({{'"', "\"\""}});
+
+// The five XML entities; "&" among them, so an entity already in the text is
+// escaped once more and shows as written.
+const TarnReportSink::Escapes kXmlEscapes = TarnReportSink::Escapes::of(
+    {{'&', "&amp;"}, {'\'', "&apos;"}, {'"', "&quot;"}, {'<', "&lt;"}, {'>', "&gt;"}});
+
 // One line of fields: each quoted, inner quotes doubled, the separator after
 // every field. A row with fewer cells than columns gets empty fields.
 void csvLine(TarnReportSink& sink, const QStringList& cells, qsizetype columns,
              const QString& separator) {
     for (qsizetype c = 0; c < columns; ++c) {
         sink.append('"');
-        if (c < cells.size()) {
-            sink.appendReplacing(cells.at(c),
-                                 [](char16_t ch) { return ch == u'"' ? "\"\"" : nullptr; });
-        }
+        if (c < cells.size()) sink.appendEscaped(cells.at(c), kCsvEscapes);
         sink.append('"');
         sink.appendText(separator);
     }
     sink.append('\n');
-}
-
-const char* xmlEntity(char16_t c) {
-    switch (c) {
-        case u'&':
-            return "&amp;";
-        case u'\'':
-            return "&apos;";
-        case u'"':
-            return "&quot;";
-        case u'<':
-            return "&lt;";
-        case u'>':
-            return "&gt;";
-        default:
-            return nullptr;
-    }
 }
 
 // `tag` around each cell: <th> for the header, <td> for the rows.
@@ -47,7 +35,7 @@ void htmlCells(TarnReportSink& sink, const QStringList& cells, qsizetype columns
                QLatin1StringView open, QLatin1StringView close) {
     for (qsizetype c = 0; c < columns; ++c) {
         sink.append(open);
-        if (c < cells.size()) sink.appendReplacing(cells.at(c), xmlEntity);
+        if (c < cells.size()) sink.appendEscaped(cells.at(c), kXmlEscapes);
         sink.append(close);
     }
 }
@@ -157,7 +145,7 @@ QString TarnExport::stringByEncodingXMLEntities(const QString& text) {
     QString out;
     out.reserve(text.size());
     for (const QChar c : text) {
-        if (const char* entity = xmlEntity(c.unicode())) {
+        if (const char* entity = c.unicode() < 0x80 ? kXmlEscapes.ascii[c.unicode()] : nullptr) {
             out += QLatin1StringView(entity);
         } else {
             out += c;

@@ -3,16 +3,9 @@
 #include <QChar>
 
 #include <algorithm>
+#include <cstdio>
 
 #include "report/TarnReportSink.h"
-
-namespace {
-
-char hexDigit(uint v) {
-    return char(v < 10 ? '0' + v : 'a' + v - 10);
-}
-
-}  // namespace
 
 // A separator (",\n" or "\n") and four blanks per level, in one piece while
 // the nesting is shallow.
@@ -77,62 +70,38 @@ void TarnJsonWriter::endArray() {
     close(']');
 }
 
-// Quote, backslash and control characters are escaped (the usual short forms,
-// else \u00xx); a surrogate without its partner cannot be UTF-8 and is written
-// as \uxxxx; everything else goes out as UTF-8.
+namespace {
+
+// Quote, backslash and control characters escaped as Qt escapes them (the
+// short forms, else \u00xx); a surrogate without its partner as \uxxxx;
+// everything else as UTF-8.
+const TarnReportSink::Escapes& jsonEscapes() {
+    static const TarnReportSink::Escapes escapes = [] {
+        static char controls[32][7];
+        TarnReportSink::Escapes e = TarnReportSink::Escapes::of({{'"', "\\\""},
+                                                                 {'\\', "\\\\"},
+                                                                 {'\b', "\\b"},
+                                                                 {'\f', "\\f"},
+                                                                 {'\n', "\\n"},
+                                                                 {'\r', "\\r"},
+                                                                 {'\t', "\\t"}});
+        for (int c = 0; c < 32; ++c) {
+            if (e.ascii[c]) continue;
+            std::snprintf(controls[c], sizeof controls[c], "\\u%04x", c);
+            e.ascii[c] = controls[c];
+        }
+        e.jsonLoneSurrogates = true;
+        return e;
+    }();
+    return escapes;
+}
+
+}  // namespace
+
 void TarnJsonWriter::string(QStringView text) {
     beforeValue();
     sink_.append('"');
-    qsizetype start = 0;
-    auto replace = [&](qsizetype i, QLatin1StringView with) {
-        sink_.appendText(text.sliced(start, i - start));
-        sink_.append(with);
-        start = i + 1;
-    };
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        if (c >= 0x20 && c != u'"' && c != u'\\') {
-            if (!QChar::isSurrogate(c)) continue;
-            if (QChar::isHighSurrogate(c) && i + 1 < text.size() &&
-                QChar::isLowSurrogate(text[i + 1].unicode())) {
-                ++i;  // a pair: one character, written as UTF-8
-                continue;
-            }
-        }
-        switch (c) {
-            case u'"':
-                replace(i, QLatin1StringView("\\\""));
-                break;
-            case u'\\':
-                replace(i, QLatin1StringView("\\\\"));
-                break;
-            case u'\b':
-                replace(i, QLatin1StringView("\\b"));
-                break;
-            case u'\f':
-                replace(i, QLatin1StringView("\\f"));
-                break;
-            case u'\n':
-                replace(i, QLatin1StringView("\\n"));
-                break;
-            case u'\r':
-                replace(i, QLatin1StringView("\\r"));
-                break;
-            case u'\t':
-                replace(i, QLatin1StringView("\\t"));
-                break;
-            default: {
-                const char escape[6] = {'\\',
-                                        'u',
-                                        hexDigit(c >> 12),
-                                        hexDigit((c >> 8) & 0xF),
-                                        hexDigit((c >> 4) & 0xF),
-                                        hexDigit(c & 0xF)};
-                replace(i, QLatin1StringView(escape, 6));
-            }
-        }
-    }
-    sink_.appendText(text.sliced(start));
+    sink_.appendEscaped(text, jsonEscapes());
     sink_.append('"');
 }
 

@@ -26,35 +26,48 @@ void TarnReportSink::appendPieces(QLatin1StringView ascii) {
     }
 }
 
-void TarnReportSink::appendText(QStringView text) {
+const TarnReportSink::Escapes TarnReportSink::kNoEscapes{};
+
+void TarnReportSink::appendEscaped(QStringView text, const Escapes& escapes) {
     const char16_t* p = text.utf16();
     const char16_t* const end = p + text.size();
     while (p != end) {
         if (*p >= 0x80) {
             const char16_t* q = p;
             while (q != end && *q >= 0x80) ++q;
-            appendNonAscii(p, q);
+            appendNonAscii(p, q, escapes.jsonLoneSurrogates);
             p = q;
-            continue;
+        } else if (const char* replacement = escapes.ascii[*p]) {
+            append(QLatin1StringView(replacement));
+            ++p;
+        } else {
+            p = appendPlain(p, end, escapes);
         }
-        if (used_ == size_) spill();
-        char* out = buffer_.get() + used_;
-        const char16_t* stop = p + std::min<qsizetype>(end - p, size_ - used_);
-        while (p != stop && *p < 0x80) *out++ = char(*p++);
-        used_ = out - buffer_.get();
     }
 }
 
+const char16_t* TarnReportSink::appendPlain(const char16_t* p, const char16_t* end,
+                                            const Escapes& escapes) {
+    if (used_ == size_) spill();
+    char* out = buffer_.get() + used_;
+    const char16_t* stop = p + std::min<qsizetype>(end - p, size_ - used_);
+    while (p != stop && *p < 0x80 && !escapes.ascii[*p]) *out++ = char(*p++);
+    used_ = out - buffer_.get();
+    return p;
+}
+
 // UTF-16 units of 0x80 and above: two or three bytes each, four for a
-// surrogate pair, "?" for a surrogate without its partner.
-void TarnReportSink::appendNonAscii(const char16_t* p, const char16_t* end) {
+// surrogate pair; a surrogate without its partner is "?" as in
+// QString::toUtf8, or "\uXXXX" as in Qt's JSON.
+void TarnReportSink::appendNonAscii(const char16_t* p, const char16_t* end,
+                                    bool jsonLoneSurrogates) {
     while (p != end) {
         char32_t c = *p++;
         if (QChar::isSurrogate(c)) {
             if (QChar::isHighSurrogate(c) && p != end && QChar::isLowSurrogate(*p)) {
                 c = QChar::surrogateToUcs4(char16_t(c), *p++);
             } else {
-                append('?');
+                appendLoneSurrogate(char16_t(c), jsonLoneSurrogates);
                 continue;
             }
         }
@@ -76,6 +89,18 @@ void TarnReportSink::appendNonAscii(const char16_t* p, const char16_t* end) {
         bytes[n++] = char(0x80 | (c & 0x3F));
         append(QLatin1StringView(bytes, n));
     }
+}
+
+void TarnReportSink::appendLoneSurrogate(char16_t c, bool json) {
+    if (!json) {
+        append('?');
+        return;
+    }
+    static const char digits[] = "0123456789abcdef";
+    const char text[6] = {
+        '\\',           'u', digits[c >> 12], digits[(c >> 8) & 0xF], digits[(c >> 4) & 0xF],
+        digits[c & 0xF]};
+    append(QLatin1StringView(text, 6));
 }
 
 void TarnReportSink::spill() {

@@ -4,8 +4,11 @@
 #include <QLatin1StringView>
 #include <QStringView>
 
+#include <array>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
+#include <utility>
 
 // The UTF-8 output of a report: texts go into a buffer of fixed size that is
 // written to the device whenever it fills, so a report of any length needs
@@ -35,22 +38,24 @@ class TarnReportSink {
             appendPieces(ascii);
         }
     }
-    // Any text, encoded as UTF-8.
-    void appendText(QStringView text);
-    // The text with some characters replaced: `replacement(c)` gives the
-    // ASCII text to write for the UTF-16 unit c, or nullptr to keep it.
-    template <typename Replace>
-    void appendReplacing(QStringView text, Replace replacement) {
-        qsizetype start = 0;
-        for (qsizetype i = 0; i < text.size(); ++i) {
-            if (const char* r = replacement(text[i].unicode())) {
-                appendText(text.sliced(start, i - start));
-                append(QLatin1StringView(r));
-                start = i + 1;
-            }
+    // What a format writes in place of some characters: a replacement for
+    // each ASCII character that needs one, and what becomes of a surrogate
+    // without its partner (UTF-8 cannot hold it).
+    struct Escapes {
+        std::array<const char*, 128> ascii{};  // nullptr: the character itself
+        bool jsonLoneSurrogates = false;       // "\uXXXX" instead of "?"
+
+        static Escapes of(std::initializer_list<std::pair<char, const char*>> replacements) {
+            Escapes escapes;
+            for (const auto& [c, text] : replacements) escapes.ascii[uchar(c)] = text;
+            return escapes;
         }
-        appendText(text.sliced(start));
-    }
+    };
+
+    // Any text, encoded as UTF-8.
+    void appendText(QStringView text) { appendEscaped(text, kNoEscapes); }
+    // The text encoded as UTF-8, with the replacements of `escapes`.
+    void appendEscaped(QStringView text, const Escapes& escapes);
 
     // Writes the buffer out; false once any write has failed (later output
     // is then dropped).
@@ -58,9 +63,15 @@ class TarnReportSink {
     bool ok() const { return ok_; }
 
   private:
+    static const Escapes kNoEscapes;
+
     void spill();
     void appendPieces(QLatin1StringView ascii);
-    void appendNonAscii(const char16_t* begin, const char16_t* end);
+    // Copies plain ASCII up to the first character that is not, or that
+    // `escapes` replaces.
+    const char16_t* appendPlain(const char16_t* p, const char16_t* end, const Escapes& escapes);
+    void appendNonAscii(const char16_t* begin, const char16_t* end, bool jsonLoneSurrogates);
+    void appendLoneSurrogate(char16_t c, bool json);
     void writeOut(const char* data, qsizetype length);
 
     QIODevice* device_;
