@@ -61,16 +61,21 @@ test-tsan:
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && echo "== $$b" && "$$b"; done; true
 
-# Each libFuzzer target for $(FUZZ_SECONDS) s from a corpus written by the fixture writers.
+# Each libFuzzer target for $(FUZZ_SECONDS) s from a corpus written by the fixture
+# writers; whatever crashes or hangs is kept under fuzz/regressions/<target>/,
+# which `make test` replays.
 fuzz: deps
 	CXX=clang++ cmake -S . -B build-fuzz $(GENERATOR) -DTARN_FUZZ=ON -DTARN_BUILD_TESTS=OFF \
 	  -DTARN_BUILD_BENCH=OFF -DTARN_BUILD_APP=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build build-fuzz
 	build-fuzz/fuzz/seed_corpus fuzz-corpus
-	@for f in build-fuzz/fuzz/fuzz_*; do \
-	  name=$$(basename $$f); mkdir -p fuzz-corpus/$$name; \
-	  echo "== $$name"; $$f -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 fuzz-corpus/$$name || exit 1; \
-	done
+	@status=0; for f in build-fuzz/fuzz/fuzz_*; do \
+	  [ -f "$$f" ] && [ -x "$$f" ] || continue; \
+	  name=$$(basename $$f); mkdir -p fuzz-corpus/$$name fuzz/regressions/$$name; \
+	  echo "== $$name"; \
+	  $$f -max_total_time=$(FUZZ_SECONDS) -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+	    -artifact_prefix=fuzz/regressions/$$name/ fuzz-corpus/$$name || status=1; \
+	done; exit $$status
 
 format:
 	find src tests bench fuzz -name '*.cpp' -o -name '*.h' | xargs clang-format -i
