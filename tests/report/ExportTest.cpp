@@ -12,8 +12,7 @@ namespace {
 
 // Byte for byte: the file's bytes against the UTF-8 of the generated text.
 std::string golden(const char* name) {
-    QFile file(QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QLatin1String("/golden/") +
-               QLatin1String(name));
+    QFile file(QStringLiteral(TARN_TEST_SOURCE_DIR "/report/golden/") + QLatin1String(name));
     if (!file.open(QIODevice::ReadOnly)) return std::string("<missing golden> ") + name;
     return file.readAll().toStdString();
 }

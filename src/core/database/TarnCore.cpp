@@ -107,12 +107,16 @@ void TarnCore::fatalError(const QString& title) {
         std::lock_guard<std::mutex> guard(hookLock);
         hook = fatalHook();
     }
+    // The library never ends the process: the command-line tool and the app
+    // install a hook that does (after printing or showing the message).
+    // Without one the text goes to the log and stderr, and the database stays
+    // marked broken.
     if (hook) {
         hook(title, message);
         return;
     }
+    TARN_LOG(title + QLatin1Char(' ') + message);
     std::fprintf(stderr, "%s\n%s\n", qPrintable(title), qPrintable(message));
-    std::exit(70);
 }
 
 void TarnCore::clear() {
