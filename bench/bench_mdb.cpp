@@ -1,6 +1,7 @@
 // Media database reading: opening a database of 50,000 objects against the
-// time to read its bytes, and the cost of completing one item from a small
-// and from a large database.
+// time to read its bytes, the cost of completing one item from a small and
+// from a large database, and of completing one item from a damaged database
+// whose source list grows (the cost must grow linearly with it).
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtEndian>
@@ -94,6 +95,40 @@ double perItem(TarnOMFI& reader, const Database& db, int items) {
     return best / items;
 }
 
+// Seconds to open a database with a long source list and complete one item,
+// and the reader's count of work.
+double longSourceList(const QTemporaryDir& dir, int entries, quint64* work) {
+    fixtures::MdbClip clip;
+    clip.fileShortUID = 0x1000000000000007ull;
+    clip.materialShortUID = 0x2000000000000007ull;
+    clip.clipName = QStringLiteral("Long");
+    clip.project = QStringLiteral("Long Way");
+    const QString path = dir.filePath(QStringLiteral("long_%1.mdb").arg(entries));
+    fixtures::writeFile(path, fixtures::writeMdbWithLongSourceList(clip, entries));
+    return bestOf(3, [&] {
+        TarnOMFI reader;
+        reader.openFile(path, nullptr);
+        TarnDatabaseItem item;
+        qToLittleEndian<quint64>(clip.fileShortUID, item.filePackageUID + 16);
+        qToLittleEndian<quint64>(clip.materialShortUID, item.materialPackageUID + 16);
+        reader.addInfoToItem(&item);
+        *work = reader.workDone();
+        if (item.DB_ProjectName != clip.project) std::printf("warning: no project\n");
+    });
+}
+
+void reportLongSourceLists(const QTemporaryDir& dir) {
+    std::printf("damaged database, one item (open + complete):\n");
+    double first = 0;
+    for (int entries : {1024, 16384, 65535}) {
+        quint64 work = 0;
+        const double seconds = longSourceList(dir, entries, &work);
+        if (first == 0) first = seconds;
+        std::printf("  %5d source entries     %9.3f ms   %.1fx the 1,024 case, work %llu\n",
+                    entries, seconds * 1e3, seconds / first, static_cast<unsigned long long>(work));
+    }
+}
+
 }  // namespace
 
 int main() {
@@ -145,5 +180,6 @@ int main() {
     std::printf("per item, %6d objects     %9.3f us\n", small.objects, smallItem * 1e6);
     std::printf("per item, %6d objects     %9.3f us   %.2fx the small database\n", large.objects,
                 largeItem * 1e6, largeItem / smallItem);
+    reportLongSourceLists(dir);
     return 0;
 }
