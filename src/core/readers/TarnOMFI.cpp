@@ -406,12 +406,11 @@ TarnOMFI::FileAnswer TarnOMFI::fileAnswer(quint32 fileIndex) const {
     return *fileAnswers_.insert(fileIndex, answer);
 }
 
-QString TarnOMFI::remembered(AnswerKind kind, quint32 index,
-                             const std::function<QString(quint32)>& work) const {
+QString TarnOMFI::remembered(AnswerKind kind, quint32 index, Question question) const {
     const quint64 key = quint64(kind) << 32 | index;
     const auto known = textAnswers_.constFind(key);
     if (known != textAnswers_.constEnd()) return *known;
-    const QString answer = work(index);
+    const QString answer = (this->*question)(index);
     textAnswers_.insert(key, answer);
     return answer;
 }
@@ -457,8 +456,7 @@ bool TarnOMFI::hasImportSetting(quint32 clipIndex) const {
 QString TarnOMFI::getProjectAttributeForObjectAt(quint32 index) const {
     const quint32 list = referencedObjectIndex(kAttributes, index);
     if (list == kNoIndex) return {};
-    return remembered(kProjectOfList, list,
-                      [this](quint32 l) { return projectOfAttributeList(l); });
+    return remembered(kProjectOfList, list, &TarnOMFI::projectOfAttributeList);
 }
 
 QString TarnOMFI::projectOfAttributeList(quint32 listIndex) const {
@@ -480,44 +478,33 @@ QString TarnOMFI::projectOfAttributeList(quint32 listIndex) const {
 QString TarnOMFI::getProjectNameForObjAt(quint32 index) const {
     const QString own = getProjectAttributeForObjectAt(index);
     if (!own.isNull()) return own;
-
     // Else through the sources: each listed object refers to an object whose
     // list holds source identifiers; a source that the file table knows may
-    // carry the project. The last one found wins.
-    const Value sources = propertyValue(kSourceList, index);
-    const std::optional<quint16> count = countAt(sources);
-    QString project;
-    for (quint32 k = 0; count && k < *count && spend(); ++k) {
-        const auto objectID = storedWordAt(sources, kListObjectOffset + kListRecordSize * k);
-        if (!objectID) break;
-        const quint32 listed = tocIndexForObject(*objectID);
-        if (listed == kNoIndex) continue;
-        const QString found = remembered(kProjectOfListed, listed,
-                                         [this](quint32 l) { return projectOfListedObject(l); });
-        if (!found.isNull()) project = found;
-    }
-    return project;
+    // carry the project.
+    return lastProjectAmong(propertyValue(kSourceList, index), kProjectOfListed,
+                            &TarnOMFI::projectOfListedObject);
 }
 
 QString TarnOMFI::projectOfListedObject(quint32 listedIndex) const {
     const quint32 reference = referencedObjectIndex(kSourceReference, listedIndex);
     if (reference == kNoIndex) return {};
-    return remembered(kProjectOfEntries, reference,
-                      [this](quint32 r) { return projectOfSourceEntries(r); });
+    return remembered(kProjectOfEntries, reference, &TarnOMFI::projectOfSourceEntries);
 }
 
 QString TarnOMFI::projectOfSourceEntries(quint32 referenceIndex) const {
-    const Value entries = propertyValue(kSourceEntries, referenceIndex);
-    const std::optional<quint16> count = countAt(entries);
+    return lastProjectAmong(propertyValue(kSourceEntries, referenceIndex), kProjectOfIdentifier,
+                            &TarnOMFI::projectOfSourceIdentifier);
+}
+
+QString TarnOMFI::lastProjectAmong(const Value& list, AnswerKind kind, Question question) const {
+    const std::optional<quint16> count = countAt(list);
     QString project;
     for (quint32 k = 0; count && k < *count && spend(); ++k) {
-        const auto entryID = storedWordAt(entries, kListObjectOffset + kListRecordSize * k);
-        if (!entryID) break;
-        const quint32 entry = tocIndexForObject(*entryID);
-        if (entry == kNoIndex) continue;
-        const QString found = remembered(kProjectOfIdentifier, entry, [this](quint32 e) {
-            return projectOfSourceIdentifier(e);
-        });
+        const auto objectID = storedWordAt(list, kListObjectOffset + kListRecordSize * k);
+        if (!objectID) break;
+        const quint32 object = tocIndexForObject(*objectID);
+        if (object == kNoIndex) continue;
+        const QString found = remembered(kind, object, question);
         if (!found.isNull()) project = found;
     }
     return project;

@@ -139,8 +139,12 @@ class TarnOMFI : public TarnMediaReader {
     bool spend() const;
     ClipAnswer clipAnswer(quint32 clipIndex) const;
     FileAnswer fileAnswer(quint32 fileIndex) const;
-    QString remembered(AnswerKind kind, quint32 index,
-                       const std::function<QString(quint32)>& work) const;
+    // A question about the object at a TOC index, answered once.
+    using Question = QString (TarnOMFI::*)(quint32) const;
+    QString remembered(AnswerKind kind, quint32 index, Question question) const;
+    // The last project that the objects of a list (16-bit count, 8-byte
+    // records with the object ID first) give.
+    QString lastProjectAmong(const Value& list, AnswerKind kind, Question question) const;
     QString projectOfAttributeList(quint32 listIndex) const;
     QString projectOfListedObject(quint32 listedIndex) const;
     QString projectOfSourceEntries(quint32 referenceIndex) const;
