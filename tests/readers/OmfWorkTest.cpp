@@ -30,8 +30,10 @@ TEST(OmfWork, LongSourceListsCostWorkLinearInTheirLength) {
         const quint64 firstWork = f.reader->workDone();
         EXPECT_LE(firstWork, 3u * quint64(entries) + 100);
 
+        // Again and again: answered from memory, or worked out again when
+        // that is cheap (a few entries).
         for (int i = 0; i < 100; ++i) EXPECT_EQ(f.complete(clip)->DB_ProjectName, "Long Way");
-        EXPECT_LE(f.reader->workDone(), firstWork + 100);
+        EXPECT_LE(f.reader->workDone(), firstWork + 100 * 64);
     }
 }
 

@@ -65,6 +65,9 @@ constexpr quint64 kWorkPerByte = 16;
 constexpr quint64 kBaseWork = 1u << 20;
 constexpr quint64 kItemWorkPerByte = 2;
 constexpr quint64 kBaseItemWork = 1u << 16;
+// Answers that took more work than this are remembered; cheaper ones are
+// worked out again, which costs no more than this each time.
+constexpr quint64 kWorthRemembering = 32;
 
 bool isNameProperty(quint32 propertyID) {
     for (quint32 p : kNameProperties) {
@@ -386,6 +389,7 @@ void TarnOMFI::addInfoToItem(TarnDatabaseItem* item) {
 TarnOMFI::ClipAnswer TarnOMFI::clipAnswer(quint32 clipIndex) const {
     const auto known = clipAnswers_.constFind(clipIndex);
     if (known != clipAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
     ClipAnswer answer;
     answer.name = GetStringForObjectAt(clipIndex);
     answer.usageCode = numberAt(propertyValue(kUsageCode, clipIndex), 0);
@@ -393,25 +397,29 @@ TarnOMFI::ClipAnswer TarnOMFI::clipAnswer(quint32 clipIndex) const {
     if (rate && rate.length >= 8)
         answer.frameRate = TarnRate{*numberAt(rate, 0), *numberAt(rate, 4)};
     answer.imported = hasImportSetting(clipIndex);
-    return *clipAnswers_.insert(clipIndex, answer);
+    if (work_ - before > kWorthRemembering) clipAnswers_.insert(clipIndex, answer);
+    return answer;
 }
 
 TarnOMFI::FileAnswer TarnOMFI::fileAnswer(quint32 fileIndex) const {
     const auto known = fileAnswers_.constFind(fileIndex);
     if (known != fileAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
     FileAnswer answer;
     answer.project = getProjectNameForObjAt(fileIndex);
     CompressionData record;
     if (getCompression_data(&record, fileIndex)) answer.compression = record;
-    return *fileAnswers_.insert(fileIndex, answer);
+    if (work_ - before > kWorthRemembering) fileAnswers_.insert(fileIndex, answer);
+    return answer;
 }
 
 QString TarnOMFI::remembered(AnswerKind kind, quint32 index, Question question) const {
     const quint64 key = quint64(kind) << 32 | index;
     const auto known = textAnswers_.constFind(key);
     if (known != textAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
     const QString answer = (this->*question)(index);
-    textAnswers_.insert(key, answer);
+    if (work_ - before > kWorthRemembering) textAnswers_.insert(key, answer);
     return answer;
 }
 
@@ -445,11 +453,12 @@ bool TarnOMFI::hasImportSetting(quint32 clipIndex) const {
     if (list == kNoIndex) return false;
     const auto known = importAnswers_.constFind(list);
     if (known != importAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
     const bool imported =
         visitListedObjects(propertyValue(kAttributeList, list), false, [&](quint32 attribute) {
             return startsWith(propertyValue(kAttributeName, attribute), "_IMPORTSETTING");
         });
-    importAnswers_.insert(list, imported);
+    if (work_ - before > kWorthRemembering) importAnswers_.insert(list, imported);
     return imported;
 }
 
