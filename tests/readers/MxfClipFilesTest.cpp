@@ -50,6 +50,7 @@ struct ClipCase {
     const char* label;
     QList<MxfTrackKind> tracks;
     bool essenceContainerData;  // false: only the streams tell the own track
+    bool allSourcePackages;     // true: only the essence container data tells it
 };
 
 // An Avid clip is one OP-Atom file per track, and each file's material
@@ -57,12 +58,20 @@ struct ClipCase {
 // package UMID, never that of the clip's first track.
 TEST(MxfClipFiles, EachFileOfAClipReadsItsOwnFilePackage) {
     const ClipCase cases[] = {
-        {"V1+A1", {MxfTrackKind::kPicture, MxfTrackKind::kSound}, true},
-        {"V1+A1+A2", {MxfTrackKind::kPicture, MxfTrackKind::kSound, MxfTrackKind::kSound}, true},
-        {"A1+A2", {MxfTrackKind::kSound, MxfTrackKind::kSound}, true},
+        {"V1+A1", {MxfTrackKind::kPicture, MxfTrackKind::kSound}, true, false},
+        {"V1+A1+A2",
+         {MxfTrackKind::kPicture, MxfTrackKind::kSound, MxfTrackKind::kSound},
+         true,
+         false},
+        {"A1+A2", {MxfTrackKind::kSound, MxfTrackKind::kSound}, true, false},
         {"V1+A1+A2 without essence container data",
          {MxfTrackKind::kPicture, MxfTrackKind::kSound, MxfTrackKind::kSound},
+         false,
          false},
+        {"V1+A1+A2, each header holding every source package",
+         {MxfTrackKind::kPicture, MxfTrackKind::kSound, MxfTrackKind::kSound},
+         true,
+         true},
     };
     quint32 seed = 500;
     for (const ClipCase& c : cases) {
@@ -72,6 +81,7 @@ TEST(MxfClipFiles, EachFileOfAClipReadsItsOwnFilePackage) {
         clip.projectName = QStringLiteral("Harbour");
         clip.materialUMID = fixtures::umidFor(++seed);
         clip.essenceContainerData = c.essenceContainerData;
+        clip.allSourcePackages = c.allSourcePackages;
         for (MxfTrackKind kind : c.tracks)
             clip.clipTracks.append({kind, fixtures::umidFor(++seed)});
 

@@ -138,14 +138,18 @@ bool isEssenceContainerDataKey(const quint8* k) {
     return std::memcmp(k, set, sizeof set) == 0 && std::memcmp(k + 8, kind, sizeof kind) == 0;
 }
 
-// A key after which no header metadata follows: a partition pack or an
-// essence element.
+// A key after which no header metadata follows: a body or footer partition
+// pack (06 0E 2B 34 02 05 01 vv 0D 01 02 01 01 03..04 xx 00), the random index
+// pack (... 01 11 01 00) or an essence element (06 0E 2B 34 01 02 01 vv 0D 01
+// 03 ...). The primer pack (... 01 05 01 00) is header metadata.
 bool endsHeaderMetadata(const quint8* k) {
-    static const quint8 partition[] = {0x06, 0x0e, 0x2b, 0x34, 0x02, 0x05, 0x01};
+    static const quint8 pack[] = {0x06, 0x0e, 0x2b, 0x34, 0x02, 0x05, 0x01};
+    static const quint8 packKind[] = {0x0d, 0x01, 0x02, 0x01, 0x01};
     static const quint8 essence[] = {0x06, 0x0e, 0x2b, 0x34, 0x01, 0x02, 0x01};
-    return (std::memcmp(k, partition, sizeof partition) == 0 && k[8] == 0x0d && k[11] == 0x01 &&
-            k[12] == 0x01) ||
-           (std::memcmp(k, essence, sizeof essence) == 0 && k[8] == 0x0d && k[10] == 0x03);
+    if (std::memcmp(k, pack, sizeof pack) == 0 &&
+        std::memcmp(k + 8, packKind, sizeof packKind) == 0)
+        return k[13] == 0x03 || k[13] == 0x04 || k[13] == 0x11;
+    return std::memcmp(k, essence, sizeof essence) == 0 && k[8] == 0x0d && k[10] == 0x03;
 }
 
 // The LinkedPackageUID of a local set's value (2-byte tags, 2-byte lengths).
