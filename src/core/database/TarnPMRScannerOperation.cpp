@@ -1,9 +1,7 @@
 #include "database/TarnPMRScannerOperation.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QSet>
-#include <QUrl>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,8 +14,8 @@
 #include "readers/PMRFile.h"
 #include "readers/TarnMediafile.h"
 #include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 #include "support/TarnPreferences.h"
-#include "support/TarnUtilities.h"
 
 namespace {
 // Above this many entries a media folder slows the editing system down.
@@ -27,7 +25,8 @@ constexpr qsizetype kLargeFolder = 4001;
 class FolderHandle {
   public:
     explicit FolderHandle(const QString& folder)
-        : fd_(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+        : fd_(::open(TarnFileName::encode(folder).constData(),
+                     O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
     ~FolderHandle() {
         if (fd_ >= 0) ::close(fd_);
     }
@@ -126,10 +125,11 @@ void TarnPMRScannerOperation::main() {
     while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
         item->DB_itemPath = base + item->DB_ClipName;
         item->validatePathAt(folderHandle.fd(), item->DB_ClipName);
-        // An AMA link's path now ends in ".aaf": that name is accounted for.
-        const QString& path = item->DB_itemPath;
+        // The name on disk is accounted for: the last component of the path's
+        // URL text, escapes removed. An AMA link's path now ends in ".aaf".
+        const QString url = TarnFileName::urlText(item->DB_itemPath);
         accounted.insert(
-            TarnUtilities::stringByRemovingPercentEncoding(path.mid(path.lastIndexOf('/') + 1)));
+            TarnFileName::removingPercentEncoding(QStringView(url).mid(url.lastIndexOf('/') + 1)));
         ++counter;
         if (wheel && compositions != 0) wheel->setDoubleValue(double(compositions) - counter);
         if (item->DB_isAMA) {
@@ -153,8 +153,7 @@ void TarnPMRScannerOperation::main() {
 
     if (counter != pmr.ItemsCount()) {
         TARN_LOG(QStringLiteral("Error:: PMR ::%1").arg(pmrURL_));
-        TARN_LOG(QStringLiteral("Error:: PMR ::%1")
-                     .arg(QUrl::fromLocalFile(pmrURL_).toString(QUrl::FullyEncoded)));
+        TARN_LOG(QStringLiteral("Error:: PMR ::%1").arg(TarnFileName::urlText(pmrURL_)));
         TARN_LOG(QString::asprintf("Item :: %08x of %08x ", counter, pmr.ItemsCount()));
     }
 

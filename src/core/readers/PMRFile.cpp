@@ -5,6 +5,8 @@
 
 #include <limits>
 
+#include "support/TarnFileName.h"
+
 namespace {
 
 constexpr quint32 kMagic = 1961;
@@ -32,9 +34,10 @@ quint16 PMRFile::readU16(qsizetype offset) const {
 }
 
 bool PMRFile::dataWithContentsOfURL(const QString& path) {
-    QFile file(path);
+    QFile file;
     // Offsets are 32-bit: an index of 4 GiB or more is not one the system wrote.
-    if (!file.open(QIODevice::ReadOnly) || file.size() > std::numeric_limits<quint32>::max())
+    if (!TarnFileName::open(file, path, QIODevice::ReadOnly) ||
+        file.size() > std::numeric_limits<quint32>::max())
         return dataWithBytes(QByteArray());
     return dataWithBytes(file.readAll());
 }

@@ -1,12 +1,11 @@
 #include "readers/TarnMXF.h"
 
-#include <QFile>
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "items/TarnDatabaseItem.h"
 #include "log/xConsole.h"
+#include "support/TarnFileName.h"
 
 bool TarnMXF::openFile(const QString& path, TarnProgressIndicator* indicator) {
     (void)indicator;
@@ -15,7 +14,7 @@ bool TarnMXF::openFile(const QString& path, TarnProgressIndicator* indicator) {
 
     // The platform file handle, then a stdio stream over its descriptor. From
     // here on the stream owns the descriptor: fclose closes both, once.
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    const int fd = ::open(TarnFileName::encode(path).constData(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
     file_ = fdopen(fd, "rb");
     if (!file_) {

@@ -12,6 +12,7 @@
 #include "readers/TarnMacRoman.h"
 #include "status/TarnProgressIndicator.h"
 #include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 
 namespace {
 
@@ -92,8 +93,8 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     names_.clear();
     label_ = toc_ = nullptr;
 
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return false;
+    QFile file;
+    if (!TarnFileName::open(file, path, QIODevice::ReadOnly)) return false;
     data_ = file.readAll();
     bytes_ = reinterpret_cast<const quint8*>(data_.constData());
     size_ = data_.size();
