@@ -6,12 +6,12 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
+#include "TestSupport.h"
 #include "support/TarnFileName.h"
 
 // A volume whose media folder and files have names that are not UTF-8, as a
@@ -69,7 +69,7 @@ class RawNamesCliTest : public ::testing::Test {
                 process.readAllStandardOutput(), process.readAllStandardError()};
     }
 
-    QTemporaryDir tmp;
+    testsupport::TempDir tmp;
 };
 
 TEST_F(RawNamesCliTest, ScannedShownCopiedAndDeletedWithTheirBytes) {

@@ -276,7 +276,7 @@ TEST(ItemPath, IndexNamesKeepTheirHighBytes) {
     item.setupWithPmrBytes(bytes.constData(), bytes.size(), 2, false);
     ASSERT_FALSE(item.DB_ClipName.isNull());
     EXPECT_EQ(TarnFileName::encode(item.DB_ClipName), QByteArray("caf\xE9.mxf "));
-    QTemporaryDir dir;
+    testsupport::TempDir dir;
     item.DB_itemPath = dir.filePath(item.DB_ClipName);
     ASSERT_TRUE(fixtures::writeFile(item.DB_itemPath, QByteArray(12, 'x')));
     item.validatePath();

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QTemporaryDir>
 #include <QUrl>
 
 #include "DatabaseTestSupport.h"
+#include "TestSupport.h"
 #include "support/TarnFileName.h"
 #include "support/TarnUtilities.h"
 
@@ -89,7 +89,7 @@ TEST(FileNameCodec, UrlTextOfAPathGivesTheNameBack) {
 }
 
 TEST(FileNameCodec, FilesWithRawNamesOpenAndTheirFoldersAreFound) {
-    QTemporaryDir dir;
+    testsupport::TempDir dir;
     const QString folder = dir.path() + QLatin1Char('/') + TarnFileName::decode("\xFF\xFE_folder");
     const QString file = folder + QLatin1Char('/') + TarnFileName::decode("caf\xE9.mxf");
     ASSERT_TRUE(fixtures::writeFile(file, "media"));

@@ -45,7 +45,7 @@ class ScanNamesTest : public ::testing::Test, public dbtest::DatabaseTest {
                          TarnFileName::encode(at).constData()) == 0;
     }
 
-    QTemporaryDir dir;
+    testsupport::TempDir dir;
     QString root = dir.path();
     TarnCore core;
     TarnScanner scanner{&core};
@@ -99,7 +99,7 @@ TEST_F(ScanNamesTest, LinksToFoldersAreNotFollowedAndLinksToFilesAreFiles) {
     };
     for (const LinkCase& c : cases) {
         SCOPED_TRACE(c.label);
-        QTemporaryDir caseDir;
+        testsupport::TempDir caseDir;
         root = caseDir.path();
         dbtest::writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
         fixtures::writeFile(root + "/elsewhere/real.wav", QByteArray(77, 'w'));
@@ -161,7 +161,7 @@ TEST_F(ScanNamesTest, FoldersThatCannotBeReadAreLoggedAndTheWalkGoesOn) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.label);
         if (c.needsPermissions && ::geteuid() == 0) continue;  // root reads every folder
-        QTemporaryDir caseDir;
+        testsupport::TempDir caseDir;
         root = caseDir.path();
         // The unreadable folder comes first in the walk; the media after it.
         const auto blocked = c.make(root + "/media/0");

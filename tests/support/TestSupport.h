@@ -18,4 +18,21 @@ class LogCapture {
     qsizetype start_;
 };
 
+// A temporary folder that is removed with everything in it, whatever the
+// bytes of the names (QTemporaryDir leaves names that are not UTF-8 behind).
+class TempDir {
+  public:
+    TempDir() = default;
+    explicit TempDir(const QString& templatePath) : dir_(templatePath) {}
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    bool isValid() const { return dir_.isValid(); }
+    QString path() const { return dir_.path(); }
+    QString filePath(const QString& name) const { return dir_.filePath(name); }
+
+  private:
+    QTemporaryDir dir_;
+};
+
 }  // namespace testsupport
