@@ -125,11 +125,13 @@ void TarnPMRScannerOperation::main() {
     while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
         item->DB_itemPath = base + item->DB_ClipName;
         item->validatePathAt(folderHandle.fd(), item->DB_ClipName);
-        // The name on disk is accounted for: the last component of the path's
-        // URL text, escapes removed. An AMA link's path now ends in ".aaf".
-        const QString url = TarnFileName::urlText(item->DB_itemPath);
-        accounted.insert(
-            TarnFileName::removingPercentEncoding(QStringView(url).mid(url.lastIndexOf('/') + 1)));
+        // The name on disk is accounted for. It is the last component of the
+        // path's URL text with the escapes removed; that round trip through
+        // TarnFileName::urlText gives back the path's own last component
+        // exactly ("a%41b.wav" stays "a%41b.wav"), so that is taken as it is.
+        // An AMA link's path now ends in ".aaf".
+        const QString& path = item->DB_itemPath;
+        accounted.insert(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
         ++counter;
         if (wheel && compositions != 0) wheel->setDoubleValue(double(compositions) - counter);
         if (item->DB_isAMA) {

@@ -126,6 +126,14 @@ QString TarnFileName::decode(const char* bytes, qsizetype size) {
 }
 
 QByteArray TarnFileName::encode(QStringView text) {
+    bool ascii = true;
+    for (const QChar c : text) {
+        if (c.unicode() >= 0x80) {
+            ascii = false;
+            break;
+        }
+    }
+    if (ascii) return text.toLatin1();
     QByteArray out;
     out.reserve(text.size());
     const qsizetype n = text.size();
