@@ -108,4 +108,15 @@ TEST_F(RawNamesCliTest, ScannedShownCopiedAndDeletedWithTheirBytes) {
     EXPECT_TRUE(info.contains("/%FF%FE_folder/caf%E9.mxf\n")) << info.constData();
 }
 
+TEST_F(RawNamesCliTest, MovedByRenameIntoNewFoldersWithTheIndex) {
+    const Result move = tarn({"move", "--to", target(), "--sure"});
+    ASSERT_EQ(move.code, 0) << move.out.constData() << move.err.constData();
+    EXPECT_FALSE(exists(folder() + '/' + listed()));
+    EXPECT_EQ(contentOf(target() + "/Doc/MXF/" + listed()), QByteArray(700, 'm'));
+    EXPECT_EQ(contentOf(target() + "/_00_TRN_UNMANAGED_FILES/WAV/" + unlisted()),
+              QByteArray(10, 'u'));
+    // A new media folder gets the index of the folder its first file came from.
+    EXPECT_EQ(contentOf(target() + "/Doc/MXF/msmFMID.pmr"), contentOf(folder() + "/msmFMID.pmr"));
+}
+
 }  // namespace
