@@ -18,16 +18,8 @@ namespace {
 
 #ifndef Q_OS_DARWIN
 
-QByteArray contentOf(const QString& path) {
-    QFile file;
-    if (!TarnFileName::open(file, path, QIODevice::ReadOnly)) return QByteArray("(missing)");
-    return file.readAll();
-}
-
-bool exists(const QString& path) {
-    struct stat st {};
-    return ::lstat(TarnFileName::encode(path).constData(), &st) == 0;
-}
+using testsupport::contentOf;
+using testsupport::exists;
 
 dev_t deviceOf(const QString& path) {
     struct stat st {};

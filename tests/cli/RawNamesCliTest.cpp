@@ -23,16 +23,8 @@ QString raw(const char* bytes) {
     return TarnFileName::decode(QByteArray(bytes));
 }
 
-QByteArray contentOf(const QString& path) {
-    QFile file;
-    if (!TarnFileName::open(file, path, QIODevice::ReadOnly)) return QByteArray("(missing)");
-    return file.readAll();
-}
-
-bool exists(const QString& path) {
-    struct stat st {};
-    return ::lstat(TarnFileName::encode(path).constData(), &st) == 0;
-}
+using testsupport::contentOf;
+using testsupport::exists;
 
 class RawNamesCliTest : public ::testing::Test {
   protected:

@@ -1,6 +1,9 @@
 #include "TestSupport.h"
 
+#include <QFile>
+
 #include <ftw.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 
@@ -13,6 +16,17 @@ LogCapture::LogCapture() : start_(xConsole::sharedInstance()->contents().size())
 
 QString LogCapture::text() const {
     return xConsole::sharedInstance()->contents().mid(start_);
+}
+
+QByteArray contentOf(const QString& path) {
+    QFile file;
+    if (!TarnFileName::open(file, path, QIODevice::ReadOnly)) return QByteArray("(missing)");
+    return file.readAll();
+}
+
+bool exists(const QString& path) {
+    struct stat st {};
+    return ::lstat(TarnFileName::encode(path).constData(), &st) == 0;
 }
 
 TempDir::~TempDir() {
