@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-
-#include <sys/stat.h>
 
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
