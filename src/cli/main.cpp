@@ -2,11 +2,13 @@
 #include <QStringList>
 
 #include <cstdio>
+#include <cstring>
 
 #include "ActionCommand.h"
 #include "DemoCommand.h"
 #include "FileReportCommand.h"
 #include "ScanCommand.h"
+#include "support/TarnFileName.h"
 #include "support/TarnUtilities.h"
 
 namespace {
@@ -26,7 +28,11 @@ const char* kUsage =
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    QStringList args = app.arguments().mid(1);
+    // Paths keep their bytes even when they are not UTF-8 (QCoreApplication's
+    // own list would replace those).
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args.append(TarnFileName::decode(argv[i], qsizetype(std::strlen(argv[i]))));
     if (args.isEmpty() || args.first() == QLatin1String("--help") ||
         args.first() == QLatin1String("-h") || args.first() == QLatin1String("help")) {
         std::fputs(kUsage, stdout);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -16,6 +17,28 @@ class LogCapture {
 
   private:
     qsizetype start_;
+};
+
+// The bytes of a file, or "(missing)"; whether anything is at a path (a link
+// is not followed). Both reach names that are not UTF-8.
+QByteArray contentOf(const QString& path);
+bool exists(const QString& path);
+
+// A temporary folder that is removed with everything in it, whatever the
+// bytes of the names (QTemporaryDir leaves names that are not UTF-8 behind).
+class TempDir {
+  public:
+    TempDir() = default;
+    explicit TempDir(const QString& templatePath) : dir_(templatePath) {}
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    bool isValid() const { return dir_.isValid(); }
+    QString path() const { return dir_.path(); }
+    QString filePath(const QString& name) const { return dir_.filePath(name); }
+
+  private:
+    QTemporaryDir dir_;
 };
 
 }  // namespace testsupport

@@ -1,12 +1,11 @@
 #include "readers/TarnMXF.h"
 
-#include <QFile>
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "items/TarnDatabaseItem.h"
 #include "log/xConsole.h"
+#include "support/TarnFileName.h"
 #include "support/TarnRegularFile.h"
 
 bool TarnMXF::openFile(const QString& path, TarnProgressIndicator* indicator) {
@@ -21,7 +20,7 @@ bool TarnMXF::openFile(const QString& path, TarnProgressIndicator* indicator) {
     // A folder under the name opens too (that never waits), and the info
     // reader then finds no file in it.
     if (fd < 0)
-        fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        fd = ::open(TarnFileName::encode(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return false;
     file_ = fdopen(fd, "rb");
     if (!file_) {

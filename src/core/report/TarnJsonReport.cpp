@@ -5,6 +5,7 @@
 
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
+#include "support/TarnFileName.h"
 
 namespace {
 
@@ -35,8 +36,9 @@ QJsonValue TarnJsonReport::uidHex(const quint8* uid, quint32 uidSize) {
 
 QJsonObject TarnJsonReport::itemObject(const TarnDatabaseItem& item) {
     QJsonObject o;
-    o.insert(QStringLiteral("path"), textOrNull(item.DB_itemPath));
-    o.insert(QStringLiteral("file_name"), textOrNull(item.DB_ClipName));
+    // Names as shown: a byte that is not UTF-8 becomes a replacement character.
+    o.insert(QStringLiteral("path"), textOrNull(TarnFileName::displayText(item.DB_itemPath)));
+    o.insert(QStringLiteral("file_name"), textOrNull(TarnFileName::displayText(item.DB_ClipName)));
     o.insert(QStringLiteral("clip_name"), textOrNull(item.DB_NameInBin));
     o.insert(QStringLiteral("project"), item.get_DB_ProjectName());
     o.insert(QStringLiteral("file_package_uid"),

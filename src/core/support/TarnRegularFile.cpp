@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/TarnFileName.h"
+
 bool TarnRegularFile::isRegular(int fd, qint64* size) {
     struct stat st;
     if (fd < 0 || ::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) return false;
@@ -17,7 +19,7 @@ bool TarnRegularFile::isRegular(int fd, qint64* size) {
 
 int TarnRegularFile::openForReading(const QString& path, qint64* size) {
     if (path.isEmpty()) return -1;
-    const QByteArray native = QFile::encodeName(path);
+    const QByteArray native = TarnFileName::encode(path);
     // Looked at before opening, so that no device is ever opened; checked
     // again on the descriptor, since the name may change in between.
     struct stat st;
