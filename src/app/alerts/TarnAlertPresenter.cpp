@@ -22,6 +22,7 @@ struct Pending {
     bool done = false;    // answered (or the presenter went away)
     bool gaveUp = false;  // the worker stopped waiting: its action was cancelled
     int answer = TarnAlert::kNoAnswer;
+    int cautious = TarnAlert::kNoAnswer;  // the answer when nobody can ask any more
 };
 
 }  // namespace
@@ -48,6 +49,7 @@ int TarnAlertPresenter::Hub::present(const std::shared_ptr<Hub>& hub,
         return presenter->ask(request, request.abandoned);
     }
     auto pending = std::make_shared<Pending>();
+    pending->cautious = cautiousAnswer(request.buttons);
     hub->waiting.append(pending);
     // Posted under the lock: the presenter cannot be destroyed meanwhile, and
     // a posted call dies with it.
@@ -107,10 +109,13 @@ TarnAlertPresenter::~TarnAlertPresenter() {
         // Workers still waiting get no answer; questions asked later none either.
         QMutexLocker lock(&hub_->mutex);
         hub_->presenter = nullptr;
-        for (const std::shared_ptr<Pending>& pending : hub_->waiting) pending->done = true;
+        for (const std::shared_ptr<Pending>& pending : hub_->waiting) {
+            pending->done = true;
+            pending->answer = pending->cautious;
+        }
         hub_->answered.wakeAll();
     }
-    closeOpenQuestions();
+    dismissOpenQuestions();
 }
 
 void TarnAlertPresenter::setWindow(QWidget* window) {
@@ -121,13 +126,25 @@ void TarnAlertPresenter::setShownHook(ShownHook hook) {
     shownHook_ = std::move(hook);
 }
 
-void TarnAlertPresenter::closeOpenQuestions() {
+void TarnAlertPresenter::dismissOpenQuestions() {
     const QList<QPointer<QMessageBox>> open = open_;
     for (const QPointer<QMessageBox>& box : open) {
         if (!box) continue;
-        box->setProperty(kAbandonedProperty, true);
-        box->reject();
+        if (QAbstractButton* escape = box->escapeButton()) {
+            escape->click();
+        } else {
+            box->setProperty(kAbandonedProperty, true);
+            box->reject();
+        }
     }
+}
+
+int TarnAlertPresenter::cautiousAnswer(const QStringList& buttons) {
+    for (const char* word : {"Cancel", "No", "OK"})
+        for (qsizetype i = 0; i < buttons.size(); ++i)
+            if (buttons.at(i).compare(QLatin1String(word), Qt::CaseInsensitive) == 0)
+                return TarnAlert::kFirstButton + int(i);
+    return TarnAlert::kNoAnswer;
 }
 
 QMessageBox* TarnAlertPresenter::makeBox(const TarnAlert::Request& request, QWidget* parent) {
@@ -139,7 +156,7 @@ QMessageBox* TarnAlertPresenter::makeBox(const TarnAlert::Request& request, QWid
     box->setTextFormat(Qt::PlainText);
     box->setText(request.message);
     box->setInformativeText(request.detail);
-    QPushButton* escape = nullptr;
+    const int cautious = cautiousAnswer(request.buttons);
     for (qsizetype i = 0; i < request.buttons.size(); ++i) {
         const QString& text = request.buttons.at(i);
         // One role for all keeps the buttons in the asker's order.
@@ -148,12 +165,9 @@ QMessageBox* TarnAlertPresenter::makeBox(const TarnAlert::Request& request, QWid
         button->setAccessibleName(text);
         button->setProperty(kAnswerProperty, TarnAlert::kFirstButton + int(i));
         if (i == 0) box->setDefaultButton(button);
-        // Escape answers the most cautious button there is.
-        if (text == QLatin1String("Cancel") || (text == QLatin1String("No") && !escape) ||
-            (text.compare(QLatin1String("OK"), Qt::CaseInsensitive) == 0 && !escape))
-            escape = button;
+        // Escape (and the window's close button) answer the most cautious one.
+        if (TarnAlert::kFirstButton + int(i) == cautious) box->setEscapeButton(button);
     }
-    if (escape) box->setEscapeButton(escape);
     return box;
 }
 

@@ -20,9 +20,9 @@ class QWidget;
 // asked by the action worker is posted to the GUI thread, and the worker waits
 // for the answer; while it waits it keeps checking whether its action was
 // cancelled. A cancelled action gives up its question: a box not shown yet is
-// never shown, an open one closes itself (no answer, which every asker takes
-// as a refusal). So a clear that waits for the worker on the GUI thread and a
-// worker waiting on a question can never wait on each other.
+// never shown, an open one closes itself (no answer; the cancelled action
+// does no more work). So a clear that waits for the worker on the GUI thread
+// and a worker waiting on a question can never wait on each other.
 class TarnAlertPresenter : public QObject {
     Q_OBJECT
   public:
@@ -37,8 +37,10 @@ class TarnAlertPresenter : public QObject {
     using ShownHook = std::function<void(QMessageBox* box, const TarnAlert::Request& request)>;
     void setShownHook(ShownHook hook);
 
-    // Closes every open box without an answer.
-    void closeOpenQuestions();
+    // Answers every open box with its most cautious button, the one Escape
+    // presses ("Cancel", else "No", else "OK"); a box without one closes
+    // unanswered.
+    void dismissOpenQuestions();
     int openQuestions() const { return int(open_.size()); }
 
     // The box of a request: warning style, message, detail and the buttons in
@@ -47,6 +49,8 @@ class TarnAlertPresenter : public QObject {
     // The answer code of a finished box: 1000 + the clicked button's index,
     // or kNoAnswer when it was closed without one.
     static int answerOf(const QMessageBox* box);
+    // The code of the most cautious button, or kNoAnswer.
+    static int cautiousAnswer(const QStringList& buttons);
 
   private:
     struct Hub;  // what the installed presenter function and the waiting workers share
