@@ -49,7 +49,6 @@ TarnAboutBox::TarnAboutBox(QWidget* parent) : QDialog(parent) {
     site->setOpenExternalLinks(true);
     text->addWidget(site);
     text->addWidget(label(licenceText(), QStringLiteral("aboutLicence"), this));
-    text->addStretch(1);
 
     auto* top = new QHBoxLayout;
     top->addWidget(icon);
@@ -65,7 +64,10 @@ TarnAboutBox::TarnAboutBox(QWidget* parent) : QDialog(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
     layout->addWidget(buttons);
-    setFixedWidth(460);
+    // As tall as the wrapped texts need at this width, no more.
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    for (QLabel* wrapped : findChildren<QLabel*>())
+        if (wrapped->wordWrap()) wrapped->setFixedWidth(340);
 }
 
 QString TarnAboutBox::versionText() {
