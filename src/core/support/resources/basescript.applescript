@@ -1,4 +1,4 @@
--- Tarn runs this script when you choose "Run script" on a selection. The
+-- Tarn runs this script when you run the script command on a selection. The
 -- selected media files that exist are on the clipboard, one path per line,
 -- separated by carriage returns. TARN_EXTERNAL_APP holds the preference
 -- "ExternalAppBundleID".

@@ -1,4 +1,4 @@
-# Tarn runs this script with /bin/sh when you choose "Run script" on a
+# Tarn runs this script with /bin/sh when you run the script command on a
 # selection. The selected media files that exist are its arguments ("$@");
 # the same paths are on the clipboard, separated by carriage returns
 # (read them with: xclip -o -selection clipboard | tr '\r' '\n').
