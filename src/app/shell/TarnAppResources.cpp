@@ -26,7 +26,7 @@ QIcon TarnAppResources::videoIcon() {
     initResources();
     QIcon icon;
     icon.addFile(QStringLiteral(":/tarn/video-icon.png"), QSize(16, 16));
-    icon.addFile(QStringLiteral(":/tarn/video-icon@2x.png"), QSize(32, 32));
+    icon.addFile(QStringLiteral(":/tarn/video-icon-32.png"), QSize(32, 32));
     return icon;
 }
 
