@@ -7,10 +7,10 @@ GENERATOR  := -G Ninja
 WERROR     := $(if $(CI),ON,OFF)
 CMAKE_ARGS ?=
 PACKAGES   := g++ cmake ninja-build pkg-config qt6-base-dev libavformat-dev libavutil-dev \
-              libavcodec-dev libgtest-dev libgmock-dev libbenchmark-dev ffmpeg
+              libavcodec-dev libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dpkg-dev file
 FUZZ_SECONDS ?= 60
 
-.PHONY: all deps configure build run test test-asan test-tsan bench fuzz clean format
+.PHONY: all deps configure build run test test-asan test-tsan bench fuzz clean format install package
 
 all: build
 
@@ -49,6 +49,15 @@ run: build
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j2
+
+# tarn, tarn-app, the desktop entry and the icon under PREFIX (default /usr/local).
+PREFIX ?= /usr/local
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
+
+# The Debian package $(BUILD)/tarn_<version>-<build>_<arch>.deb (dependencies from dpkg-shlibdeps).
+package: build
+	cmake --build $(BUILD) --target package
 
 test-asan:
 	$(MAKE) test BUILD=build-asan CMAKE_ARGS="-DTARN_SANITIZE=ON -DTARN_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug"

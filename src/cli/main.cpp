@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "ActionCommand.h"
+#include "DatabasesCommand.h"
 #include "DemoCommand.h"
 #include "FileReportCommand.h"
 #include "ScanCommand.h"
@@ -21,6 +22,8 @@ const char* kUsage =
     "  copy|move|delete [PATH...] [options]  act on the scanned items (tarn copy --help)\n"
     "  demo [DIR]                write the demo volume (if absent) and show its scan\n"
     "  inspect [--json] FILE...  what Tarn reads in index, database, media and bin files\n"
+    "  databases [--volume ROOT...] [--delete --sure]  list (and trash) the media indexes\n"
+    "                            and databases of the media folders (tarn databases --help)\n"
     "  --help                    this text\n"
     "  --version                 the version and build number\n";
 
@@ -49,6 +52,7 @@ int main(int argc, char** argv) {
         command == QLatin1String("delete"))
         return ActionCommand::run(command, args);
     if (command == QLatin1String("inspect")) return FileReportCommand::run(args);
+    if (command == QLatin1String("databases")) return DatabasesCommand::run(args);
     std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(command), kUsage);
     return 2;
 }
