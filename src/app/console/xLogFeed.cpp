@@ -1,5 +1,7 @@
 #include "console/xLogFeed.h"
 
+#include <QElapsedTimer>
+
 #include <deque>
 #include <mutex>
 
@@ -46,32 +48,39 @@ void xLogFeed::schedule() {
     if (!timer_.isActive()) timer_.start();
 }
 
-void xLogFeed::deliverBatch() {
-    QList<xLog::Piece> batch;
-    bool more = false;
-    {
-        std::lock_guard lock(inbox_->mutex);
-        qsizetype chars = 0;
-        while (!inbox_->pieces.empty() && chars < kMaxBatchChars) {
-            chars += inbox_->pieces.front().text.size();
-            batch.append(std::move(inbox_->pieces.front()));
-            inbox_->pieces.pop_front();
-        }
-        more = !inbox_->pieces.empty();
+QList<xLog::Piece> xLogFeed::takeChunk(bool* more) {
+    QList<xLog::Piece> chunk;
+    std::lock_guard lock(inbox_->mutex);
+    qsizetype chars = 0;
+    while (!inbox_->pieces.empty() && chars < kChunkChars) {
+        chars += inbox_->pieces.front().text.size();
+        chunk.append(std::move(inbox_->pieces.front()));
+        inbox_->pieces.pop_front();
     }
-    if (view_) view_->addPieces(batch);
-    // The rest goes in on the next turn, after the events waiting now.
-    if (more) QTimer::singleShot(0, this, &xLogFeed::deliverBatch);
+    *more = !inbox_->pieces.empty();
+    return chunk;
+}
+
+void xLogFeed::deliverBatch() {
+    // Appending costs about 10 microseconds a line: a few milliseconds'
+    // worth at a time, then the window's own events get their turn.
+    QElapsedTimer clock;
+    clock.start();
+    bool more = false;
+    do {
+        const QList<xLog::Piece> chunk = takeChunk(&more);
+        if (view_) view_->addPieces(chunk);
+    } while (more && clock.elapsed() < kBudgetMilliseconds);
+    if (more) QTimer::singleShot(kBacklogMilliseconds, this, &xLogFeed::deliverBatch);
 }
 
 void xLogFeed::flush() {
     xConsole::sharedInstance()->flush();
     for (;;) {
-        {
-            std::lock_guard lock(inbox_->mutex);
-            if (inbox_->pieces.empty()) return;
-        }
-        deliverBatch();
+        bool more = false;
+        const QList<xLog::Piece> chunk = takeChunk(&more);
+        if (view_) view_->addPieces(chunk);
+        if (!more) return;
     }
 }
 

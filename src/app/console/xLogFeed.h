@@ -10,13 +10,16 @@
 
 // Carries the application log (xConsole) into an xLog view on the GUI thread
 // in batches: pieces logged on any thread are collected and appended together
-// a few times a second, at most kMaxBatchChars at a time, so a scan that logs
-// 100,000 lines keeps the window responsive.
+// a few times a second, for at most kBudgetMilliseconds at a time, so a scan
+// that logs 100,000 lines keeps the window responsive.
 class xLogFeed : public QObject {
     Q_OBJECT
   public:
     static constexpr int kBatchMilliseconds = 50;
-    static constexpr qsizetype kMaxBatchChars = 256 * 1024;
+    static constexpr int kBudgetMilliseconds = 6;
+    // A backlog goes on after a pause that leaves time to paint and to answer the user.
+    static constexpr int kBacklogMilliseconds = 10;
+    static constexpr qsizetype kChunkChars = 16 * 1024;
 
     explicit xLogFeed(xLog* view, QObject* parent = nullptr);
     ~xLogFeed() override;
@@ -30,6 +33,8 @@ class xLogFeed : public QObject {
     struct Inbox;
     void schedule();
     void deliverBatch();
+    // Up to kChunkChars of what is collected; `more` tells whether some is left.
+    QList<xLog::Piece> takeChunk(bool* more);
 
     QPointer<xLog> view_;
     std::shared_ptr<Inbox> inbox_;
