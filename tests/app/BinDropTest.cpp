@@ -1,8 +1,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QDropEvent>
+#include <QFile>
 #include <QFileDialog>
-#include <QImage>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -23,6 +23,21 @@ using Op = TarnDragDropView::Operation;
 namespace {
 
 constexpr Qt::DropActions kAll = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+#ifdef Q_OS_MACOS
+constexpr Qt::KeyboardModifiers kAddKeys = Qt::ControlModifier;  // Command
+constexpr Qt::KeyboardModifiers kSubtractKeys = Qt::ControlModifier | Qt::AltModifier;
+#else
+constexpr Qt::KeyboardModifiers kAddKeys = Qt::ShiftModifier;
+constexpr Qt::KeyboardModifiers kSubtractKeys = Qt::ControlModifier | Qt::ShiftModifier;
+#endif
+
+QMimeData* filesData(const QStringList& paths) {
+    auto* data = new QMimeData;
+    QList<QUrl> urls;
+    for (const QString& path : paths) urls.append(QUrl::fromLocalFile(path));
+    data->setUrls(urls);
+    return data;
+}
 
 // The demo volume scanned into a database, and a drop target over a table
 // area wired to the bin commands as the main window wires them.
@@ -33,12 +48,10 @@ class BinDropTest : public ::testing::Test {
         ASSERT_TRUE(fixtures::DemoVolume::write(dir.path(), &error, &demo)) << qPrintable(error);
         ASSERT_TRUE(scanner.run(TarnScanner::Kind::SingleFolder, {dir.path()}));
         scanned = shownPaths();
-        ASSERT_FALSE(scanned.isEmpty());
         area.resize(640, 400);
         area.show();
         view.setAvbOpDelegate(&commands);
     }
-
     QStringList shownPaths() const {
         QStringList paths;
         for (qsizetype row = 0; row < core.getItemsCount(); ++row) {
@@ -46,33 +59,21 @@ class BinDropTest : public ::testing::Test {
         }
         return paths;
     }
-    // The scanned rows, in their order, that `keep` says yes to.
-    template <typename Keep>
-    QStringList scannedWhere(Keep keep) const {
+    // The scanned rows, in their order, that are (or are not) in bin `index`.
+    QStringList scannedInBin(int index, bool in = true) const {
         QStringList paths;
         for (const QString& path : scanned) {
-            if (keep(path)) paths.append(path);
+            if (demo.bins.at(index).referencedPaths.contains(path) == in) paths.append(path);
         }
         return paths;
     }
-
-    static QMimeData* filesData(const QStringList& paths) {
-        auto* data = new QMimeData;
-        QList<QUrl> urls;
-        for (const QString& path : paths) urls.append(QUrl::fromLocalFile(path));
-        data->setUrls(urls);
-        return data;
-    }
-    // A drag that enters the area and is dropped on it, as the platform
-    // delivers it; the operation runs once the drop has been answered.
-    bool drop(QMimeData* data, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
-              Qt::DropActions offered = kAll) {
-        const QPoint at(100, 100);
-        QDragEnterEvent enter(at, offered, data, Qt::LeftButton, modifiers);
+    // A drag that enters the area and is dropped, as the platform delivers
+    // it; the operation runs once the drop has been answered.
+    bool drop(QMimeData* data, Qt::KeyboardModifiers keys = Qt::NoModifier) {
+        QDragEnterEvent enter(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
         QCoreApplication::sendEvent(&area, &enter);
         highlightedDuringDrag = view.isHighlighted();
-        maskDuringDrag = view.currentDragMask();
-        QDropEvent dropped(at, offered, data, Qt::LeftButton, modifiers);
+        QDropEvent dropped(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
         QCoreApplication::sendEvent(&area, &dropped);
         QCoreApplication::sendPostedEvents();
         delete data;
@@ -89,230 +90,141 @@ class BinDropTest : public ::testing::Test {
     TarnDragDropView view{&area};
     QStringList scanned;
     bool highlightedDuringDrag = false;
-    quint32 maskDuringDrag = 0;
 };
 
 }  // namespace
 
-TEST(BinDropMask, OperationFollowsTheMaskBits) {
-    const struct {
-        quint32 mask;
-        Op operation;
-        const char* label;
-    } cases[] = {
-        {7, Op::Intersect, "Intersect"},
-        {3, Op::Intersect, "Intersect"},
-        {1, Op::Intersect, "Intersect"},
-        {6, Op::Add, "Add"},
-        {4, Op::Add, "Add"},
-        {2, Op::Subtract, "Subtract"},
-        {0, Op::None, ""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.mask);
-        EXPECT_EQ(TarnDragDropView::operationForMask(c.mask), c.operation);
-        EXPECT_EQ(TarnDragDropView::label(c.operation), QString::fromLatin1(c.label));
-    }
-}
-
-TEST(BinDropMask, ModifierKeysNarrowTheOffer) {
+// Copy intersects, else generic adds, else link subtracts; the keys narrow
+// what the source offers.
+TEST(BinDropMask, OperationFromTheOfferAndTheKeys) {
     const struct {
         Qt::DropActions offered;
-        Qt::KeyboardModifiers modifiers;
+        Qt::KeyboardModifiers keys;
         Op operation;
     } cases[] = {
         {kAll, Qt::NoModifier, Op::Intersect},
-        {Qt::CopyAction, Qt::NoModifier, Op::Intersect},
+        {Qt::MoveAction | Qt::LinkAction, Qt::NoModifier, Op::Add},        // mask 6
+        {Qt::CopyAction | Qt::LinkAction, Qt::NoModifier, Op::Intersect},  // mask 3
         {Qt::LinkAction, Qt::NoModifier, Op::Subtract},
-#ifdef Q_OS_MACOS
-        {kAll, Qt::AltModifier, Op::Intersect},
-        {kAll, Qt::ControlModifier, Op::Add},
-        {kAll, Qt::ControlModifier | Qt::AltModifier, Op::Subtract},
-        {Qt::CopyAction | Qt::LinkAction, Qt::ControlModifier, Op::None},
-#else
-        {kAll, Qt::ControlModifier, Op::Intersect},
-        {kAll, Qt::ShiftModifier, Op::Add},
-        {kAll, Qt::ControlModifier | Qt::ShiftModifier, Op::Subtract},
-        {Qt::CopyAction | Qt::LinkAction, Qt::ShiftModifier, Op::None},
-#endif
+        {kAll, kAddKeys, Op::Add},
+        {kAll, kSubtractKeys, Op::Subtract},
+        {Qt::CopyAction | Qt::LinkAction, kAddKeys, Op::None},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(int(c.modifiers));
-        EXPECT_EQ(
-            TarnDragDropView::operationForMask(TarnDragDropView::dragMask(c.offered, c.modifiers)),
-            c.operation);
+        SCOPED_TRACE(int(c.offered) * 1000 + int(c.keys >> 24));
+        EXPECT_EQ(TarnDragDropView::operationForMask(TarnDragDropView::dragMask(c.offered, c.keys)),
+                  c.operation);
     }
-}
-
-TEST(BinDropCheck, OnlyFilesEndingInAvbPass) {
-    QTemporaryDir dir;
-    const QString folder = dir.filePath(QStringLiteral("Folder.avb"));
-    QDir().mkpath(folder);
-    const struct {
-        QStringList names;
-        bool accepted;
-    } cases[] = {
-        {{"Selects.avb"}, true},  {{"BIN.AVB"}, true}, {{"a.avb", "b.Avb"}, true},
-        {{"bin.avb.txt"}, false}, {{"bin"}, false},    {{"a.avb", "clip.mxf"}, false},
-        {{"Folder.avb"}, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(qPrintable(c.names.join(QLatin1Char(','))));
-        QMimeData data;
-        QList<QUrl> urls;
-        for (const QString& name : c.names) urls.append(QUrl::fromLocalFile(dir.filePath(name)));
-        data.setUrls(urls);
-        EXPECT_EQ(TarnDragDropView::checkDraginfo(&data), c.accepted);
-    }
-    QMimeData text;
-    text.setText(QStringLiteral("not files"));
-    EXPECT_TRUE(TarnDragDropView::checkDraginfo(&text));
+    EXPECT_EQ(TarnDragDropView::label(Op::Add), QStringLiteral("Add"));
+    EXPECT_TRUE(TarnDragDropView::label(Op::None).isNull());
 }
 
 TEST_F(BinDropTest, DroppedBinIntersectsTheDatabase) {
     QSignalSpy intersect(&view, &TarnDragDropView::intersectRequested);
     QSignalSpy reload(&commands, &BinCommands::AllTablesReload);
     testsupport::LogCapture log;
-    const fixtures::DemoBin& bin = demo.bins.at(0);
-
-    EXPECT_TRUE(drop(filesData({bin.path})));
+    EXPECT_TRUE(drop(filesData({demo.bins.at(0).path})));
     EXPECT_TRUE(highlightedDuringDrag);
-    EXPECT_EQ(maskDuringDrag, 7u);
     EXPECT_FALSE(view.isHighlighted());
     EXPECT_EQ(view.currentDragMask(), 0u);
-    ASSERT_EQ(intersect.size(), 1);
-    EXPECT_EQ(intersect.at(0).at(0).toStringList(), QStringList({bin.path}));
+    EXPECT_EQ(intersect.size(), 1);
     EXPECT_EQ(reload.size(), 1);
-
-    const QStringList expected =
-        scannedWhere([&](const QString& p) { return bin.referencedPaths.contains(p); });
-    ASSERT_FALSE(expected.isEmpty());
-    EXPECT_EQ(shownPaths(), expected);
+    ASSERT_FALSE(scannedInBin(0).isEmpty());
+    EXPECT_EQ(shownPaths(), scannedInBin(0));
     EXPECT_TRUE(log.contains(QStringLiteral("Tarn:: Accepted 1 bins")));
     EXPECT_TRUE(log.contains(QStringLiteral("Execution Time: ")));
-}
 
-TEST_F(BinDropTest, ModifiersSubtractAndAddBack) {
-#ifdef Q_OS_MACOS
-    const Qt::KeyboardModifiers subtract = Qt::ControlModifier | Qt::AltModifier;
-    const Qt::KeyboardModifiers add = Qt::ControlModifier;
-#else
-    const Qt::KeyboardModifiers subtract = Qt::ControlModifier | Qt::ShiftModifier;
-    const Qt::KeyboardModifiers add = Qt::ShiftModifier;
-#endif
-    const fixtures::DemoBin& bin = demo.bins.at(1);
-    drop(filesData({bin.path}), subtract);
-    EXPECT_EQ(maskDuringDrag, quint32(TarnDragDropView::kLink));
-    EXPECT_EQ(shownPaths(),
-              scannedWhere([&](const QString& p) { return !bin.referencedPaths.contains(p); }));
-    drop(filesData({bin.path}), add);
-    EXPECT_EQ(shownPaths().size(), scanned.size());
-}
-
-TEST_F(BinDropTest, FoldersAndOtherFilesAreRefused) {
-    QSignalSpy refused(&view, &TarnDragDropView::dropRefused);
-    QSignalSpy intersect(&view, &TarnDragDropView::intersectRequested);
-    const QString folder = dir.filePath(QStringLiteral("Old Bins.avb"));
-    QDir().mkpath(folder);
-    const QString clip = demo.media.at(0).path;
-
-    const QStringList refusedDrops[] = {{folder}, {clip}, {demo.bins.at(0).path, clip}};
-    for (const QStringList& paths : refusedDrops) {
-        SCOPED_TRACE(qPrintable(paths.join(QLatin1Char(','))));
-        EXPECT_FALSE(drop(filesData(paths)));
-        EXPECT_FALSE(highlightedDuringDrag);
-        EXPECT_FALSE(view.isHighlighted());
-    }
-    EXPECT_EQ(refused.size(), 3);
-    EXPECT_EQ(intersect.size(), 0);
-    EXPECT_EQ(shownPaths(), scanned);
-}
-
-TEST_F(BinDropTest, DragWithoutFilesRunsTheOperationOnNoBins) {
-    QSignalSpy intersect(&view, &TarnDragDropView::intersectRequested);
+    // A drag without files is taken too, and runs on no bins: nothing changes.
     auto* text = new QMimeData;
     text->setText(QStringLiteral("hello"));
     EXPECT_TRUE(drop(text));
-    ASSERT_EQ(intersect.size(), 1);
-    EXPECT_TRUE(intersect.at(0).at(0).toStringList().isEmpty());
+    ASSERT_EQ(intersect.size(), 2);
+    EXPECT_TRUE(intersect.at(1).at(0).toStringList().isEmpty());
+    EXPECT_EQ(shownPaths(), scannedInBin(0));
+}
+
+TEST_F(BinDropTest, KeysSubtractAndAddBack) {
+    drop(filesData({demo.bins.at(1).path}), kSubtractKeys);
+    EXPECT_EQ(shownPaths(), scannedInBin(1, false));
+    drop(filesData({demo.bins.at(1).path}), kAddKeys);
     EXPECT_EQ(shownPaths(), scanned);
 }
 
-// Bins are never moved by a drop: the answer is a copy, or a link where
-// the source offers no copy; a source that only offers to move is turned away.
-TEST_F(BinDropTest, DropNeverMovesTheBin) {
+// Only files ending in ".avb", in any case, are taken; the rest beep.
+TEST_F(BinDropTest, OnlyFilesEndingInAvbAreTaken) {
     const QString bin = demo.bins.at(0).path;
+    const QString upper = dir.filePath(QStringLiteral("SELECTS.AVB"));
+    const QString misnamed = dir.filePath(QStringLiteral("Selects.avb.txt"));
+    const QString folder = dir.filePath(QStringLiteral("Old Bins.avb"));
+    const QString clip = demo.media.at(0).path;
+    QFile::copy(bin, upper);
+    QFile::copy(bin, misnamed);
+    QDir().mkpath(folder);
+    QSignalSpy refused(&view, &TarnDragDropView::dropRefused);
+    const struct {
+        QStringList paths;
+        bool taken;
+    } cases[] = {{{upper}, true},
+                 {{folder}, false},
+                 {{clip}, false},
+                 {{misnamed}, false},
+                 {{bin, clip}, false}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(drop(filesData(c.paths)), c.taken) << qPrintable(c.paths.join(' '));
+        EXPECT_EQ(highlightedDuringDrag, c.taken);
+    }
+    EXPECT_EQ(refused.size(), 4);
+    EXPECT_EQ(shownPaths(), scannedInBin(0));  // only the first drop changed the view
+}
+
+// A drop is answered as a copy (or a link), never as a move that would let
+// the file manager remove the bin.
+TEST_F(BinDropTest, DropNeverMovesTheBin) {
     const struct {
         Qt::DropActions offered;
-        bool accepted;
         Qt::DropAction answer;
-    } cases[] = {
-        {kAll, true, Qt::CopyAction},
-        {Qt::MoveAction | Qt::LinkAction, true, Qt::LinkAction},
-        {Qt::MoveAction, false, Qt::IgnoreAction},
-    };
+    } cases[] = {{kAll, Qt::CopyAction},
+                 {Qt::MoveAction | Qt::LinkAction, Qt::LinkAction},
+                 {Qt::MoveAction, Qt::IgnoreAction}};
+    std::unique_ptr<QMimeData> data(filesData({demo.bins.at(0).path}));
     for (const auto& c : cases) {
-        SCOPED_TRACE(int(c.offered));
-        QMimeData* data = filesData({bin});
-        QDragEnterEvent enter(QPoint(5, 5), c.offered, data, Qt::LeftButton, Qt::NoModifier);
+        QDragEnterEvent enter(QPoint(5, 5), c.offered, data.get(), Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&area, &enter);
-        EXPECT_EQ(enter.isAccepted(), c.accepted);
-        if (c.accepted) {
-            EXPECT_EQ(enter.dropAction(), c.answer);
-        }
-        QDragLeaveEvent leave;
-        QCoreApplication::sendEvent(&area, &leave);
-        delete data;
+        EXPECT_EQ(enter.isAccepted() ? enter.dropAction() : Qt::IgnoreAction, c.answer);
     }
 }
 
-// At rest the target draws nothing and lets the mouse through; while a bin
-// hovers it veils the area.
 TEST_F(BinDropTest, InvisibleAtRestVeiledWhileABinHovers) {
     area.setAutoFillBackground(true);
     area.setPalette(QPalette(Qt::white));
     EXPECT_TRUE(view.testAttribute(Qt::WA_TransparentForMouseEvents));
-    EXPECT_EQ(view.geometry(), area.rect());
     const QPoint centre(320, 300);
     EXPECT_EQ(area.grab().toImage().pixelColor(centre), QColor(Qt::white));
-
-    QMimeData* data = filesData({demo.bins.at(0).path});
-    QDragEnterEvent enter(QPoint(5, 5), kAll, data, Qt::LeftButton, Qt::NoModifier);
+    std::unique_ptr<QMimeData> data(filesData({demo.bins.at(0).path}));
+    QDragEnterEvent enter(QPoint(5, 5), kAll, data.get(), Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(&area, &enter);
-    const QColor veiled = area.grab().toImage().pixelColor(centre);
-    EXPECT_LT(veiled.lightness(), 80);
+    EXPECT_LT(area.grab().toImage().pixelColor(centre).lightness(), 80);
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(&area, &leave);
     EXPECT_EQ(area.grab().toImage().pixelColor(centre), QColor(Qt::white));
-    delete data;
-
     area.resize(800, 500);
     EXPECT_EQ(view.geometry(), area.rect());
 }
 
+// Tag 1 intersects (starting again from the whole filtered database), 2
+// subtracts, 3 adds; others do nothing.
 TEST_F(BinDropTest, OpenPanelTagChoosesTheOperation) {
-    const QString bin = demo.bins.at(0).path;
-    const QStringList inBin =
-        scannedWhere([&](const QString& p) { return demo.bins.at(0).referencedPaths.contains(p); });
     const struct {
         int tag;
         QStringList shown;
-    } cases[] = {
-        {0, scanned},
-        {4, scanned},
-        {2, scannedWhere([&](const QString& p) { return !inBin.contains(p); })},
-        {3, scanned},
-        {1, inBin},
-    };
+    } cases[] = {{0, scanned}, {2, scannedInBin(0, false)}, {3, scanned}, {1, scannedInBin(0)}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.tag);
         commands.OpenAVB(c.tag);
         auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
         ASSERT_NE(panel, nullptr);
-        EXPECT_EQ(panel->fileMode(), QFileDialog::ExistingFiles);
-        panel->selectFile(bin);
+        panel->selectFile(demo.bins.at(0).path);
         static_cast<QDialog*>(panel)->accept();  // as the panel's own button does
-        EXPECT_EQ(shownPaths(), c.shown);
+        EXPECT_EQ(shownPaths(), c.shown) << c.tag;
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }

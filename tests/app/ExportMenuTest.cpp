@@ -17,12 +17,11 @@
 #include <gtest/gtest.h>
 
 #include "export/ExportMenu.h"
-#include "report/TarnExport.h"
 
 namespace {
 
+// The report suite's golden files (QT_TESTCASE_SOURCEDIR is the tests folder).
 QByteArray golden(const char* name) {
-    // The report suite's golden files (QT_TESTCASE_SOURCEDIR is the tests folder).
     QFile file(QStringLiteral(QT_TESTCASE_SOURCEDIR "/report/golden/") + QLatin1String(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing golden>");
 }
@@ -32,170 +31,127 @@ QByteArray contents(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
 }
 
-// Records the URLs the app asks the desktop to open.
+// Records the files the app asks the desktop to open.
 class UrlCatcher : public QObject {
     Q_OBJECT
   public:
     UrlCatcher() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
     ~UrlCatcher() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-    QList<QUrl> opened;
+    QStringList opened;
   public slots:
-    void open(const QUrl& url) { opened.append(url); }
+    void open(const QUrl& url) { opened.append(url.toLocalFile()); }
 };
 
-// A window with the golden sample's rows in a table (the same rows the
-// report suite's golden files were written from).
+// A window with the rows the report suite's golden files were written from.
 class ExportMenuTest : public ::testing::Test {
   protected:
     void SetUp() override {
         window.setWindowTitle(QStringLiteral("Tarn <media>"));
         model.setHorizontalHeaderLabels(
             {QStringLiteral("File \"Name\""), QStringLiteral("Project")});
-        addRow(QStringLiteral("A001_C002.mxf"), QStringLiteral("Tom & Jerry <x>"));
-        addRow(QStringLiteral("say \"hi\"; now, then"), QStringLiteral("line one\nline two"));
-        addRow(QStringLiteral("Director's cut"), QString());
-        addRow(QStringLiteral("Café été.wav"), QStringLiteral(""));
-        table = new QTableView;
+        const char* rows[][2] = {{"A001_C002.mxf", "Tom & Jerry <x>"},
+                                 {"say \"hi\"; now, then", "line one\nline two"},
+                                 {"Director's cut", ""},
+                                 {"Café été.wav", ""}};
+        for (const auto& row : rows) {
+            model.appendRow({new QStandardItem(QString::fromUtf8(row[0])),
+                             new QStandardItem(QString::fromUtf8(row[1]))});
+        }
         table->setModel(&model);
         window.setCentralWidget(table);
-    }
-    void addRow(const QString& a, const QString& b) {
-        model.appendRow({new QStandardItem(a), new QStandardItem(b)});
-    }
-    QString path(const QString& name) const { return dir.filePath(name); }
-    QFileDialog* savePanel() const {
-        return window.findChild<QFileDialog*>(QStringLiteral("ExportSavePanel"));
     }
 
     QTemporaryDir dir;
     QMainWindow window;
     QStandardItemModel model;
-    QTableView* table = nullptr;
+    QTableView* table = new QTableView;
 };
 
 }  // namespace
-
-TEST_F(ExportMenuTest, FourItemsInOrder) {
-    ExportMenu menu(table, ExportMenu::displayTexts(table));
-    QStringList titles;
-    QList<int> tags;
-    for (QAction* action : menu.actions()) {
-        titles.append(action->text());
-        tags.append(action->data().toInt());
-        EXPECT_TRUE(action->shortcut().isEmpty());
-    }
-    EXPECT_EQ(titles, QStringList({"Export as Mac CSV / Semicolon-Separated",
-                                   "Export as Windows CSV / Comma-Separated", "Export as Html",
-                                   "View as Html"}));
-    EXPECT_EQ(tags, QList<int>({1, 2, 3, 0}));
-}
 
 TEST_F(ExportMenuTest, WritesTheGoldenFiles) {
     ExportMenu menu(table, ExportMenu::displayTexts(table));
     const struct {
         int tag;
         const char* golden;
-    } cases[] = {
-        {ExportMenu::MacCsv, "sample-semicolon.csv"},
-        {ExportMenu::WindowsCsv, "sample-comma.csv"},
-        {ExportMenu::SaveHtml, "sample.html"},
-        {ExportMenu::ViewAsHtml, "sample.html"},
-    };
+    } cases[] = {{1, "sample-semicolon.csv"}, {2, "sample-comma.csv"}, {3, "sample.html"}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.tag);
-        const QString out = path(QStringLiteral("out-%1").arg(c.tag));
+        const QString out = dir.filePath(QStringLiteral("out-%1").arg(c.tag));
         ASSERT_TRUE(menu.writeExport(c.tag, out));
-        EXPECT_EQ(contents(out), golden(c.golden));
+        EXPECT_EQ(contents(out), golden(c.golden)) << c.tag;
     }
-    EXPECT_FALSE(menu.writeExport(4, path(QStringLiteral("four"))));
-    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("four"))));
+    EXPECT_FALSE(menu.writeExport(4, dir.filePath(QStringLiteral("four"))));
+    // Without a source every cell is empty.
+    EXPECT_EQ(ExportMenu(table, nullptr).exportTable().rows().at(0), QStringList({"", ""}));
 }
 
 // The columns as the header shows them (moved ones where they are now,
 // hidden ones included); the rows as the model sorts and filters them.
 TEST_F(ExportMenuTest, FollowsTheTablesColumnOrderAndRows) {
-    model.setHorizontalHeaderLabels(
-        {QStringLiteral("Name"), QStringLiteral("Project"), QStringLiteral("Size")});
+    model.setHorizontalHeaderLabels({"Name", "Project", "Size"});
     for (int row = 0; row < model.rowCount(); ++row) {
         model.setItem(row, 2, new QStandardItem(QString::number(row)));
     }
     QSortFilterProxyModel shown;
     shown.setSourceModel(&model);
-    shown.setFilterKeyColumn(0);
     shown.setFilterRegularExpression(QStringLiteral("^[A-Z]"));  // drops "say ..."
     shown.sort(0, Qt::DescendingOrder);
     table->setModel(&shown);
-    table->horizontalHeader()->moveSection(2, 0);  // Size first
-    table->setColumnHidden(1, true);               // Project hidden
+    table->horizontalHeader()->moveSection(2, 0);
+    table->setColumnHidden(1, true);
 
-    ExportMenu menu(table, ExportMenu::displayTexts(table));
-    const TarnExportTable exported = menu.exportTable();
+    const TarnExportTable exported =
+        ExportMenu(table, ExportMenu::displayTexts(table)).exportTable();
     EXPECT_EQ(exported.title(), QStringLiteral("Tarn <media>"));
     EXPECT_EQ(exported.columns(), QStringList({"Size", "Name", "Project"}));
-    ASSERT_EQ(exported.rows().size(), 3);
-    EXPECT_EQ(exported.rows().at(0), QStringList({"2", "Director's cut", ""}));
-    EXPECT_EQ(exported.rows().at(1), QStringList({"3", "Café été.wav", ""}));
-    EXPECT_EQ(exported.rows().at(2), QStringList({"0", "A001_C002.mxf", "Tom & Jerry <x>"}));
+    EXPECT_EQ(exported.rows(), QList<QStringList>({{"2", "Director's cut", ""},
+                                                   {"3", "Café été.wav", ""},
+                                                   {"0", "A001_C002.mxf", "Tom & Jerry <x>"}}));
 }
 
-TEST_F(ExportMenuTest, CellsComeFromTheSourceOnly) {
-    ExportMenu none(table, nullptr);
-    const TarnExportTable empty = none.exportTable();
-    EXPECT_EQ(empty.columns().size(), 2);
-    EXPECT_EQ(empty.rows().at(0), QStringList({"", ""}));
-
-    ExportMenu source(table, [](int row, int column) {
-        return column == 0 ? QStringLiteral("r%1").arg(row) : QString();
-    });
-    EXPECT_EQ(source.exportTable().rows().at(3), QStringList({"r3", ""}));
-}
-
-// Through the save panel: "export" with the format's extension, which stays
-// even when another one is typed; the file is written even when the menu that
-// opened the panel is already gone (a popped-up menu is).
+// Through the save panel, which proposes "export" and keeps the format's
+// extension; the file is written even when the menu is gone by then (a
+// popped-up menu is).
 TEST_F(ExportMenuTest, SavePanelWritesWithTheFixedExtension) {
     const struct {
         int tag;
         const char* typed;
         const char* written;
         const char* golden;
-    } cases[] = {
-        {ExportMenu::MacCsv, "list", "list.csv", "sample-semicolon.csv"},
-        {ExportMenu::WindowsCsv, "list.txt", "list.txt.csv", "sample-comma.csv"},
-        {ExportMenu::SaveHtml, "page.HTML", "page.HTML", "sample.html"},
-    };
+    } cases[] = {{1, "list", "list.csv", "sample-semicolon.csv"},
+                 {2, "list.txt", "list.txt.csv", "sample-comma.csv"},
+                 {3, "page.HTML", "page.HTML", "sample.html"}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.typed);
-        auto* menu = new ExportMenu(table, ExportMenu::displayTexts(table));
-        menu->onMenuClick(c.tag);
-        delete menu;
-        QFileDialog* panel = savePanel();
+        ExportMenu(table, ExportMenu::displayTexts(table)).onMenuClick(c.tag);
+        auto* panel = window.findChild<QFileDialog*>(QStringLiteral("ExportSavePanel"));
         ASSERT_NE(panel, nullptr);
-        EXPECT_EQ(panel->acceptMode(), QFileDialog::AcceptSave);
         EXPECT_EQ(panel->windowTitle(), QStringLiteral("Choose the path to save"));
-        EXPECT_TRUE(panel->selectedFiles().value(0).endsWith(
-            QLatin1String("/export.") + QFileInfo(QString::fromLatin1(c.golden)).suffix()));
-        panel->setDirectory(dir.path());
-        panel->selectFile(path(QString::fromLatin1(c.typed)));
+        EXPECT_EQ(QFileInfo(panel->selectedFiles().value(0)).completeBaseName(),
+                  QStringLiteral("export"));
+        panel->selectFile(dir.filePath(QString::fromLatin1(c.typed)));
         static_cast<QDialog*>(panel)->accept();  // as the panel's own button does
-        EXPECT_EQ(contents(path(QString::fromLatin1(c.written))), golden(c.golden));
+        EXPECT_EQ(contents(dir.filePath(QString::fromLatin1(c.written))), golden(c.golden));
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        EXPECT_EQ(savePanel(), nullptr);
     }
 }
 
-TEST_F(ExportMenuTest, ViewAsHtmlOpensAPageInTheTemporaryFolder) {
+TEST_F(ExportMenuTest, MenuItemsAndViewAsHtml) {
     UrlCatcher desktop;
     ExportMenu menu(table, ExportMenu::displayTexts(table));
+    QStringList titles;
+    for (QAction* action : menu.actions()) {
+        titles.append(QStringLiteral("%1 %2").arg(action->data().toInt()).arg(action->text()));
+    }
+    EXPECT_EQ(titles, QStringList({"1 Export as Mac CSV / Semicolon-Separated",
+                                   "2 Export as Windows CSV / Comma-Separated", "3 Export as Html",
+                                   "0 View as Html"}));
     menu.actions().at(3)->trigger();
     ASSERT_EQ(desktop.opened.size(), 1);
-    const QString page = desktop.opened.at(0).toLocalFile();
-    EXPECT_EQ(QFileInfo(page).absolutePath(), QFileInfo(QDir::tempPath()).absoluteFilePath());
-    EXPECT_TRUE(QFileInfo(page).fileName().contains(
-        QRegularExpression(QStringLiteral("^\\d{8}-\\d{6}export\\.html$"))));
-    EXPECT_EQ(contents(page), golden("sample.html"));
-    QFile::remove(page);
-
+    const QFileInfo page(desktop.opened.at(0));
+    EXPECT_EQ(page.absolutePath(), QFileInfo(QDir::tempPath()).absoluteFilePath());
+    EXPECT_TRUE(page.fileName().contains(QRegularExpression("^\\d{8}-\\d{6}export\\.html$")));
+    EXPECT_EQ(contents(page.filePath()), golden("sample.html"));
+    QFile::remove(page.filePath());
     EXPECT_EQ(ExportMenu::viewFileName(QDateTime(QDate(2024, 1, 31), QTime(9, 45, 2))),
               QStringLiteral("20240131-094502export.html"));
 }

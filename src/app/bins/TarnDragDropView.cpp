@@ -133,7 +133,8 @@ bool TarnDragDropView::eventFilter(QObject* watched, QEvent* event) {
 
 bool TarnDragDropView::draggingUpdated(QDropEvent* event) {
     // The table's own rows dragged back onto it are not bins: let them be.
-    if (event->source() && area_ && area_->isAncestorOf(qobject_cast<QWidget*>(event->source()))) {
+    auto* source = qobject_cast<QWidget*>(event->source());
+    if (source && area_ && (source == area_ || area_->isAncestorOf(source))) {
         event->ignore();
         return true;
     }
