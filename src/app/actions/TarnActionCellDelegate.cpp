@@ -19,14 +19,6 @@ constexpr int kBarHeight = 18;
 constexpr int kBarWidth = 180;
 constexpr int kBarSteps = 1000;  // the style's bar counts in int: byte counts overflow it
 
-QIcon buttonIcon(const QStyle* style, TarnActionCellDelegate::Button button) {
-    if (button == TarnActionCellDelegate::Button::Cancel)
-        return QIcon::fromTheme(QStringLiteral("process-stop"),
-                                style->standardIcon(QStyle::SP_DialogCancelButton));
-    return QIcon::fromTheme(QStringLiteral("dialog-information"),
-                            style->standardIcon(QStyle::SP_MessageBoxInformation));
-}
-
 const QStyle* styleOf(const QStyleOptionViewItem& option) {
     return option.widget ? option.widget->style() : QApplication::style();
 }
@@ -34,7 +26,12 @@ const QStyle* styleOf(const QStyleOptionViewItem& option) {
 }  // namespace
 
 TarnActionCellDelegate::TarnActionCellDelegate(QAbstractItemView* view)
-    : QStyledItemDelegate(view), view_(view) {
+    : QStyledItemDelegate(view),
+      view_(view),
+      cancelIcon_(QIcon::fromTheme(QStringLiteral("process-stop"),
+                                   view->style()->standardIcon(QStyle::SP_DialogCancelButton))),
+      infoIcon_(QIcon::fromTheme(QStringLiteral("dialog-information"),
+                                 view->style()->standardIcon(QStyle::SP_MessageBoxInformation))) {
     view_->viewport()->setMouseTracking(true);
     view_->viewport()->installEventFilter(this);
 }
@@ -84,18 +81,19 @@ QSize TarnActionCellDelegate::sizeHint(const QStyleOptionViewItem& option,
 
 void TarnActionCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                                    const QModelIndex& index) const {
+    // A row is one thing: the selection shows it, not a focus frame around one cell.
+    QStyleOptionViewItem cell(option);
+    cell.state &= ~QStyle::State_HasFocus;
     switch (index.column()) {
         case TarnQueueModel::ProgressColumn:
-            paintProgress(painter, option, index);
+            paintProgress(painter, cell, index);
             break;
         case TarnQueueModel::ButtonsColumn:
-            paintButtons(painter, option, index);
+            paintButtons(painter, cell, index);
             break;
-        default: {
-            QStyleOptionViewItem text(option);
-            text.rect.adjust(kMargin, 0, -kMargin, 0);
-            QStyledItemDelegate::paint(painter, text, index);
-        }
+        default:
+            cell.rect.adjust(kMargin, 0, -kMargin, 0);
+            QStyledItemDelegate::paint(painter, cell, index);
     }
 }
 
@@ -138,7 +136,7 @@ void TarnActionCellDelegate::paintButtons(QPainter* painter, const QStyleOptionV
         tool.direction = option.direction;
         tool.palette = option.palette;
         tool.fontMetrics = option.fontMetrics;
-        tool.icon = buttonIcon(style, button);
+        tool.icon = button == Button::Cancel ? cancelIcon_ : infoIcon_;
         tool.iconSize = QSize(16, 16);
         tool.toolButtonStyle = Qt::ToolButtonIconOnly;
         tool.subControls = QStyle::SC_ToolButton;

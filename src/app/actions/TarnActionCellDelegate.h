@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QPersistentModelIndex>
 #include <QStyledItemDelegate>
 
@@ -50,6 +51,9 @@ class TarnActionCellDelegate : public QStyledItemDelegate {
     QModelIndex buttonCellAt(const QPoint& point, Button* button) const;
 
     QAbstractItemView* view_;
+    // Looked up once: the theme's icons, else the style's own.
+    QIcon cancelIcon_;
+    QIcon infoIcon_;
     QPersistentModelIndex pressedIndex_;
     Button pressed_ = Button::None;
     QPersistentModelIndex hoverIndex_;

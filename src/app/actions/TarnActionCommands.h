@@ -33,6 +33,7 @@ class TarnActionCommands : public QObject {
     void ShowQueue();
     // The queue window, made on first use.
     TarnQueueWindow* Queue();
+    TarnActionManager* manager() const { return manager_; }
 
   private:
     TarnActionManager* manager_;
