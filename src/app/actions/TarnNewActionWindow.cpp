@@ -22,6 +22,7 @@ TarnNewActionWindow::TarnNewActionWindow(const QList<TarnItemPtr>& items, QWidge
     setObjectName(QStringLiteral("TarnNewActionWindow"));
     setWindowTitle(tr("New Action"));
     buildControls();
+    layOutControls();
     windowDidLoad();
 }
 
@@ -78,7 +79,9 @@ void TarnNewActionWindow::buildControls() {
     for (QPushButton* button : {select_, go_, cancel_}) button->setAutoDefault(false);
     connect(go_, &QPushButton::clicked, this, &TarnNewActionWindow::PushGo);
     connect(cancel_, &QPushButton::clicked, this, &TarnNewActionWindow::PushCancel);
+}
 
+void TarnNewActionWindow::layOutControls() {
     auto* radioRow = new QHBoxLayout;
     for (QRadioButton* radio : {radioCopy_, radioMove_, radioDelete_}) radioRow->addWidget(radio);
     radioRow->addStretch();

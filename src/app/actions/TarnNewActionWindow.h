@@ -51,6 +51,7 @@ class TarnNewActionWindow : public QDialog {
 
   private:
     void buildControls();
+    void layOutControls();
     void windowDidLoad();
     void updateStatusText();
     template <typename Control>
