@@ -7,10 +7,10 @@ GENERATOR  := -G Ninja
 WERROR     := $(if $(CI),ON,OFF)
 CMAKE_ARGS ?=
 PACKAGES   := g++ cmake ninja-build pkg-config qt6-base-dev libavformat-dev libavutil-dev \
-              libavcodec-dev libgtest-dev libgmock-dev libbenchmark-dev ffmpeg
+              libavcodec-dev libgtest-dev libgmock-dev libbenchmark-dev ffmpeg dpkg-dev file
 FUZZ_SECONDS ?= 60
 
-.PHONY: all deps configure build run test test-asan test-tsan bench fuzz clean format
+.PHONY: all deps configure build run test test-asan test-tsan bench fuzz clean format install package
 
 all: build
 
@@ -50,27 +50,42 @@ run: build
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j2
 
+# tarn, tarn-app, the desktop entry and the icon under PREFIX (default /usr/local).
+PREFIX ?= /usr/local
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
+
+# The Debian package $(BUILD)/tarn_<version>-<build>_<arch>.deb (dependencies from dpkg-shlibdeps).
+package: build
+	cmake --build $(BUILD) --target package
+
 test-asan:
 	$(MAKE) test BUILD=build-asan CMAKE_ARGS="-DTARN_SANITIZE=ON -DTARN_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug"
 
-# ThreadSanitizer over the database suites (the scan runs on a thread pool).
+# ThreadSanitizer over the database suites (the scan runs on a thread pool) and
+# the app suite (the queue window follows the action worker).
 test-tsan:
 	$(MAKE) build BUILD=build-tsan CMAKE_ARGS="-DTARN_SANITIZE=thread -DTARN_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug"
-	TSAN_OPTIONS="halt_on_error=1 suppressions=$(CURDIR)/tests/tsan.supp" ctest --test-dir build-tsan --output-on-failure -L database
+	TSAN_OPTIONS="halt_on_error=1 suppressions=$(CURDIR)/tests/tsan.supp" ctest --test-dir build-tsan --output-on-failure -L 'database|app'
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && echo "== $$b" && "$$b"; done; true
 
-# Each libFuzzer target for $(FUZZ_SECONDS) s from a corpus written by the fixture writers.
+# Each libFuzzer target for $(FUZZ_SECONDS) s from a corpus written by the fixture
+# writers; whatever crashes or hangs is kept under fuzz/regressions/<target>/,
+# which `make test` replays.
 fuzz: deps
 	CXX=clang++ cmake -S . -B build-fuzz $(GENERATOR) -DTARN_FUZZ=ON -DTARN_BUILD_TESTS=OFF \
 	  -DTARN_BUILD_BENCH=OFF -DTARN_BUILD_APP=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build build-fuzz
 	build-fuzz/fuzz/seed_corpus fuzz-corpus
-	@for f in build-fuzz/fuzz/fuzz_*; do \
-	  name=$$(basename $$f); mkdir -p fuzz-corpus/$$name; \
-	  echo "== $$name"; $$f -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 fuzz-corpus/$$name || exit 1; \
-	done
+	@status=0; for f in build-fuzz/fuzz/fuzz_*; do \
+	  [ -f "$$f" ] && [ -x "$$f" ] || continue; \
+	  name=$$(basename $$f); mkdir -p fuzz-corpus/$$name fuzz/regressions/$$name; \
+	  echo "== $$name"; \
+	  $$f -max_total_time=$(FUZZ_SECONDS) -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+	    -artifact_prefix=fuzz/regressions/$$name/ fuzz-corpus/$$name || status=1; \
+	done; exit $$status
 
 format:
 	find src tests bench fuzz -name '*.cpp' -o -name '*.h' | xargs clang-format -i

@@ -8,12 +8,15 @@
 
 #include <cstdio>
 
+#include <unistd.h>
+
 #include "readers/AVBFile.h"
 #include "readers/PMRFile.h"
 #include "readers/TarnAvidMXFInfo.h"
 #include "readers/TarnMXF.h"
 #include "readers/TarnMediafile.h"
 #include "readers/TarnOMFI.h"
+#include "support/TarnRegularFile.h"
 
 namespace {
 
@@ -121,8 +124,12 @@ QString mxfStatusText(int status) {
 }
 
 QJsonObject inspectMxf(QJsonObject facts, const QString& path) {
-    FILE* stream = std::fopen(QFile::encodeName(path).constData(), "rb");
-    if (!stream) return failure(facts, QStringLiteral("cannot be opened"));
+    const int fd = TarnRegularFile::openForReading(path, nullptr);
+    FILE* stream = fd < 0 ? nullptr : fdopen(fd, "rb");
+    if (!stream) {
+        if (fd >= 0) ::close(fd);
+        return failure(facts, QStringLiteral("cannot be opened"));
+    }
     TarnAvidMXFInfo::Info info;
     const int status = TarnAvidMXFInfo::read(stream, &info, 0);
     std::fclose(stream);
@@ -154,8 +161,12 @@ QJsonObject inspectMxf(QJsonObject facts, const QString& path) {
 }
 
 bool startsWith(const QString& path, const QByteArray& prefix) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) && file.read(prefix.size()) == prefix;
+    const int fd = TarnRegularFile::openForReading(path, nullptr);
+    if (fd < 0) return false;
+    QByteArray head(prefix.size(), '\0');
+    const ssize_t n = ::read(fd, head.data(), size_t(head.size()));
+    ::close(fd);
+    return n == head.size() && head == prefix;
 }
 
 // The kind of file by extension, else by the first bytes.

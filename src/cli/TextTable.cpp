@@ -1,5 +1,7 @@
 #include "TextTable.h"
 
+#include <QBuffer>
+
 #include "report/TarnReportRows.h"
 #include "report/TarnReportSink.h"
 
@@ -31,6 +33,16 @@ void TextTable::write(const TarnReportRows& rows, TarnReportSink& sink, int maxC
         rows.cells(r, cells);
         table.writeRow(sink, cells);
     }
+}
+
+QString TextTable::text(const TarnReportRows& rows, int maxCellWidth) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    {
+        TarnReportSink sink(&buffer);
+        write(rows, sink, maxCellWidth);
+    }
+    return QString::fromUtf8(buffer.data());
 }
 
 QStringView TextTable::shown(const QStringList& cells, qsizetype column) const {

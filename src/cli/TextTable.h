@@ -18,6 +18,8 @@ class TextTable {
     // Null cells are written as `nullText`.
     static void write(const TarnReportRows& rows, TarnReportSink& sink, int maxCellWidth = 40,
                       const QString& nullText = QString());
+    // The same as one text, for small tables.
+    static QString text(const TarnReportRows& rows, int maxCellWidth = 40);
 
   private:
     TextTable(const QStringList& headers, int maxCellWidth, const QString& nullText);

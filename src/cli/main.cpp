@@ -2,11 +2,14 @@
 #include <QStringList>
 
 #include <cstdio>
+#include <cstring>
 
 #include "ActionCommand.h"
+#include "DatabasesCommand.h"
 #include "DemoCommand.h"
 #include "FileReportCommand.h"
 #include "ScanCommand.h"
+#include "support/TarnFileName.h"
 #include "support/TarnUtilities.h"
 
 namespace {
@@ -19,6 +22,8 @@ const char* kUsage =
     "  copy|move|delete [PATH...] [options]  act on the scanned items (tarn copy --help)\n"
     "  demo [DIR]                write the demo volume (if absent) and show its scan\n"
     "  inspect [--json] FILE...  what Tarn reads in index, database, media and bin files\n"
+    "  databases [--volume ROOT...] [--delete --sure]  list (and trash) the media indexes\n"
+    "                            and databases of the media folders (tarn databases --help)\n"
     "  --help                    this text\n"
     "  --version                 the version and build number\n";
 
@@ -26,7 +31,11 @@ const char* kUsage =
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    QStringList args = app.arguments().mid(1);
+    // Paths keep their bytes even when they are not UTF-8 (QCoreApplication's
+    // own list would replace those).
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args.append(TarnFileName::decode(argv[i], qsizetype(std::strlen(argv[i]))));
     if (args.isEmpty() || args.first() == QLatin1String("--help") ||
         args.first() == QLatin1String("-h") || args.first() == QLatin1String("help")) {
         std::fputs(kUsage, stdout);
@@ -43,6 +52,7 @@ int main(int argc, char** argv) {
         command == QLatin1String("delete"))
         return ActionCommand::run(command, args);
     if (command == QLatin1String("inspect")) return FileReportCommand::run(args);
+    if (command == QLatin1String("databases")) return DatabasesCommand::run(args);
     std::fprintf(stderr, "tarn: unknown command '%s'\n%s", qPrintable(command), kUsage);
     return 2;
 }

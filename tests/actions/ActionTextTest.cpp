@@ -136,6 +136,23 @@ TEST_F(TextFixture, GoChecksSelectionDestinationAndConfirmation) {
     EXPECT_EQ(Rules::PushGo(empty).message, "No items selected. Nothing to do.");
 }
 
+TEST_F(TextFixture, DialogOptionsForASelection) {
+    using Rules = TarnNewActionRules;
+    TarnActionOptions none = Rules::optionsForSelection({});
+    EXPECT_FALSE(none.items.has_value());  // nothing selected: nothing to do
+    TarnActionOptions o = Rules::optionsForSelection(items(2));
+    ASSERT_TRUE(o.items.has_value());
+    EXPECT_EQ(o.items->size(), 2);
+    EXPECT_EQ(o.Destination, "Unknown");
+
+    o.Keep_pmr = true;
+    Rules::setKeepOriginalFolders(o, true);
+    EXPECT_TRUE(o.Keep_pmr);
+    Rules::setKeepOriginalFolders(o, false);
+    EXPECT_FALSE(o.Keep_original_folders);
+    EXPECT_FALSE(o.Keep_pmr);
+}
+
 TEST(AlertForms, ButtonsAndAnswerCodes) {
     QStringList buttons;
     int answer = TarnAlert::kThirdButton;

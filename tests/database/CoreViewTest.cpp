@@ -80,22 +80,39 @@ TEST_F(CoreViewTest, UncheckedProjectsHideTheirItemsAndEmptyProjectsStayListed) 
 }
 
 TEST_F(CoreViewTest, ShowOnlyExistingFilesDecidesWhetherMissingFilesAreShown) {
-    auto missing = makeItem(1, "gone.mxf", "P");
-    missing->validatePath();  // no such file: not valid, not existing
-    auto here = makeItem(2, "here.mxf", "P");
-    here->DB_FileExists = true;
+    // Only exactly 0 shows missing files; only exactly 1 sorts hidden rows last.
+    struct Case {
+        int value;
+        bool missingShown;
+        bool hiddenSortLast;
+    };
+    for (const Case& c : {Case{1, false, true}, Case{0, true, false}, Case{2, false, false},
+                          Case{-1, false, false}}) {
+        SCOPED_TRACE(c.value);
+        setPreference(TarnPreferences::kShowOnlyExistingFiles, c.value);
+        core.clear();
+        auto missing = makeItem(1, "gone.mxf", "P");
+        missing->validatePath();  // no such file: not valid, not existing
+        auto here = makeItem(2, "here.mxf", "P");
+        here->DB_FileExists = true;
+        load({missing, here});
+        const QStringList shown =
+            c.missingShown ? QStringList({"gone.mxf", "here.mxf"}) : QStringList({"here.mxf"});
+        EXPECT_EQ(missing->DB_isValid, c.missingShown);
+        EXPECT_EQ(shownNames(core), shown);
+        EXPECT_EQ(core.getExistentURLatIndex(shown.size() - 1), here->DB_itemPath);
+        EXPECT_TRUE(core.getExistentURLatIndex(7).isNull());
 
-    setPreference(TarnPreferences::kShowOnlyExistingFiles, 1);
-    load({missing, here});
-    EXPECT_EQ(shownNames(core), QStringList({"here.mxf"}));
-    EXPECT_TRUE(core.getExistentURLatIndex(0) == here->DB_itemPath);
+        // The bin operations decide alike.
+        core.applyFilter(QList<TarnItemPtr>{dbtest::binItem(1), dbtest::binItem(2)});
+        EXPECT_EQ(shownNames(core), shown);
+        core.applyFilterAdd({dbtest::binItem(1)});
+        EXPECT_EQ(shownNames(core), shown);
 
-    setPreference(TarnPreferences::kShowOnlyExistingFiles, 0);
-    core.LoadDefaults();
-    EXPECT_TRUE(missing->DB_isValid);
-    EXPECT_EQ(shownNames(core), QStringList({"gone.mxf", "here.mxf"}));
-    EXPECT_TRUE(core.getExistentURLatIndex(0).isNull());
-    EXPECT_TRUE(core.getExistentURLatIndex(7).isNull());
+        core.sortUsingDescriptors({{"filename", true}});
+        EXPECT_EQ(sortedNames(core), c.hiddenSortLast ? QStringList({"here.mxf", "gone.mxf"})
+                                                      : QStringList({"gone.mxf", "here.mxf"}));
+    }
 }
 
 TEST_F(CoreViewTest, SelectedRowsGiveTheirItemsAndSize) {

@@ -13,6 +13,7 @@
 #include "FixtureFiles.h"
 #include "TestSupport.h"
 #include "items/TarnDatabaseItem.h"
+#include "support/TarnFileName.h"
 
 namespace {
 
@@ -263,8 +264,8 @@ TEST(ItemPath, PortableNameBoundaries) {
 }
 
 TEST(ItemPath, IndexNamesKeepTheirHighBytes) {
-    // An index stores one byte per character; 0xE9 (e acute) must stay visible to
-    // the portable-name check.
+    // An index stores the name's bytes on disk; a Latin-1 0xE9 (e acute) must
+    // reach the file of that name and stay visible to the portable-name check.
     QByteArray bytes(8, '\x01');
     fixtures::putU16(bytes, 9);
     bytes += QByteArray("caf\xE9.mxf ", 9);
@@ -274,10 +275,13 @@ TEST(ItemPath, IndexNamesKeepTheirHighBytes) {
     TarnDatabaseItem item;
     item.setupWithPmrBytes(bytes.constData(), bytes.size(), 2, false);
     ASSERT_FALSE(item.DB_ClipName.isNull());
-    EXPECT_EQ(item.DB_ClipName.at(3).unicode(), 0xE9);
-    QTemporaryDir dir;
+    EXPECT_EQ(TarnFileName::encode(item.DB_ClipName), QByteArray("caf\xE9.mxf "));
+    testsupport::TempDir dir;
     item.DB_itemPath = dir.filePath(item.DB_ClipName);
+    ASSERT_TRUE(fixtures::writeFile(item.DB_itemPath, QByteArray(12, 'x')));
     item.validatePath();
+    EXPECT_TRUE(item.DB_FileExists);
+    EXPECT_EQ(item.DB_filesize.value_or(0), 12u);
     EXPECT_FALSE(item.DB_isPortableFilename);
 }
 

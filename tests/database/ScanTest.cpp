@@ -215,6 +215,28 @@ TEST_F(ScanTest, FinishedScanReportsItsTimeAndFreesTheWheels) {
     EXPECT_TRUE(status->statusText().startsWith("Execution Time: "));
 }
 
+TEST_F(ScanTest, TheRunningMarkIsClearedAsSoonAsTheDatabaseIsReady) {
+    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
+    auto* status = TarnStatusViewController::getTheController();
+    // What the view is told, and whether a scan was still running then.
+    QStringList told;
+    auto note = [&](const QString& what) {
+        told << what + (status->isRunning() ? " (running)" : " (idle)");
+    };
+    const auto texts =
+        QObject::connect(status, &TarnStatusViewController::textChanged, [&](const QString& text) {
+            if (!text.contains('/')) note(text.section(':', 0, 0));
+        });
+    const auto counts =
+        QObject::connect(&scanner, &TarnScanner::itemCountChanged,
+                         [&](qsizetype n) { note(QStringLiteral("count %1").arg(n)); });
+    ASSERT_TRUE(scanFolder(root));
+    QObject::disconnect(texts);
+    QObject::disconnect(counts);
+    EXPECT_EQ(told, QStringList({"Working (running)", "count 0 (running)", "count 1 (idle)",
+                                 "Done (idle)", "Execution Time (idle)"}));
+}
+
 TEST_F(ScanTest, StartingAScanWhileOneRunsDoesNothing) {
     dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
     auto* status = TarnStatusViewController::getTheController();

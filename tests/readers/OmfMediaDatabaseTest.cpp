@@ -79,9 +79,39 @@ TEST(OmfMediaDatabase, ProjectThroughSourceIdentifiers) {
     const TarnItemPtr damaged = f.complete(odd);
     EXPECT_TRUE(damaged->DB_ProjectName.isNull());
     EXPECT_EQ(damaged->DB_NameInBin, "Shot 3");  // the rest is still read
-    EXPECT_EQ(log.count(QStringLiteral("ERROR IN OMFI PARSER. UID capacity is::16l\n")), 1);
-    EXPECT_TRUE(log.contains(QStringLiteral("[TarnOMFI getProjectNameForObjAt]")));
+    // Three pieces: the length, the class and method (no line feed of its
+    // own), the entry's text.
+    EXPECT_EQ(log.count(QStringLiteral("ERROR IN OMFI PARSER. UID capacity is::16l\n"
+                                       "[TarnOMFI getProjectNameForObjAt]TOC[")),
+              1);
     EXPECT_TRUE(log.contains(QStringLiteral("property 66390")));
+}
+
+TEST(OmfMediaDatabase, BigEndianDatabaseNamesObjectsInItsByteOrder) {
+    // Attribute lists (66190), descriptors (66355) and source references
+    // (66550) are numbers in the label's byte order; list records are not.
+    fixtures::MdbClip imported = pictureClip(1);
+    imported.imported = true;
+    fixtures::MdbClip throughSource = audioClip(2);
+    throughSource.projectSourceUIDSize = 32;
+    throughSource.project = QStringLiteral("Through Source");
+    OmfTestFile f;
+    ASSERT_TRUE(f.open(fixtures::writeMdb({imported, throughSource}, true)));
+    ASSERT_FALSE(f.reader->isLittleEndian());
+
+    const TarnItemPtr picture = f.complete(imported);
+    EXPECT_EQ(picture->DB_ProjectName, "Feature");
+    EXPECT_EQ(picture->DB_usageCode, 15);
+    EXPECT_EQ(QByteArray(picture->DB_CompressionFourCC(), 4), "AVdn");
+    EXPECT_EQ(picture->DB_DIDResolutionID, 1237u);
+    EXPECT_EQ(picture->DB_samplerate(), (TarnRate{25, 1}));
+    EXPECT_EQ(picture->DB_bits, 8u);
+
+    const TarnItemPtr audio = f.complete(throughSource);
+    EXPECT_EQ(audio->DB_ProjectName, "Through Source");
+    EXPECT_EQ(audio->compressionCode(), 0x4455415Fu);
+    EXPECT_EQ(audio->DB_samplerate(), (TarnRate{48000, 1}));
+    EXPECT_EQ(audio->DB_bits, 24u);
 }
 
 TEST(OmfMediaDatabase, AudioRateFromTheAlternativeProperties) {
@@ -94,11 +124,11 @@ TEST(OmfMediaDatabase, AudioRateFromTheAlternativeProperties) {
     }
     w.addValue(1, 0x101E9, w.u16(0));
     w.addValue(1, 0x10216, files);
-    w.addImmediate(0x30000, 66355, w.ref32(0x30001));
+    w.addImmediate(0x30000, 66355, w.objectRef(0x30001));
     w.addImmediate(0x30001, 66095, w.u32(1));
     w.addValue(0x30001, 66330, w.u32(44100) + w.u32(1));
     w.addImmediate(0x30001, 67401, w.u32(16));
-    w.addImmediate(0x30002, 66355, w.ref32(0x30003));
+    w.addImmediate(0x30002, 66355, w.objectRef(0x30003));
     w.addImmediate(0x30003, 66330, w.u32(1));
     OmfTestFile f;
     ASSERT_TRUE(f.open(w.finish()));
@@ -116,7 +146,7 @@ TEST(OmfMediaDatabase, PictureRateNeedsTheSampleRateProperty) {
     fixtures::BentoWriter w;
     w.addValue(1, 0x101E9, w.u16(0));
     w.addValue(1, 0x10216, w.u16(1) + w.tableRecord(0xF0, 0x30000));
-    w.addImmediate(0x30000, 66355, w.ref32(0x30001));
+    w.addImmediate(0x30000, 66355, w.objectRef(0x30001));
     w.addImmediate(0x30001, 67801, "JFIF");
     w.addImmediate(0x30001, 67821, w.u32(30));
     w.addImmediate(0x30001, 67865, w.u32(10));
@@ -173,7 +203,7 @@ TEST(OmfMediaDatabase, LastProjectAttributeWinsInLongRepeatingLists) {
     QList<quint32> attributes{0x30002};
     for (int i = 0; i < 10; ++i) attributes << 0x30003;
     attributes << 0x30004 << 0x30005;
-    w.addImmediate(0x30000, 66190, w.ref32(0x30001));
+    w.addImmediate(0x30000, 66190, w.objectRef(0x30001));
     w.addValue(0x30001, 66155, w.objectList(attributes));
     w.addValue(0x30002, 66135, "_PJNAME");
     w.addValue(0x30002, 66200, "Project A");

@@ -52,7 +52,7 @@ TEST(OmfValues, TruncatedTablesAndListsStopAtTheLastWholeRecord) {
     w.addValue(1, 0x101E9, table);
     // An attribute list announcing 5 records with room for one.
     w.addValue(0x30000, 66145, "clip");
-    w.addImmediate(0x30000, 66190, w.ref32(0x30001));
+    w.addImmediate(0x30000, 66190, w.objectRef(0x30001));
     w.addValue(0x30001, 66155, w.u16(5) + w.ref32(0x30002) + QByteArray(5, 0));
     w.addValue(0x30002, 66135, "_IMPORTSETTING");
     OmfTestFile f;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <string>
 
@@ -12,9 +12,7 @@ namespace {
 
 // Byte for byte: the file's bytes against the UTF-8 of the generated text.
 std::string golden(const char* name) {
-    // Beside this file in the source tree (the suite runs in the build tree).
-    QFile file(QDir::cleanPath(QStringLiteral(TARN_TEST_DATA_DIR "/../report/golden/") +
-                               QLatin1String(name)));
+    QFile file(QStringLiteral(TARN_TEST_SOURCE_DIR "/report/golden/") + QLatin1String(name));
     if (!file.open(QIODevice::ReadOnly)) return std::string("<missing golden> ") + name;
     return file.readAll().toStdString();
 }

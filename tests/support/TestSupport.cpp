@@ -1,6 +1,16 @@
 #include "TestSupport.h"
 
+#include <QDir>
+#include <QFile>
+#include <QUrl>
+
+#include <ftw.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+
 #include "log/xConsole.h"
+#include "support/TarnFileName.h"
 
 namespace testsupport {
 
@@ -8,6 +18,55 @@ LogCapture::LogCapture() : start_(xConsole::sharedInstance()->contents().size())
 
 QString LogCapture::text() const {
     return xConsole::sharedInstance()->contents().mid(start_);
+}
+
+QByteArray contentOf(const QString& path) {
+    QFile file;
+    if (!TarnFileName::open(file, path, QIODevice::ReadOnly)) return QByteArray("(missing)");
+    return file.readAll();
+}
+
+bool exists(const QString& path) {
+    struct stat st {};
+    return ::lstat(TarnFileName::encode(path).constData(), &st) == 0;
+}
+
+TempDir::~TempDir() {
+    if (!dir_.isValid()) return;
+    // Depth first, links not followed: every entry goes before its folder.
+    ::nftw(
+        TarnFileName::encode(dir_.path()).constData(),
+        [](const char* path, const struct stat*, int, struct FTW*) {
+            std::remove(path);
+            return 0;
+        },
+        16, FTW_DEPTH | FTW_PHYS);
+}
+
+ScopedEnv::ScopedEnv(const char* name, const QString& value)
+    : name_(name), saved_(qgetenv(name)), wasSet_(qEnvironmentVariableIsSet(name)) {
+    qputenv(name, QFile::encodeName(value));
+}
+
+ScopedEnv::~ScopedEnv() {
+    if (wasSet_)
+        qputenv(name_, saved_);
+    else
+        qunsetenv(name_);
+}
+
+QStringList trashedPaths(const QString& dataHome) {
+    QStringList paths;
+    const QDir info(dataHome + QStringLiteral("/Trash/info"));
+    for (const QString& name : info.entryList({QStringLiteral("*.trashinfo")}, QDir::Files)) {
+        QFile file(info.filePath(name));
+        if (!file.open(QIODevice::ReadOnly)) continue;
+        for (const QByteArray& line : file.readAll().split('\n'))
+            if (line.startsWith("Path="))
+                paths.append(QUrl::fromPercentEncoding(line.mid(5).trimmed()));
+    }
+    paths.sort();
+    return paths;
 }
 
 }  // namespace testsupport

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 // Helpers shared by the suites.
@@ -17,5 +19,45 @@ class LogCapture {
   private:
     qsizetype start_;
 };
+
+// The bytes of a file, or "(missing)"; whether anything is at a path (a link
+// is not followed). Both reach names that are not UTF-8.
+QByteArray contentOf(const QString& path);
+bool exists(const QString& path);
+
+// A temporary folder that is removed with everything in it, whatever the
+// bytes of the names (QTemporaryDir leaves names that are not UTF-8 behind).
+class TempDir {
+  public:
+    TempDir() = default;
+    explicit TempDir(const QString& templatePath) : dir_(templatePath) {}
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    bool isValid() const { return dir_.isValid(); }
+    QString path() const { return dir_.path(); }
+    QString filePath(const QString& name) const { return dir_.filePath(name); }
+
+  private:
+    QTemporaryDir dir_;
+};
+
+// Sets an environment variable for the life of the instance.
+class ScopedEnv {
+  public:
+    ScopedEnv(const char* name, const QString& value);
+    ~ScopedEnv();
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+  private:
+    const char* name_;
+    QByteArray saved_;
+    bool wasSet_;
+};
+
+// The original paths of the files in the freedesktop.org Trash under
+// `dataHome` (XDG_DATA_HOME), read from its .trashinfo records, sorted.
+QStringList trashedPaths(const QString& dataHome);
 
 }  // namespace testsupport

@@ -19,6 +19,8 @@
 #include "actions/TarnActionOperationDelegate.h"
 #include "actions/TarnAlert.h"
 #include "log/xConsole.h"
+#include "support/TarnFileName.h"
+#include "support/TarnTrash.h"
 #include "support/TarnUtilities.h"
 
 namespace {
@@ -51,7 +53,7 @@ quint64 sizeOf(const TarnDatabaseItem& item) {
 
 bool reachable(const QString& path) {
     struct stat st {};
-    return ::lstat(QFile::encodeName(path).constData(), &st) == 0;
+    return ::lstat(TarnFileName::encode(path).constData(), &st) == 0;
 }
 
 // The five answers of "File can not be moved.\nCopy?", in button order.
@@ -72,11 +74,7 @@ bool moveToTrash(const QString& path, int* code, QString* description) {
         return false;
     }
 #endif
-    QFile file(path);
-    if (file.moveToTrash()) return true;
-    *code = int(file.error());
-    *description = file.error() != QFileDevice::NoError ? file.errorString() : QString();
-    return false;
+    return TarnTrash::moveToTrash(path, code, description);
 }
 
 }  // namespace
@@ -273,7 +271,7 @@ bool TarnActionOperation::areURLsOnTheSameVolume(const QString& first, const QSt
         // Looked up once per folder: a run moves many files between the same two.
         // A file is on its folder's volume; a folder may be a mount point itself.
         struct stat st {};
-        const bool exists = ::lstat(QFile::encodeName(paths[i]).constData(), &st) == 0;
+        const bool exists = ::lstat(TarnFileName::encode(paths[i]).constData(), &st) == 0;
         const QString folder =
             exists && S_ISDIR(st.st_mode) ? normalised(paths[i]) : QFileInfo(paths[i]).path();
         auto known = volumeNames_.constFind(folder);
@@ -281,7 +279,7 @@ bool TarnActionOperation::areURLsOnTheSameVolume(const QString& first, const QSt
             names[i] = *known;
             continue;
         }
-        QStorageInfo storage(paths[i]);
+        QStorageInfo storage(TarnFileName::plainAncestor(paths[i]));
         if (!storage.isValid()) {
             int code = exists ? EIO : ENOENT;
             QString description = QString::fromLocal8Bit(std::strerror(code));
@@ -301,8 +299,8 @@ bool TarnActionOperation::createTargetDirWithURL(const QString& targetFolder,
                                                  const QString& itemFile) {
     if (targetFolder.isNull()) return false;
     struct stat st {};
-    if (::stat(QFile::encodeName(targetFolder).constData(), &st) == 0 && S_ISDIR(st.st_mode))
-        return true;
+    const QByteArray nativeFolder = TarnFileName::encode(targetFolder);
+    if (::stat(nativeFolder.constData(), &st) == 0 && S_ISDIR(st.st_mode)) return true;
     bool created = false;
     QString error;
     if (!TarnFileCopier::createDirectories(targetFolder, &created, &error)) {
@@ -318,17 +316,20 @@ bool TarnActionOperation::createTargetDirWithURL(const QString& targetFolder,
             const char* line;
         } seeds[] = {{"msmFMID.pmr", "COPY old pmr %1"}, {"msmMMOB.mdb", "COPY old mdb %1"}};
         for (const auto& seed : seeds) {
-            QFile in(sourceFolder + QLatin1Char('/') + QLatin1String(seed.name));
-            if (!in.open(QIODevice::ReadOnly)) continue;
+            QFile in;
+            if (!TarnFileName::open(in, sourceFolder + QLatin1Char('/') + QLatin1String(seed.name),
+                                    QIODevice::ReadOnly))
+                continue;
             QByteArray bytes = in.readAll();
             QString newPath =
                 normalised(targetFolder) + QLatin1Char('/') + QLatin1String(seed.name);
             TARN_LOG(QString::fromLatin1(seed.line).arg(newPath));
-            QFile out(newPath);
-            if (out.open(QIODevice::WriteOnly | QIODevice::Truncate)) out.write(bytes);
+            QFile out;
+            if (TarnFileName::open(out, newPath, QIODevice::WriteOnly | QIODevice::Truncate))
+                out.write(bytes);
         }
     }
-    return created || QFileInfo(targetFolder).isDir();
+    return created || (::stat(nativeFolder.constData(), &st) == 0 && S_ISDIR(st.st_mode));
 }
 
 bool TarnActionOperation::CheckTargetAndAskToOverwrite(const QString& targetFile) {
@@ -456,11 +457,11 @@ void TarnActionOperation::moveAction() {
         const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
         bool done = false;
         if (proceed &&
-            ::access(QFile::encodeName(item.DB_itemPath).constData(), R_OK | W_OK) == 0) {
+            ::access(TarnFileName::encode(item.DB_itemPath).constData(), R_OK | W_OK) == 0) {
             if (sameVolume) {
                 TARN_LOG(QStringLiteral("Fast Move"));
-                if (::rename(QFile::encodeName(item.DB_itemPath).constData(),
-                             QFile::encodeName(target).constData()) == 0) {
+                if (::rename(TarnFileName::encode(item.DB_itemPath).constData(),
+                             TarnFileName::encode(target).constData()) == 0) {
                     // A rename leaves nothing under the old name.
                     markMissing(item);
                 } else {
@@ -564,13 +565,14 @@ bool TarnActionOperation::shouldRemoveItemAtURL(const QString& path) {
 // success (nothing to report), a failed one returns its error.
 bool TarnActionOperation::removeItemAtURL(const QString& path, QString* error) {
     if (!shouldRemoveItemAtURL(path)) return true;
-    QFileInfo info(path);
+    struct stat st {};
+    const QByteArray native = TarnFileName::encode(path);
     bool removed = false;
-    if (info.isDir() && !info.isSymLink()) {
+    if (::lstat(native.constData(), &st) == 0 && S_ISDIR(st.st_mode)) {
         removed = QDir(path).removeRecursively();
         if (!removed) *error = QString::fromLocal8Bit(std::strerror(errno ? errno : EIO));
     } else {
-        removed = ::unlink(QFile::encodeName(path).constData()) == 0;
+        removed = ::unlink(native.constData()) == 0;
         if (!removed) *error = QString::fromLocal8Bit(std::strerror(errno));
     }
     return removed;

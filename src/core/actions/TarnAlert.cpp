@@ -51,12 +51,12 @@ void TarnAlert::ShowDialogAndExit_with_errorName(const QString& message, const Q
         QMutexLocker lock(&hooksMutex());
         handler = exitSlot();
     }
+    // Ending the process is the application's business: without a handler,
+    // a running event loop is asked to return 1, and otherwise nothing ends.
     if (handler) {
         handler();
     } else if (QCoreApplication::instance()) {
         QCoreApplication::exit(1);
-    } else {
-        std::exit(1);
     }
 }
 

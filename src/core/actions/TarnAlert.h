@@ -43,7 +43,7 @@ class TarnAlert {
     // nothing and answers kNoAnswer (a refusal) to every question.
     static void setPresenter(Presenter presenter);
     // What ShowDialogAndExit runs after its alert (the default ends the
-    // process through the application's exit, or exit(1) without one).
+    // event loop with 1; without an application nothing ends).
     static void setExitHandler(std::function<void()> handler);
 
     // "OK"; then the program ends.

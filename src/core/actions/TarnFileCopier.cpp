@@ -1,8 +1,6 @@
 #include "actions/TarnFileCopier.h"
 
 #include <QByteArray>
-#include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdlib>
@@ -18,6 +16,8 @@
 #ifdef __APPLE__
 #include <copyfile.h>
 #endif
+
+#include "support/TarnFileName.h"
 
 namespace {
 
@@ -49,13 +49,15 @@ struct Fd {
     }
 };
 
-// A hidden file beside the target, made exclusively.
+// A hidden file beside the target, made exclusively. The name's bytes are
+// kept as they are (a cut may split a character: the file is temporary).
 QByteArray temporaryBeside(const QByteArray& target) {
-    QFileInfo info(QFile::decodeName(target));
-    QByteArray dir = QFile::encodeName(info.path());
-    QByteArray name = QFile::encodeName(info.fileName());
+    const qsizetype slash = target.lastIndexOf('/');
+    const QByteArray dir = slash < 0 ? QByteArray(".") : target.left(qMax<qsizetype>(slash, 1));
+    QByteArray name = target.mid(slash + 1);
     if (name.size() > 180) name.truncate(180);
-    return dir + '/' + QFile::encodeName(TarnFileCopier::temporaryPrefix()) + name + ".XXXXXX";
+    return (dir == "/" ? QByteArray() : dir) + '/' + TarnFileCopier::temporaryPrefix().toLatin1() +
+           name + ".XXXXXX";
 }
 
 #ifndef __APPLE__
@@ -252,8 +254,8 @@ Result copyApple(const QByteArray& src, const QByteArray& temp, TarnFileCopier::
 
 TarnFileCopier::Result TarnFileCopier::copy(const QString& source, const QString& target,
                                             unsigned flags, Callback callback, void* context) {
-    const QByteArray src = QFile::encodeName(source);
-    const QByteArray dst = QFile::encodeName(target);
+    const QByteArray src = TarnFileName::encode(source);
+    const QByteArray dst = TarnFileName::encode(target);
     const bool move = (flags & Move) != 0;
     struct stat st {};
     if (::lstat(src.constData(), &st) != 0) return failure(errno);
@@ -298,7 +300,7 @@ TarnFileCopier::Result TarnFileCopier::copy(const QString& source, const QString
 
 bool TarnFileCopier::createDirectories(const QString& path, bool* created, QString* error) {
     if (created) *created = false;
-    QByteArray p = QFile::encodeName(path);
+    QByteArray p = TarnFileName::encode(path);
     while (p.size() > 1 && p.endsWith('/')) p.chop(1);
     if (p.isEmpty()) {
         if (error) *error = QString::fromLocal8Bit(std::strerror(ENOENT));

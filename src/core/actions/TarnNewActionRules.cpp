@@ -26,6 +26,17 @@ quint64 TarnNewActionRules::totalSizeOf(const TarnActionOptions& options) {
     return total;
 }
 
+TarnActionOptions TarnNewActionRules::optionsForSelection(const QList<TarnItemPtr>& selection) {
+    TarnActionOptions options(selection);
+    if (selection.isEmpty()) options.items.reset();
+    return options;
+}
+
+void TarnNewActionRules::setKeepOriginalFolders(TarnActionOptions& options, bool keep) {
+    options.Keep_original_folders = keep;
+    if (!keep) options.Keep_pmr = false;
+}
+
 QString TarnNewActionRules::updateStatusText(TarnActionOptions& options,
                                              std::optional<quint64>& totalSize) {
     if (!options.items) return QStringLiteral("No items selected \nSorry, nothing to do");

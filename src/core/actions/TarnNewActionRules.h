@@ -19,6 +19,14 @@ class TarnNewActionRules {
         QString detail;
     };
 
+    // The options a new action starts from for the selected items: the
+    // defaults, where an empty selection means no items at all (so the summary
+    // and "GO" say there is nothing to do).
+    static TarnActionOptions optionsForSelection(const QList<TarnItemPtr>& selection);
+    // The "Keep original folders" box: the hidden "Keep_pmr" goes back to NO
+    // whenever original folders are not kept.
+    static void setKeepOriginalFolders(TarnActionOptions& options, bool keep);
+
     // The summary: "will Copy \n2 items of 2.10 MB size\ndestination: /Dst".
     // Normalises "Destination" in place (tilde, percent escapes). The total
     // size is computed once and kept in `totalSize`.

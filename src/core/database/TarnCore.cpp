@@ -1,7 +1,5 @@
 #include "database/TarnCore.h"
 
-#include <QUrl>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +17,7 @@
 #include "readers/AVBFile.h"
 #include "readers/TarnMediafile.h"
 #include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 #include "support/TarnPreferences.h"
 
 namespace {
@@ -29,9 +28,18 @@ TarnCore::FatalErrorHook& fatalHook() {
     return hook;
 }
 
-bool showOnlyExistingFiles() {
+int showOnlyExistingFiles() {
     return TarnPreferences::shared()->integer(
-               QLatin1String(TarnPreferences::kShowOnlyExistingFiles)) == 1;
+        QLatin1String(TarnPreferences::kShowOnlyExistingFiles));
+}
+
+// Only exactly 0 shows the items whose file is missing, and only exactly 1
+// sorts the rows that are not shown last: any other stored value does neither.
+bool missingFilesShown() {
+    return showOnlyExistingFiles() == 0;
+}
+bool invalidRowsSortLast() {
+    return showOnlyExistingFiles() == 1;
 }
 
 QString extensionOf(const QString& path) {
@@ -107,12 +115,16 @@ void TarnCore::fatalError(const QString& title) {
         std::lock_guard<std::mutex> guard(hookLock);
         hook = fatalHook();
     }
+    // The library never ends the process: the command-line tool and the app
+    // install a hook that does (after printing or showing the message).
+    // Without one the text goes to the log and stderr, and the database stays
+    // marked broken.
     if (hook) {
         hook(title, message);
         return;
     }
+    TARN_LOG(title + QLatin1Char(' ') + message);
     std::fprintf(stderr, "%s\n%s\n", qPrintable(title), qPrintable(message));
-    std::exit(70);
 }
 
 void TarnCore::clear() {
@@ -136,7 +148,7 @@ void TarnCore::clear() {
 void TarnCore::AddFile(const QString& location) {
     QString path = location;
     if (path.startsWith(QLatin1String("file:"))) {
-        path = QUrl(location).toLocalFile();
+        path = TarnFileName::pathFromUrlText(location);
     } else if (path.contains(QLatin1String("://"))) {
         return;  // not a file
     }
@@ -167,8 +179,8 @@ void TarnCore::walkFolder(const QString& root) {
                 lastComponent(folder).compare(QLatin1String("creating"), Qt::CaseInsensitive) == 0;
             if (!creating && !TarnFolderReader::exists(base + QLatin1String("msmMMOB.mdb")) &&
                 !TarnFolderReader::exists(base + QLatin1String("amaMMOB.mdb"))) {
-                TARN_LOG(QStringLiteral("MDB :: doesn't exist in::%1")
-                             .arg(QUrl::fromLocalFile(base).toString(QUrl::FullyEncoded)));
+                TARN_LOG(
+                    QStringLiteral("MDB :: doesn't exist in::%1").arg(TarnFileName::urlText(base)));
             }
         }
         QString error;
@@ -177,8 +189,12 @@ void TarnCore::walkFolder(const QString& root) {
             continue;
         }
         // Sub-folders are pushed in reverse so that they come off in name order.
+        // A link to a folder is not followed: its files would be found twice
+        // (or without end, through a link to an ancestor); a link to a file
+        // is a file.
         subfolders.clear();
         for (const auto& entry : std::as_const(entries)) {
+            if (entry.isDir && entry.isLink) continue;
             if (entry.isDir) {
                 subfolders.append(base + entry.name);
             } else if (dispatchesByExtension(entry.name)) {
@@ -278,13 +294,13 @@ void TarnCore::makeUnique() {
 
 void TarnCore::ValidateAllItems() {
     if (items_.isEmpty()) return;
-    const bool onlyExisting = showOnlyExistingFiles();
+    const bool showMissing = missingFilesShown();
     const auto filter = TarnFilter::sharedFilter()->snapshot();
     for (const auto& item : std::as_const(items_)) {
         bool valid = false;
         if (filter.itemPassFilter(item.get())) {
             valid = item->DB_isValid_initial;
-            if (!item->DB_FileExists && !onlyExisting) valid = true;
+            if (!item->DB_FileExists && showMissing) valid = true;
         }
         item->DB_isValid = valid;
     }
@@ -370,7 +386,7 @@ void TarnCore::buildIdentifierTree() {
 // finds all database items of its identifier in logarithmic time.
 void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperation operation) {
     if (binItems.isEmpty() || items_.isEmpty()) return;
-    const bool onlyExisting = showOnlyExistingFiles();
+    const bool showMissing = missingFilesShown();
     const auto filter = TarnFilter::sharedFilter()->snapshot();
 
     if (!identifierTree_) buildIdentifierTree();
@@ -389,7 +405,7 @@ void TarnCore::applySetOperation(const QList<TarnItemPtr>& binItems, SetOperatio
                 item->DB_isValid = false;
             } else {
                 bool valid = item->DB_isValid_initial;
-                if (!item->DB_FileExists && !onlyExisting) valid = true;
+                if (!item->DB_FileExists && showMissing) valid = true;
                 item->DB_isValid = valid;
             }
         }
@@ -509,7 +525,7 @@ void TarnCore::SortDefault() {
 
 void TarnCore::sortUsingDescriptors(const QList<TarnSortDescriptor>& descriptors) {
     if (descriptors.isEmpty()) return;
-    const bool invalidLast = showOnlyExistingFiles();
+    const bool invalidLast = invalidRowsSortLast();
     // The last descriptor is applied first; four or more apply only the first.
     const qsizetype start = descriptors.size() < 4 ? descriptors.size() - 1 : 0;
     for (qsizetype i = start; i >= 0; --i) {

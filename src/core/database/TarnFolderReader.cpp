@@ -1,8 +1,7 @@
 #include "database/TarnFolderReader.h"
 
-#include <QFile>
-
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,10 +9,12 @@
 #include <cerrno>
 #include <cstring>
 
+#include "support/TarnFileName.h"
+
 bool TarnFolderReader::list(const QString& folder, QList<Entry>& entries, QString* error,
                             bool sorted) {
     entries.clear();
-    const QByteArray native = QFile::encodeName(folder);
+    const QByteArray native = TarnFileName::encode(folder);
     DIR* dir = ::opendir(native.constData());
     if (!dir) {
         if (error) *error = QString::fromLocal8Bit(std::strerror(errno));
@@ -24,14 +25,18 @@ bool TarnFolderReader::list(const QString& folder, QList<Entry>& entries, QStrin
         const char* name = d->d_name;
         if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
         Entry entry;
-        entry.name = QString::fromUtf8(name);
+        entry.name = TarnFileName::decode(name, qsizetype(std::strlen(name)));
+        struct stat st;
         if (d->d_type == DT_DIR) {
             entry.isDir = true;
-        } else if (d->d_type == DT_UNKNOWN || d->d_type == DT_LNK) {
-            // The folder flag of a link is its target's, as the file manager reports it.
-            struct stat st;
-            entry.isDir = ::fstatat(fd, name, &st, 0) == 0 && S_ISDIR(st.st_mode);
+        } else if (d->d_type == DT_LNK) {
+            entry.isLink = true;
+        } else if (d->d_type == DT_UNKNOWN && ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) == 0) {
+            entry.isDir = S_ISDIR(st.st_mode);
+            entry.isLink = S_ISLNK(st.st_mode);
         }
+        // The folder flag of a link is its target's.
+        if (entry.isLink) entry.isDir = ::fstatat(fd, name, &st, 0) == 0 && S_ISDIR(st.st_mode);
         entries.append(std::move(entry));
     }
     ::closedir(dir);
@@ -42,10 +47,10 @@ bool TarnFolderReader::list(const QString& folder, QList<Entry>& entries, QStrin
 }
 
 bool TarnFolderReader::exists(const QString& path) {
-    return ::access(QFile::encodeName(path).constData(), F_OK) == 0;
+    return ::access(TarnFileName::encode(path).constData(), F_OK) == 0;
 }
 
 bool TarnFolderReader::isFolder(const QString& path) {
     struct stat st;
-    return ::stat(QFile::encodeName(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
+    return ::stat(TarnFileName::encode(path).constData(), &st) == 0 && S_ISDIR(st.st_mode);
 }

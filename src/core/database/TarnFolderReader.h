@@ -6,11 +6,15 @@
 // Lists one folder with the kind of each entry, straight from the directory
 // (no per-entry stat where the file system reports the type), so walking a
 // volume of 100,000 media files costs little more than reading the folders.
+//
+// Names keep their bytes (support/TarnFileName): a name that is not UTF-8
+// can be listed, opened and removed like any other.
 class TarnFolderReader {
   public:
     struct Entry {
         QString name;
-        bool isDir = false;
+        bool isDir = false;   // a folder, or a link to one
+        bool isLink = false;  // a symbolic link (isDir tells what it points at)
     };
 
     // The entries of `folder` (not "." and ".."), in directory order or sorted

@@ -1,9 +1,7 @@
 #include "database/TarnPMRScannerOperation.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QSet>
-#include <QUrl>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,8 +14,8 @@
 #include "readers/PMRFile.h"
 #include "readers/TarnMediafile.h"
 #include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 #include "support/TarnPreferences.h"
-#include "support/TarnUtilities.h"
 
 namespace {
 // Above this many entries a media folder slows the editing system down.
@@ -27,7 +25,8 @@ constexpr qsizetype kLargeFolder = 4001;
 class FolderHandle {
   public:
     explicit FolderHandle(const QString& folder)
-        : fd_(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+        : fd_(::open(TarnFileName::encode(folder).constData(),
+                     O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
     ~FolderHandle() {
         if (fd_ >= 0) ::close(fd_);
     }
@@ -129,10 +128,13 @@ void TarnPMRScannerOperation::main() {
         item->DB_itemPath.reserve(base.size() + item->DB_ClipName.size());
         item->DB_itemPath.append(base).append(item->DB_ClipName);
         item->validatePathAt(folderHandle.fd(), item->DB_ClipName);
-        // An AMA link's path now ends in ".aaf": that name is accounted for.
+        // The name on disk is accounted for. It is the last component of the
+        // path's URL text with the escapes removed; that round trip through
+        // TarnFileName::urlText gives back the path's own last component
+        // exactly ("a%41b.wav" stays "a%41b.wav"), so that is taken as it is.
+        // An AMA link's path now ends in ".aaf".
         const QString& path = item->DB_itemPath;
-        accounted.insert(
-            TarnUtilities::stringByRemovingPercentEncoding(path.mid(path.lastIndexOf('/') + 1)));
+        accounted.insert(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
         ++counter;
         if (wheel && compositions != 0) wheel->setDoubleValue(double(compositions) - counter);
         if (item->DB_isAMA) {
@@ -156,8 +158,7 @@ void TarnPMRScannerOperation::main() {
 
     if (counter != pmr.ItemsCount()) {
         TARN_LOG(QStringLiteral("Error:: PMR ::%1").arg(pmrURL_));
-        TARN_LOG(QStringLiteral("Error:: PMR ::%1")
-                     .arg(QUrl::fromLocalFile(pmrURL_).toString(QUrl::FullyEncoded)));
+        TARN_LOG(QStringLiteral("Error:: PMR ::%1").arg(TarnFileName::urlText(pmrURL_)));
         TARN_LOG(QString::asprintf("Item :: %08x of %08x ", counter, pmr.ItemsCount()));
     }
 

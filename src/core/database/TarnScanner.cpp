@@ -162,6 +162,8 @@ void TarnScanner::backgroundBlock(Kind kind, const QStringList& roots) {
     core_->makeUnique();
     emit searchFieldCleared();
     core_->LoadDefaults();
+    // The database is ready: commands may run while the view catches up.
+    status_->setIsRunning(false);
 
     const double seconds = double(timer.nsecsElapsed()) / 1e9;
     const QString executionTime = QString::asprintf("Execution Time: %f", seconds);
@@ -174,6 +176,5 @@ void TarnScanner::backgroundBlock(Kind kind, const QStringList& roots) {
     if (kind != Kind::AllVolumes) status_->Status_SetTextWithString(QStringLiteral("Done"));
     status_->Status_SetTextWithString(executionTime);
     if (kind == Kind::AllVolumes && !roots.isEmpty()) emit projectsSummaryRequested();
-    status_->setIsRunning(false);
     emit scanFinished(seconds);
 }

@@ -1,6 +1,5 @@
 #include "items/TarnDatabaseItem.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMutex>
@@ -15,6 +14,7 @@
 
 #include "items/TarnFileSize.h"
 #include "log/xConsole.h"
+#include "support/TarnFileName.h"
 #include "support/TarnPreferences.h"
 
 namespace {
@@ -36,10 +36,17 @@ QString extensionOf(const QString& name) {
     return QFileInfo(name).suffix();
 }
 
-// Names in index files are single bytes; Latin-1 keeps every byte as the
-// character of the same code, so the portable-name check sees what is stored.
+// Project names in index files are single bytes; Latin-1 keeps every byte as
+// the character of the same code.
 QString textFromBytes(const char* p, qsizetype n) {
     return QString::fromLatin1(p, n);
+}
+
+// A file name in an index is the name's bytes on disk: decoded losslessly, so
+// the path built from it reaches the file (and a byte that is not UTF-8 stays
+// visible to the portable-name check).
+QString fileNameFromBytes(const char* p, qsizetype n) {
+    return TarnFileName::decode(p, n);
 }
 
 bool isPortableChar(char16_t c) {
@@ -60,33 +67,33 @@ bool isPortableChar(char16_t c) {
     }
 }
 
+QDateTime utcDate(qint64 seconds, qint64 nanoseconds) {
+    return QDateTime::fromMSecsSinceEpoch(seconds * 1000 + nanoseconds / 1000000, Qt::UTC);
+}
+
 // Existence, size and creation date with one system call. The date is kept
 // in UTC: a local-time conversion per file would take glibc's time zone lock,
 // which the scanner threads would queue on; the display converts.
 // Creation date: the birth time where the file system keeps one, else the
 // status-change time, else the modification time.
 // The file is looked up as `lookup` relative to dirFd (AT_FDCWD for a full
-// path); `path` is its full path, for systems without statx.
-bool statFile(int dirFd, const QString& lookup, const QString& path, quint64& size,
-              QDateTime& created) {
+// path). Links are followed.
+bool statFile(int dirFd, const QString& lookup, quint64& size, QDateTime& created) {
+    const QByteArray native = TarnFileName::encode(lookup);
     struct statx sx;
-    const QByteArray native = QFile::encodeName(lookup);
     if (::statx(dirFd, native.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &sx) != 0) {
-        if (errno != ENOSYS) return false;
-        QFileInfo info(path);
-        if (!info.exists()) return false;
-        size = quint64(info.size());
-        created = info.birthTime();
-        if (!created.isValid()) created = info.metadataChangeTime();
-        if (!created.isValid()) created = info.lastModified();
+        struct stat st;
+        if (errno != ENOSYS || ::fstatat(dirFd, native.constData(), &st, 0) != 0) return false;
+        size = quint64(st.st_size);
+        created = st.st_ctim.tv_sec != 0 ? utcDate(st.st_ctim.tv_sec, st.st_ctim.tv_nsec)
+                                         : utcDate(st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
         return true;
     }
     size = sx.stx_size;
     const statx_timestamp& t = ((sx.stx_mask & STATX_BTIME) && sx.stx_btime.tv_sec != 0)
                                    ? sx.stx_btime
                                    : (sx.stx_ctime.tv_sec != 0 ? sx.stx_ctime : sx.stx_mtime);
-    created =
-        QDateTime::fromMSecsSinceEpoch(qint64(t.tv_sec) * 1000 + t.tv_nsec / 1000000, Qt::UTC);
+    created = utcDate(t.tv_sec, t.tv_nsec);
     return true;
 }
 
@@ -169,7 +176,7 @@ void TarnDatabaseItem::setupWithPmrBytes(const void* bytes, qsizetype length, qu
         if (!(p + 2 < length)) break;
         quint16 nameLength = count16(p);
         if (nameLength == 0 || nameLength > 255 || p + 2 + nameLength >= length) break;
-        DB_ClipName = textFromBytes(reinterpret_cast<const char*>(b + p + 2), nameLength);
+        DB_ClipName = fileNameFromBytes(reinterpret_cast<const char*>(b + p + 2), nameLength);
         p += 2 + nameLength;
 
         if (!(p + 2 < length)) break;
@@ -212,7 +219,13 @@ bool TarnDatabaseItem::readsOwnMxfFile() const {
         return false;
     if (TarnPreferences::shared()->integer(QLatin1String(TarnPreferences::kScanMXF)) != 1)
         return false;
-    quint64 size = DB_filesize ? *DB_filesize : quint64(QFileInfo(DB_itemPath).size());
+    quint64 size = 0;
+    QDateTime created;
+    if (DB_filesize) {
+        size = *DB_filesize;
+    } else if (!statFile(AT_FDCWD, DB_itemPath, size, created)) {
+        return false;
+    }
     return size >= 1025;
 }
 
@@ -295,7 +308,7 @@ void TarnDatabaseItem::validateLookingUp(int dirFd, const QString& lookup) {
 
     quint64 size = 0;
     QDateTime created;
-    if (statFile(dirFd, lookup, DB_itemPath, size, created)) {
+    if (statFile(dirFd, lookup, size, created)) {
         DB_FileExists = true;
         DB_isValid_initial = true;
         DB_isValid = true;
@@ -303,14 +316,14 @@ void TarnDatabaseItem::validateLookingUp(int dirFd, const QString& lookup) {
         DB_setDate(created);
     } else {
         // An AMA link: the editing system keeps a ".aaf" beside the name.
-        QFileInfo ama(DB_itemPath + QStringLiteral(".aaf"));
-        if (ama.exists()) {
+        const QString ama = DB_itemPath + QStringLiteral(".aaf");
+        if (statFile(AT_FDCWD, ama, size, created)) {
             DB_FileExists = true;
             DB_isValid_initial = true;
             DB_isValid = true;
             DB_isAMA = true;
-            DB_filesize = quint64(ama.size());
-            DB_itemPath = ama.filePath();
+            DB_filesize = size;
+            DB_itemPath = ama;
         }
     }
     if (!DB_filesize) DB_filesize = 0;

@@ -1,6 +1,5 @@
 #include "readers/AVBFile.h"
 
-#include <QFile>
 #include <QHash>
 #include <QStringDecoder>
 #include <QtEndian>
@@ -8,6 +7,7 @@
 #include <cstring>
 
 #include "log/xConsole.h"
+#include "support/TarnRegularFile.h"
 
 namespace {
 
@@ -103,9 +103,8 @@ QString hex8(quint64 v) {
 }  // namespace
 
 bool AVBFile::dataWithContentsOfURL(const QString& path) {
-    QFile file(path);
-    if (!dataWithBytes(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray()))
-        return false;
+    std::optional<QByteArray> data = TarnRegularFile::readAll(path);
+    if (!dataWithBytes(data ? std::move(*data) : QByteArray())) return false;
     TARN_LOG(QStringLiteral("Opened avid BIN %1").arg(path));
     return true;
 }

@@ -1,9 +1,10 @@
 #include "readers/PMRFile.h"
 
-#include <QFile>
 #include <QtEndian>
 
 #include <limits>
+
+#include "support/TarnRegularFile.h"
 
 namespace {
 
@@ -32,11 +33,10 @@ quint16 PMRFile::readU16(qsizetype offset) const {
 }
 
 bool PMRFile::dataWithContentsOfURL(const QString& path) {
-    QFile file(path);
     // Offsets are 32-bit: an index of 4 GiB or more is not one the system wrote.
-    if (!file.open(QIODevice::ReadOnly) || file.size() > std::numeric_limits<quint32>::max())
-        return dataWithBytes(QByteArray());
-    return dataWithBytes(file.readAll());
+    std::optional<QByteArray> data =
+        TarnRegularFile::readAll(path, std::numeric_limits<quint32>::max());
+    return dataWithBytes(data ? std::move(*data) : QByteArray());
 }
 
 bool PMRFile::dataWithBytes(QByteArray data) {

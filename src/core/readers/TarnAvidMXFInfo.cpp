@@ -2,8 +2,6 @@
 
 #include <QString>
 
-#include <sys/stat.h>
-
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
@@ -12,6 +10,7 @@
 #include <mutex>
 
 #include "log/xConsole.h"
+#include "support/TarnRegularFile.h"
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -78,55 +77,161 @@ bool isHeaderPartitionKey(const quint8* k) {
 
 enum class PackRead { kOK, kStreamError, kNotAPack };
 
-// Reads the header partition pack at the start of the stream and returns its
-// operational pattern label. The label sits 64 bytes into the pack (after the
-// version, KAG size, five partition offsets and counts, index SID, body offset
-// and body SID).
-PackRead readHeaderPartition(FILE* stream, QByteArray* operationalPattern) {
-    if (fseeko(stream, 0, SEEK_SET) != 0) return PackRead::kStreamError;
-    quint8 kl[25];
-    const size_t got = fread(kl, 1, 17, stream);
-    if (got < 17) return ferror(stream) ? PackRead::kStreamError : PackRead::kNotAPack;
-    if (!isHeaderPartitionKey(kl)) return PackRead::kNotAPack;
+// What the header partition pack tells: the operational pattern label, and
+// where the header metadata lies (right after the pack, HeaderByteCount bytes).
+struct HeaderPartition {
+    QByteArray operationalPattern;
+    qint64 metadataStart = 0;
+    quint64 metadataBytes = 0;
+};
 
-    // BER length: short form below 0x80, else 0x8n and n big-endian bytes.
-    quint64 length = kl[16];
-    if (length & 0x80) {
-        const size_t n = length & 0x7f;
-        if (n == 0 || n > 8) return PackRead::kNotAPack;
-        if (fread(kl + 17, 1, n, stream) != n)
-            return ferror(stream) ? PackRead::kStreamError : PackRead::kNotAPack;
-        length = 0;
-        for (size_t i = 0; i < n; ++i) length = (length << 8) | kl[17 + i];
-    }
+// Reads a key and its BER length (short form below 0x80, else 0x8n and n
+// big-endian bytes) at the stream's position.
+PackRead readKeyAndLength(FILE* stream, quint8 key[16], quint64* length) {
+    quint8 kl[25];
+    if (fread(kl, 1, 17, stream) != 17)
+        return ferror(stream) ? PackRead::kStreamError : PackRead::kNotAPack;
+    std::memcpy(key, kl, 16);
+    *length = kl[16];
+    if (!(*length & 0x80)) return PackRead::kOK;
+    const size_t n = *length & 0x7f;
+    if (n == 0 || n > 8) return PackRead::kNotAPack;
+    if (fread(kl + 17, 1, n, stream) != n)
+        return ferror(stream) ? PackRead::kStreamError : PackRead::kNotAPack;
+    *length = 0;
+    for (size_t i = 0; i < n; ++i) *length = (*length << 8) | kl[17 + i];
+    return PackRead::kOK;
+}
+
+// Reads the header partition pack at the start of the stream. The header byte
+// count sits 32 bytes into the pack (after the version, KAG size and three
+// partition offsets), the operational pattern label 64 bytes in (after the
+// header and index byte counts, index SID, body offset and body SID).
+PackRead readHeaderPartition(FILE* stream, HeaderPartition* header) {
+    if (fseeko(stream, 0, SEEK_SET) != 0) return PackRead::kStreamError;
+    quint8 key[16];
+    quint64 length = 0;
+    const PackRead read = readKeyAndLength(stream, key, &length);
+    if (read != PackRead::kOK) return read;
+    if (!isHeaderPartitionKey(key)) return PackRead::kNotAPack;
     constexpr size_t kThroughPattern = 80;
     if (length < kThroughPattern) return PackRead::kNotAPack;
     quint8 pack[kThroughPattern];
     if (fread(pack, 1, sizeof pack, stream) != sizeof pack)
         return ferror(stream) ? PackRead::kStreamError : PackRead::kNotAPack;
-    *operationalPattern = QByteArray(reinterpret_cast<const char*>(pack + 64), 16);
+    header->operationalPattern = QByteArray(reinterpret_cast<const char*>(pack + 64), 16);
+    const qint64 valueStart = qint64(ftello(stream)) - qint64(sizeof pack);
+    // A length beyond any file leaves no room for header metadata.
+    constexpr quint64 kBeyondAnyFile = quint64(1) << 62;
+    header->metadataStart = valueStart + qint64(qMin(length, kBeyondAnyFile));
+    for (int i = 32; i < 40; ++i) header->metadataBytes = (header->metadataBytes << 8) | pack[i];
     return PackRead::kOK;
 }
 
+// --- the file's own source package -----------------------------------------
+// An OP-Atom file holds the essence of one source package, named by the
+// LinkedPackageUID (local tag 2701) of its essence container data set (key
+// 06 0E 2B 34 02 53 01 01 0D 01 01 01 01 01 23 00).
+bool isEssenceContainerDataKey(const quint8* k) {
+    static const quint8 set[] = {0x06, 0x0e, 0x2b, 0x34, 0x02, 0x53, 0x01};
+    static const quint8 kind[] = {0x0d, 0x01, 0x01, 0x01, 0x01, 0x01, 0x23, 0x00};
+    return std::memcmp(k, set, sizeof set) == 0 && std::memcmp(k + 8, kind, sizeof kind) == 0;
+}
+
+// A key after which no header metadata follows: a body or footer partition
+// pack (06 0E 2B 34 02 05 01 vv 0D 01 02 01 01 03..04 xx 00), the random index
+// pack (... 01 11 01 00) or an essence element (06 0E 2B 34 01 02 01 vv 0D 01
+// 03 ...). The primer pack (... 01 05 01 00) is header metadata.
+bool endsHeaderMetadata(const quint8* k) {
+    static const quint8 pack[] = {0x06, 0x0e, 0x2b, 0x34, 0x02, 0x05, 0x01};
+    static const quint8 packKind[] = {0x0d, 0x01, 0x02, 0x01, 0x01};
+    static const quint8 essence[] = {0x06, 0x0e, 0x2b, 0x34, 0x01, 0x02, 0x01};
+    if (std::memcmp(k, pack, sizeof pack) == 0 &&
+        std::memcmp(k + 8, packKind, sizeof packKind) == 0)
+        return k[13] == 0x03 || k[13] == 0x04 || k[13] == 0x11;
+    return std::memcmp(k, essence, sizeof essence) == 0 && k[8] == 0x0d && k[10] == 0x03;
+}
+
+// The LinkedPackageUID of a local set's value (2-byte tags, 2-byte lengths).
+QByteArray linkedPackageUID(const QByteArray& set) {
+    const auto* d = reinterpret_cast<const quint8*>(set.constData());
+    for (qsizetype at = 0; at + 4 <= set.size();) {
+        const int tag = d[at] << 8 | d[at + 1];
+        const int length = d[at + 2] << 8 | d[at + 3];
+        if (at + 4 + length > set.size()) break;
+        if (tag == 0x2701 && length == 32) return set.mid(at + 4, 32);
+        at += 4 + length;
+    }
+    return {};
+}
+
+// Walks the header metadata's KLV triplets, never past `fileSize`, for the
+// package whose essence the file holds; empty when the file names none.
+QByteArray essencePackageUID(FILE* stream, const HeaderPartition& header, qint64 fileSize) {
+    qint64 end = fileSize;
+    if (header.metadataBytes != 0 && header.metadataBytes < quint64(fileSize))
+        end = qMin(fileSize, header.metadataStart + qint64(header.metadataBytes));
+    constexpr quint64 kLargestSet = 64 * 1024;
+    for (qint64 at = header.metadataStart; at + 17 <= end;) {
+        quint8 key[16];
+        quint64 length = 0;
+        if (fseeko(stream, off_t(at), SEEK_SET) != 0 ||
+            readKeyAndLength(stream, key, &length) != PackRead::kOK || endsHeaderMetadata(key))
+            break;
+        const qint64 valueAt = qint64(ftello(stream));
+        if (valueAt < 0 || length > quint64(end - valueAt)) break;
+        if (isEssenceContainerDataKey(key) && length <= kLargestSet) {
+            QByteArray set(qsizetype(length), Qt::Uninitialized);
+            if (fread(set.data(), 1, size_t(length), stream) != length) break;
+            const QByteArray uid = linkedPackageUID(set);
+            if (!uid.isEmpty()) return uid;
+        }
+        at = valueAt + qint64(length);
+    }
+    return {};
+}
+
 // --- libavformat reading the stdio stream ----------------------------------
+// The size of the stream now, which no read goes past. A stream over a
+// descriptor must be a regular file (never a FIFO or a device, which could
+// block or never end); one without a descriptor lives in memory.
+bool streamSize(FILE* stream, qint64* size) {
+    const int fd = fileno(stream);
+    if (fd >= 0) return TarnRegularFile::isRegular(fd, size);
+    if (fseeko(stream, 0, SEEK_END) != 0) return false;
+    *size = qint64(ftello(stream));
+    return *size >= 0;
+}
+
+// Reads stop at the size the file had when reading began.
+struct StreamSource {
+    FILE* file = nullptr;
+    qint64 size = 0;
+    qint64 position = 0;
+};
+
 int readStream(void* opaque, uint8_t* buf, int size) {
-    FILE* stream = static_cast<FILE*>(opaque);
-    const size_t n = fread(buf, 1, size_t(size), stream);
-    if (n == 0) return ferror(stream) ? AVERROR(EIO) : AVERROR_EOF;
+    auto* source = static_cast<StreamSource*>(opaque);
+    const qint64 left = source->size - source->position;
+    if (left <= 0) return AVERROR_EOF;
+    const size_t n = fread(buf, 1, size_t(qMin<qint64>(size, left)), source->file);
+    if (n == 0) return ferror(source->file) ? AVERROR(EIO) : AVERROR_EOF;
+    source->position += qint64(n);
     return int(n);
 }
 
 int64_t seekStream(void* opaque, int64_t offset, int whence) {
-    FILE* stream = static_cast<FILE*>(opaque);
+    auto* source = static_cast<StreamSource*>(opaque);
     whence &= ~AVSEEK_FORCE;
-    if (whence == AVSEEK_SIZE) {
-        struct stat st;
-        if (fstat(fileno(stream), &st) != 0 || !S_ISREG(st.st_mode)) return -1;
-        return st.st_size;
-    }
+    if (whence == AVSEEK_SIZE) return source->size;
     if (whence != SEEK_SET && whence != SEEK_CUR && whence != SEEK_END) return -1;
-    if (fseeko(stream, off_t(offset), whence) != 0) return AVERROR(errno ? errno : EIO);
-    return ftello(stream);
+    if (whence == SEEK_END) {
+        offset += source->size;
+        whence = SEEK_SET;
+    }
+    if (fseeko(source->file, off_t(offset), whence) != 0) return AVERROR(errno ? errno : EIO);
+    source->position = qint64(ftello(source->file));
+    return source->position;
 }
 
 // Owns the demuxer and its I/O context; frees both exactly once. The stream
@@ -142,7 +247,7 @@ class Demuxer {
     }
     // False when the contexts cannot be made; `opened` tells whether the
     // demuxer accepted the stream.
-    bool open(FILE* stream, bool* opened, bool printDebug) {
+    bool open(StreamSource* stream, bool* opened, bool printDebug) {
         *opened = false;
         static const AVInputFormat* const mxf = av_find_input_format("mxf");
         constexpr int kBufferSize = 32 * 1024;
@@ -212,6 +317,34 @@ QByteArray fromStrictHex(const QByteArray& digits) {
     return out;
 }
 
+// A stream that libavformat adds for a material track whose essence lies in
+// another file: a data stream that names the track's kind in "data_type".
+bool isStandIn(const AVStream* stream) {
+    return stream->codecpar->codec_type == AVMEDIA_TYPE_DATA &&
+           value(stream->metadata, "data_type") != nullptr;
+}
+
+// libavformat makes a stream of every track of the material package, each
+// tagged with the UMID of the source package that holds its essence. Avid
+// writes one file per track and every file's material package lists them all,
+// so the other files' packages are named too. The file's own package is the
+// one its essence container data names; without that, the first stream that
+// is not a stand-in for another file's track.
+QByteArray fileSourcePackageUID(const AVFormatContext* format, const QByteArray& own) {
+    QByteArray first;
+    QByteArray firstInFile;
+    for (unsigned i = 0; i < format->nb_streams; ++i) {
+        const AVStream* stream = format->streams[i];
+        const QByteArray umid =
+            TarnAvidMXFInfo::parseUmidText(tag(stream->metadata, "file_package_umid"));
+        if (umid.isEmpty()) continue;
+        if (!own.isEmpty() && umid == own) return umid;
+        if (first.isEmpty()) first = umid;
+        if (firstInFile.isEmpty() && !isStandIn(stream)) firstInFile = umid;
+    }
+    return firstInFile.isEmpty() ? first : firstInFile;
+}
+
 }  // namespace
 
 QByteArray TarnAvidMXFInfo::parseUmidText(const QByteArray& text) {
@@ -256,9 +389,11 @@ int TarnAvidMXFInfo::read(FILE* stream, Info* info, int printDebug) {
     if (!stream || !info) return kOpenFailed;
     free(info);
     const ForwardScope forward(printDebug != 0);
+    StreamSource source{stream, 0, 0};
+    if (!streamSize(stream, &source.size)) return kOpenFailed;
 
-    QByteArray pattern;
-    switch (readHeaderPartition(stream, &pattern)) {
+    HeaderPartition header;
+    switch (readHeaderPartition(stream, &header)) {
         case PackRead::kStreamError:
             return kOpenFailed;
         case PackRead::kNotAPack:
@@ -268,12 +403,13 @@ int TarnAvidMXFInfo::read(FILE* stream, Info* info, int printDebug) {
     }
     // Decided before the metadata is parsed: a file of another pattern is
     // refused even when its header metadata is damaged.
-    if (!isOPAtom(pattern)) return kNotOPAtom;
+    if (!isOPAtom(header.operationalPattern)) return kNotOPAtom;
+    const QByteArray own = essencePackageUID(stream, header, source.size);
     if (fseeko(stream, 0, SEEK_SET) != 0) return kOpenFailed;
 
     Demuxer demuxer;
     bool opened = false;
-    if (!demuxer.open(stream, &opened, printDebug != 0)) return kOpenFailed;
+    if (!demuxer.open(&source, &opened, printDebug != 0)) return kOpenFailed;
     if (!opened) return kFailed;
     const AVFormatContext* format = demuxer.format();
 
@@ -283,9 +419,7 @@ int TarnAvidMXFInfo::read(FILE* stream, Info* info, int printDebug) {
     if (!reported.isEmpty() && !isOPAtom(reported)) return kNotOPAtom;
 
     const QByteArray material = parseUmidText(tag(format->metadata, "material_package_umid"));
-    QByteArray file;
-    for (unsigned i = 0; i < format->nb_streams && file.isEmpty(); ++i)
-        file = parseUmidText(tag(format->streams[i]->metadata, "file_package_umid"));
+    const QByteArray file = fileSourcePackageUID(format, own);
     if (material.size() != 32 || file.size() != 32) {
         debugLine(printDebug != 0, QStringLiteral("no material or file package UMID"));
         return kFailed;

@@ -13,14 +13,16 @@
 //
 // The MXF parsing is FFmpeg's libavformat ("mxf" demuxer) reading the stream
 // through its own I/O context; this class checks the header partition pack
-// itself so that the status tells the kinds of failure apart.
+// itself so that the status tells the kinds of failure apart, and finds the
+// file's own source package in the header metadata: Avid writes one file per
+// track, and each file's material package lists the tracks of all of them.
 class TarnAvidMXFInfo {
   public:
     struct Info {
         std::optional<std::string> clipName;            // material package Name (UTF-8)
         std::optional<std::string> projectName;         // Avid project name of the preface (UTF-8)
         std::array<quint8, 32> materialPackageUID{};    // as stored in the file
-        std::array<quint8, 32> fileSourcePackageUID{};  // as stored in the file
+        std::array<quint8, 32> fileSourcePackageUID{};  // this file's own, as stored
     };
 
     enum Status : int {
@@ -31,7 +33,8 @@ class TarnAvidMXFInfo {
         kNotOPAtom = -4,              // the header partition's pattern is not OP-Atom
     };
 
-    // Reads from the start of `stream`; neither closes it nor keeps it.
+    // Reads from the start of `stream`, which must be a regular file, and no
+    // further than its size at the call; neither closes it nor keeps it.
     // `printDebug` lets libavformat's own messages reach the console while
     // library logging is on (below). Returns a Status value.
     static int read(FILE* stream, Info* info, int printDebug);

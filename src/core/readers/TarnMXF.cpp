@@ -1,21 +1,26 @@
 #include "readers/TarnMXF.h"
 
-#include <QFile>
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "items/TarnDatabaseItem.h"
 #include "log/xConsole.h"
+#include "support/TarnFileName.h"
+#include "support/TarnRegularFile.h"
 
 bool TarnMXF::openFile(const QString& path, TarnProgressIndicator* indicator) {
     (void)indicator;
     TARN_LOG(QStringLiteral("MXF file : open"));
     MXFinfo_.clear();
 
-    // The platform file handle, then a stdio stream over its descriptor. From
-    // here on the stream owns the descriptor: fclose closes both, once.
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    // The platform file handle (a regular file only: never a FIFO or a device),
+    // then a stdio stream over its descriptor. From here on the stream owns
+    // the descriptor: fclose closes both, once.
+    int fd = TarnRegularFile::openForReading(path, nullptr);
+    // A folder under the name opens too (that never waits), and the info
+    // reader then finds no file in it.
+    if (fd < 0)
+        fd = ::open(TarnFileName::encode(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return false;
     file_ = fdopen(fd, "rb");
     if (!file_) {

@@ -1,6 +1,5 @@
 #include "readers/TarnOMFI.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 #include <QtEndian>
@@ -12,6 +11,7 @@
 #include "readers/TarnMacRoman.h"
 #include "status/TarnProgressIndicator.h"
 #include "status/TarnStatusViewController.h"
+#include "support/TarnRegularFile.h"
 
 namespace {
 
@@ -58,6 +58,17 @@ constexpr quint32 kAudioCode = 0x4455415F;  // "_AUD" as stored
 constexpr qint32 kImportedUsageCode = 15;
 constexpr int kObjectsPerProgressStep = 256;
 
+// Work allowances: a unit is one TOC entry looked at or one list record
+// visited. A sound database needs a small part of one pass over its bytes for
+// all its items; the allowances are many passes.
+constexpr quint64 kWorkPerByte = 16;
+constexpr quint64 kBaseWork = 1u << 20;
+constexpr quint64 kItemWorkPerByte = 2;
+constexpr quint64 kBaseItemWork = 1u << 16;
+// Answers that took more work than this are remembered; cheaper ones are
+// worked out again, which costs no more than this each time.
+constexpr quint64 kWorthRemembering = 32;
+
 bool isNameProperty(quint32 propertyID) {
     for (quint32 p : kNameProperties) {
         if (p == propertyID) return true;
@@ -91,10 +102,15 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     clipTableSeen_ = false;
     names_.clear();
     label_ = toc_ = nullptr;
+    clipAnswers_.clear();
+    fileAnswers_.clear();
+    importAnswers_.clear();
+    textAnswers_.clear();
+    work_ = workLimit_ = databaseAllowance_ = itemAllowance_ = 0;
 
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return false;
-    data_ = file.readAll();
+    std::optional<QByteArray> data = TarnRegularFile::readAll(path);
+    if (!data) return false;
+    data_ = std::move(*data);
     bytes_ = reinterpret_cast<const quint8*>(data_.constData());
     size_ = data_.size();
     if (size_ < kMinimumFileSize) return false;
@@ -111,6 +127,9 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     const quint32 tocOffset = qFromLittleEndian<quint32>(label_ + 16);
     const quint32 tocSize = qFromLittleEndian<quint32>(label_ + 20);
     if (qsizetype(tocSize) > size_) return false;
+    databaseAllowance_ = kWorkPerByte * quint64(size_) + kBaseWork;
+    itemAllowance_ = kItemWorkPerByte * quint64(size_) + kBaseItemWork;
+    workLimit_ = databaseAllowance_;
     // Entries that would run past the end of the file are not read.
     if (qsizetype(tocOffset) <= size_) {
         toc_ = bytes_ + tocOffset;
@@ -250,7 +269,7 @@ TarnOMFI::Value TarnOMFI::valueFor(quint32 index) const {
 quint32 TarnOMFI::lookForProperty(quint32 propertyID, quint32 index) const {
     if (index >= entryCount_) return 0;
     const quint32 objectID = objectIDAt(index);
-    for (quint32 i = index; i < entryCount_ && objectIDAt(i) == objectID; ++i) {
+    for (quint32 i = index; i < entryCount_ && objectIDAt(i) == objectID && spend(); ++i) {
         if (propertyIDAt(i) == propertyID) return i;
     }
     return 0;
@@ -265,7 +284,7 @@ quint32 TarnOMFI::tocIndexForObject(quint32 objectID) const {
 QString TarnOMFI::GetStringForObjectAt(quint32 index) const {
     if (index >= entryCount_) return {};
     const quint32 objectID = objectIDAt(index);
-    for (quint32 i = index; i < entryCount_ && objectIDAt(i) == objectID; ++i) {
+    for (quint32 i = index; i < entryCount_ && objectIDAt(i) == objectID && spend(); ++i) {
         if (!isNameProperty(propertyIDAt(i))) continue;
         const Value value = valueFor(i);
         if (!value) return {};
@@ -320,9 +339,17 @@ std::optional<quint32> TarnOMFI::storedWordAt(const Value& value, quint32 offset
     return qFromLittleEndian<quint32>(value.data + offset);
 }
 
+// The object named by the first 32-bit value of a property: a number, in the
+// container's byte order.
 quint32 TarnOMFI::referencedObjectIndex(quint32 propertyID, quint32 objectIndex) const {
-    const std::optional<quint32> objectID = storedWordAt(propertyValue(propertyID, objectIndex), 0);
+    const std::optional<quint32> objectID = numberAt(propertyValue(propertyID, objectIndex), 0);
     return objectID ? tocIndexForObject(*objectID) : kNoIndex;
+}
+
+bool TarnOMFI::spend() const {
+    if (work_ >= workLimit_) return false;
+    ++work_;
+    return true;
 }
 
 void TarnOMFI::addInfoToItem(TarnDatabaseItem* item) {
@@ -335,27 +362,65 @@ void TarnOMFI::addInfoToItem(TarnDatabaseItem* item) {
     quint32 fileObject = kNoIndex;
     if (const auto objectID = fileTree_->find(fileKey)) fileObject = tocIndexForObject(*objectID);
 
+    // One item may take its own allowance out of what the database has left.
+    workLimit_ = qMin(databaseAllowance_, work_ + itemAllowance_);
     if (clip != kNoIndex) {
-        item->DB_NameInBin = GetStringForObjectAt(clip);
-        const Value usage = propertyValue(kUsageCode, clip);
-        if (const auto code = numberAt(usage, 0)) item->DB_usageCode = qint32(*code);
-        const Value rate = propertyValue(kEditRate, clip);
-        if (rate && rate.length >= 8) {
-            item->setFrameRateNumerator(*numberAt(rate, 0), *numberAt(rate, 4));
+        const ClipAnswer answer = clipAnswer(clip);
+        item->DB_NameInBin = answer.name;
+        if (answer.usageCode) item->DB_usageCode = qint32(*answer.usageCode);
+        if (answer.frameRate) {
+            item->setFrameRateNumerator(answer.frameRate->numerator, answer.frameRate->denominator);
         }
-        if (hasImportSetting(clip)) item->DB_usageCode = kImportedUsageCode;
+        if (answer.imported) item->DB_usageCode = kImportedUsageCode;
     }
     if (fileObject != kNoIndex) {
-        const QString project = getProjectNameForObjAt(fileObject);
-        if (!project.isNull()) item->DB_ProjectName = project;
-        CompressionData record;
-        if (getCompression_data(&record, fileObject)) {
-            qToLittleEndian<quint32>(record.fourCC, item->DB_CompressionFourCC());
-            item->DB_DIDResolutionID = record.resolutionID;
-            item->setSampleRateNumerator(record.numerator, record.denominator);
-            item->DB_bits = record.bits;
+        const FileAnswer answer = fileAnswer(fileObject);
+        if (!answer.project.isNull()) item->DB_ProjectName = answer.project;
+        if (const auto& record = answer.compression) {
+            qToLittleEndian<quint32>(record->fourCC, item->DB_CompressionFourCC());
+            item->DB_DIDResolutionID = record->resolutionID;
+            item->setSampleRateNumerator(record->numerator, record->denominator);
+            item->DB_bits = record->bits;
         }
     }
+    workLimit_ = databaseAllowance_;
+}
+
+TarnOMFI::ClipAnswer TarnOMFI::clipAnswer(quint32 clipIndex) const {
+    const auto known = clipAnswers_.constFind(clipIndex);
+    if (known != clipAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
+    ClipAnswer answer;
+    answer.name = GetStringForObjectAt(clipIndex);
+    answer.usageCode = numberAt(propertyValue(kUsageCode, clipIndex), 0);
+    const Value rate = propertyValue(kEditRate, clipIndex);
+    if (rate && rate.length >= 8)
+        answer.frameRate = TarnRate{*numberAt(rate, 0), *numberAt(rate, 4)};
+    answer.imported = hasImportSetting(clipIndex);
+    if (work_ - before > kWorthRemembering) clipAnswers_.insert(clipIndex, answer);
+    return answer;
+}
+
+TarnOMFI::FileAnswer TarnOMFI::fileAnswer(quint32 fileIndex) const {
+    const auto known = fileAnswers_.constFind(fileIndex);
+    if (known != fileAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
+    FileAnswer answer;
+    answer.project = getProjectNameForObjAt(fileIndex);
+    CompressionData record;
+    if (getCompression_data(&record, fileIndex)) answer.compression = record;
+    if (work_ - before > kWorthRemembering) fileAnswers_.insert(fileIndex, answer);
+    return answer;
+}
+
+QString TarnOMFI::remembered(AnswerKind kind, quint32 index, Question question) const {
+    const quint64 key = quint64(kind) << 32 | index;
+    const auto known = textAnswers_.constFind(key);
+    if (known != textAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
+    const QString answer = (this->*question)(index);
+    if (work_ - before > kWorthRemembering) textAnswers_.insert(key, answer);
+    return answer;
 }
 
 bool TarnOMFI::visitListedObjects(const Value& list, bool lastFirst,
@@ -370,7 +435,7 @@ bool TarnOMFI::visitListedObjects(const Value& list, bool lastFirst,
     // An object listed again gives the same answer; long lists skip repeats so
     // that a damaged list cannot multiply the work.
     QSet<quint32> seen;
-    for (quint32 step = 0; step < n; ++step) {
+    for (quint32 step = 0; step < n && spend(); ++step) {
         const quint32 k = lastFirst ? n - 1 - step : step;
         const quint32 objectID = *storedWordAt(list, kListObjectOffset + kListRecordSize * k);
         if (n > 8) {
@@ -386,17 +451,27 @@ bool TarnOMFI::visitListedObjects(const Value& list, bool lastFirst,
 bool TarnOMFI::hasImportSetting(quint32 clipIndex) const {
     const quint32 list = referencedObjectIndex(kAttributes, clipIndex);
     if (list == kNoIndex) return false;
-    return visitListedObjects(propertyValue(kAttributeList, list), false, [&](quint32 attribute) {
-        return startsWith(propertyValue(kAttributeName, attribute), "_IMPORTSETTING");
-    });
+    const auto known = importAnswers_.constFind(list);
+    if (known != importAnswers_.constEnd()) return *known;
+    const quint64 before = work_;
+    const bool imported =
+        visitListedObjects(propertyValue(kAttributeList, list), false, [&](quint32 attribute) {
+            return startsWith(propertyValue(kAttributeName, attribute), "_IMPORTSETTING");
+        });
+    if (work_ - before > kWorthRemembering) importAnswers_.insert(list, imported);
+    return imported;
 }
 
 QString TarnOMFI::getProjectAttributeForObjectAt(quint32 index) const {
     const quint32 list = referencedObjectIndex(kAttributes, index);
     if (list == kNoIndex) return {};
+    return remembered(kProjectOfList, list, &TarnOMFI::projectOfAttributeList);
+}
+
+QString TarnOMFI::projectOfAttributeList(quint32 listIndex) const {
     // The last project attribute wins: look from the end.
     QString project;
-    visitListedObjects(propertyValue(kAttributeList, list), true, [&](quint32 attribute) {
+    visitListedObjects(propertyValue(kAttributeList, listIndex), true, [&](quint32 attribute) {
         const quint32 nameAt = lookForProperty(kAttributeName, attribute);
         if (nameAt == 0 || !startsWith(valueFor(nameAt), "_PJ")) return false;
         // The project's name is the attribute's next entry.
@@ -412,47 +487,35 @@ QString TarnOMFI::getProjectAttributeForObjectAt(quint32 index) const {
 QString TarnOMFI::getProjectNameForObjAt(quint32 index) const {
     const QString own = getProjectAttributeForObjectAt(index);
     if (!own.isNull()) return own;
-
     // Else through the sources: each listed object refers to an object whose
     // list holds source identifiers; a source that the file table knows may
-    // carry the project. The last one found wins. Objects listed again give
-    // the same answer, so each is worked out once.
-    const Value sources = propertyValue(kSourceList, index);
-    const std::optional<quint16> count = countAt(sources);
-    QHash<quint32, QString> done;
-    QString project;
-    for (quint32 k = 0; count && k < *count; ++k) {
-        const auto objectID = storedWordAt(sources, kListObjectOffset + kListRecordSize * k);
-        if (!objectID) break;
-        const QString found = sourceProjectOfListedObject(*objectID, done);
-        if (!found.isNull()) project = found;
-    }
-    return project;
+    // carry the project.
+    return lastProjectAmong(propertyValue(kSourceList, index), kProjectOfListed,
+                            &TarnOMFI::projectOfListedObject);
 }
 
-QString TarnOMFI::sourceProjectOfListedObject(quint32 objectID,
-                                              QHash<quint32, QString>& done) const {
-    const auto known = done.constFind(objectID);
-    if (known != done.constEnd()) return *known;
-    done.insert(objectID, QString());
+QString TarnOMFI::projectOfListedObject(quint32 listedIndex) const {
+    const quint32 reference = referencedObjectIndex(kSourceReference, listedIndex);
+    if (reference == kNoIndex) return {};
+    return remembered(kProjectOfEntries, reference, &TarnOMFI::projectOfSourceEntries);
+}
 
+QString TarnOMFI::projectOfSourceEntries(quint32 referenceIndex) const {
+    return lastProjectAmong(propertyValue(kSourceEntries, referenceIndex), kProjectOfIdentifier,
+                            &TarnOMFI::projectOfSourceIdentifier);
+}
+
+QString TarnOMFI::lastProjectAmong(const Value& list, AnswerKind kind, Question question) const {
+    const std::optional<quint16> count = countAt(list);
     QString project;
-    const quint32 listed = tocIndexForObject(objectID);
-    const quint32 reference =
-        listed == kNoIndex ? kNoIndex : referencedObjectIndex(kSourceReference, listed);
-    if (reference != kNoIndex) {
-        const Value entries = propertyValue(kSourceEntries, reference);
-        const std::optional<quint16> count = countAt(entries);
-        for (quint32 k = 0; count && k < *count; ++k) {
-            const auto entryID = storedWordAt(entries, kListObjectOffset + kListRecordSize * k);
-            if (!entryID) break;
-            const quint32 entry = tocIndexForObject(*entryID);
-            if (entry == kNoIndex) continue;
-            const QString found = projectOfSourceIdentifier(entry);
-            if (!found.isNull()) project = found;
-        }
+    for (quint32 k = 0; count && k < *count && spend(); ++k) {
+        const auto objectID = storedWordAt(list, kListObjectOffset + kListRecordSize * k);
+        if (!objectID) break;
+        const quint32 object = tocIndexForObject(*objectID);
+        if (object == kNoIndex) continue;
+        const QString found = remembered(kind, object, question);
+        if (!found.isNull()) project = found;
     }
-    done.insert(objectID, project);
     return project;
 }
 
@@ -460,6 +523,7 @@ QString TarnOMFI::projectOfSourceIdentifier(quint32 objectIndex) const {
     const quint32 at = lookForProperty(kSourceIdentifier, objectIndex);
     if (at == 0) return {};
     const Value uid = valueFor(at);
+    if (!uid) return {};
     quint64 key = 0;
     if (uid.length == 32) {
         key = qFromLittleEndian<quint64>(uid.data + 16);
@@ -467,8 +531,8 @@ QString TarnOMFI::projectOfSourceIdentifier(quint32 objectIndex) const {
         key = qFromLittleEndian<quint64>(uid.data + 4);
     } else {
         xConsole::xPrint(
-            QStringLiteral("ERROR IN OMFI PARSER. UID capacity is::%1l\n").arg(tocWord(at, 4)));
-        xConsole::xPrint(QStringLiteral("[TarnOMFI getProjectNameForObjAt]\n"));
+            QStringLiteral("ERROR IN OMFI PARSER. UID capacity is::%1l\n").arg(uid.length));
+        xConsole::xPrint(QStringLiteral("[TarnOMFI getProjectNameForObjAt]"));
         xConsole::xPrint(getDescriptionForTOCindex(at) + QLatin1Char('\n'));
         return {};
     }

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "items/TarnDatabaseItem.h"
 #include "items/TarnRBTree_u32t_u32t.h"
 #include "readers/TarnMediaReader.h"
 #include "readers/UIDtoBentoObjTree.h"
@@ -18,9 +19,17 @@
 // is indexed once into ordered trees so that completing an item costs a few
 // lookups and short forward scans. OMF 2 containers are recognised and refused.
 //
-// Byte order: TOC words, the label's TOC position and every object reference
-// (identifiers, object IDs in lists and in values) are used as stored, little-
-// endian. Counts and numbers inside values follow the label's byte order.
+// Byte order: TOC words, the label's TOC position, identifiers and the object
+// IDs in identifier tables and object lists are used as stored, little-endian.
+// Counts and numbers inside values follow the label's byte order, and so does
+// an object named by a property's first 32-bit value (attribute list,
+// descriptor, source reference).
+//
+// Work: answers are remembered per object, so that items mapped to the same
+// clip or file object cost a lookup, and every scan counts against a
+// allowance that grows with the file's size, per item and per database. A
+// damaged database cannot make completing items cost more than a few passes
+// over its bytes; past the allowance, answers are absent.
 class TarnOMFI : public TarnMediaReader {
   public:
     static constexpr quint32 kNoIndex = 0xFFFFFFFFu;
@@ -87,10 +96,35 @@ class TarnOMFI : public TarnMediaReader {
     QString getProjectNameForObjAt(quint32 index) const;
     bool getCompression_data(CompressionData* record, quint32 index) const;
 
+    // Units of work spent on questions so far: TOC entries looked at and list
+    // records visited. The allowance of the database and of one item.
+    quint64 workDone() const { return work_; }
+    quint64 databaseWorkAllowance() const { return databaseAllowance_; }
+    quint64 itemWorkAllowance() const { return itemAllowance_; }
+
     bool MustReadDictionary = true;
     TarnProgressIndicator* localWorkInProgressIndicator = nullptr;
 
   private:
+    // What a clip object and a file object give an item, worked out once each.
+    struct ClipAnswer {
+        QString name;
+        std::optional<quint32> usageCode;
+        std::optional<TarnRate> frameRate;
+        bool imported = false;
+    };
+    struct FileAnswer {
+        QString project;
+        std::optional<CompressionData> compression;
+    };
+    // Remembered texts: key = kind << 32 | TOC index.
+    enum AnswerKind : quint64 {
+        kProjectOfList = 1,
+        kProjectOfListed,
+        kProjectOfEntries,
+        kProjectOfIdentifier,
+    };
+
     bool readTOC();
     void InitDictionary();
     void readIdentifierTable(quint32 index, UIDtoBentoObjTree& tree, bool countsClips);
@@ -102,7 +136,18 @@ class TarnOMFI : public TarnMediaReader {
     static std::optional<quint32> storedWordAt(const Value& value, quint32 offset);
     quint32 referencedObjectIndex(quint32 propertyID, quint32 objectIndex) const;
     QString textFromBytes(const quint8* bytes, quint32 length) const;
-    QString sourceProjectOfListedObject(quint32 objectID, QHash<quint32, QString>& done) const;
+    bool spend() const;
+    ClipAnswer clipAnswer(quint32 clipIndex) const;
+    FileAnswer fileAnswer(quint32 fileIndex) const;
+    // A question about the object at a TOC index, answered once.
+    using Question = QString (TarnOMFI::*)(quint32) const;
+    QString remembered(AnswerKind kind, quint32 index, Question question) const;
+    // The last project that the objects of a list (16-bit count, 8-byte
+    // records with the object ID first) give.
+    QString lastProjectAmong(const Value& list, AnswerKind kind, Question question) const;
+    QString projectOfAttributeList(quint32 listIndex) const;
+    QString projectOfListedObject(quint32 listedIndex) const;
+    QString projectOfSourceEntries(quint32 referenceIndex) const;
     QString projectOfSourceIdentifier(quint32 objectIndex) const;
     bool visitListedObjects(const Value& list, bool lastFirst,
                             const std::function<bool(quint32)>& visit) const;
@@ -125,4 +170,13 @@ class TarnOMFI : public TarnMediaReader {
     std::unique_ptr<UIDtoBentoObjTree> fileTree_;
     std::unique_ptr<TarnRBTree_u32t_u32t> objectTree_;
     TarnProgressIndicator* indicator_ = nullptr;
+
+    mutable quint64 work_ = 0;
+    mutable quint64 workLimit_ = 0;
+    quint64 databaseAllowance_ = 0;
+    quint64 itemAllowance_ = 0;
+    mutable QHash<quint32, ClipAnswer> clipAnswers_;
+    mutable QHash<quint32, FileAnswer> fileAnswers_;
+    mutable QHash<quint32, bool> importAnswers_;
+    mutable QHash<quint64, QString> textAnswers_;
 };

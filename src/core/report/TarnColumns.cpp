@@ -3,6 +3,7 @@
 #include "items/TarnDatabaseItem.h"
 #include "items/TarnFileSize.h"
 #include "items/TarnVocabulary.h"
+#include "support/TarnFileName.h"
 
 namespace {
 
@@ -102,12 +103,13 @@ QString TarnColumns::cellText(TarnColumn column, const TarnDatabaseItem& item) {
     switch (column) {
         case TarnColumn::Icon:
             return QString();
-        case TarnColumn::Filename:
-            return item.DB_ClipName;
         // Paths are kept as plain file-system paths, never percent-encoded,
-        // so the text is the path itself.
+        // so the text is the path itself; bytes of a name that are not UTF-8
+        // show as replacement characters, as a file manager shows them.
+        case TarnColumn::Filename:
+            return TarnFileName::displayText(item.DB_ClipName);
         case TarnColumn::Path:
-            return item.DB_itemPath;
+            return TarnFileName::displayText(item.DB_itemPath);
         case TarnColumn::Clipname:
             return item.DB_NameInBin;
         case TarnColumn::Project:

@@ -5,6 +5,7 @@
 #include "report/TarnColumns.h"
 #include "report/TarnJsonWriter.h"
 #include "report/TarnReportSink.h"
+#include "support/TarnFileName.h"
 
 namespace {
 
@@ -132,8 +133,9 @@ void TarnJsonReport::writeItem(TarnJsonWriter& json, const TarnDatabaseItem& ite
     date(json, item.DB_Date);
     json.key(QLatin1StringView("exists"));
     json.boolean(item.DB_FileExists);
+    // Names as shown: a byte that is not UTF-8 becomes a replacement character.
     json.key(QLatin1StringView("file_name"));
-    json.stringOrNull(item.DB_ClipName);
+    json.stringOrNull(TarnFileName::displayText(item.DB_ClipName));
     json.key(QLatin1StringView("file_package_uid"));
     uid(json, item.DB_filePackageUID(), item.DB_SizeofUID);
     json.key(QLatin1StringView("fourcc"));
@@ -151,7 +153,7 @@ void TarnJsonReport::writeItem(TarnJsonWriter& json, const TarnDatabaseItem& ite
     json.key(QLatin1StringView("material_package_uid"));
     uid(json, item.DB_materialPackageUID(), item.DB_SizeofUID);
     json.key(QLatin1StringView("path"));
-    json.stringOrNull(item.DB_itemPath);
+    json.stringOrNull(TarnFileName::displayText(item.DB_itemPath));
     json.key(QLatin1StringView("portable_name"));
     json.boolean(item.DB_isPortableFilename);
     json.key(QLatin1StringView("project"));

@@ -1,5 +1,6 @@
 #include "support/TarnPreferences.h"
 
+#include <QFile>
 #include <QSettings>
 
 #include <memory>
@@ -41,26 +42,31 @@ TarnPreferences* TarnPreferences::shared() {
 }
 
 QString TarnPreferences::basescript() {
-    // Reads the paths that Tarn put on the clipboard (one per line, separated
-    // by carriage returns) and opens each in the external application.
-    return QStringLiteral(
-        "set thePaths to the clipboard as text\n"
-        "set AppleScript's text item delimiters to return\n"
-        "set theItems to text items of thePaths\n"
-        "set AppleScript's text item delimiters to \"\"\n"
-        "repeat with p in theItems\n"
-        "\tif (length of p) > 0 then\n"
-        "\t\ttell application \"Finder\" to open (POSIX file p as alias)\n"
-        "\tend if\n"
-        "end repeat\n");
+    // The platform's default script, a resource of the core (see README):
+    // AppleScript on macOS, a shell script elsewhere. Null when missing.
+#ifdef Q_OS_MACOS
+    QFile file(QStringLiteral(":/tarn/basescript.applescript"));
+#else
+    QFile file(QStringLiteral(":/tarn/basescript.sh"));
+#endif
+    if (!file.open(QIODevice::ReadOnly)) return QString();
+    return QString::fromUtf8(file.readAll());
+}
+
+QString TarnPreferences::defaultExternalApplication() {
+#ifdef Q_OS_MACOS
+    return QStringLiteral("net.mediaarea.mediainfo.mac");
+#else
+    // MediaInfo's GUI (Debian package "mediainfo-gui"): a desktop entry and a command.
+    return QStringLiteral("mediainfo-gui");
+#endif
 }
 
 QVariant TarnPreferences::defaultValue(const QString& key) {
     if (key == QLatin1String(kShowOnlyExistingFiles)) return 1;
     if (key == QLatin1String(kScanMDB)) return 1;
     if (key == QLatin1String(kScanMXF)) return 1;
-    if (key == QLatin1String(kExternalAppBundleID))
-        return QStringLiteral("net.mediaarea.mediainfo.mac");
+    if (key == QLatin1String(kExternalAppBundleID)) return defaultExternalApplication();
     if (key == QLatin1String(kExtApplescript)) return basescript();
     if (key == QLatin1String(kVisibleColumns)) return defaultVisibleColumns();
     return QVariant();

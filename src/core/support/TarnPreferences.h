@@ -25,8 +25,11 @@ class TarnPreferences {
 
     // The registered default of a key (invalid when the key has none).
     static QVariant defaultValue(const QString& key);
-    // The default script handed the selected files' paths (see README).
+    // The default script handed the selected files' paths: the resource
+    // "basescript" of the platform (see README); null when it is missing.
     static QString basescript();
+    // "net.mediaarea.mediainfo.mac" on macOS, "mediainfo-gui" elsewhere.
+    static QString defaultExternalApplication();
 
     int integer(const QString& key) const;
     QString string(const QString& key) const;

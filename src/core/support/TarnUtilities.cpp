@@ -1,12 +1,11 @@
 #include "support/TarnUtilities.h"
 
-#include <QUrl>
-
+#include "support/TarnFileName.h"
 #include "support/TarnVersion.h"
 
 QString TarnUtilities::stringByRemovingPercentEncoding(const QString& text) {
     if (text.isNull() || !text.contains(QLatin1Char('%'))) return text;
-    return QUrl::fromPercentEncoding(text.toUtf8());
+    return TarnFileName::removingPercentEncoding(text);
 }
 
 QString TarnUtilities::versionText() {

@@ -1,0 +1,167 @@
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include "ActionTestKit.h"
+#include "TestSupport.h"
+#include "actions/TarnExternalHandoff.h"
+#include "database/TarnCore.h"
+#include "support/TarnDesktopEntry.h"
+#include "support/TarnPreferences.h"
+
+using namespace actiontest;
+
+namespace {
+
+TEST(DesktopEntryExec, SplitsByTheQuotingRules) {
+    const struct {
+        const char* exec;
+        QStringList words;
+        bool ok;
+    } cases[] = {
+        {"viewer %F", {"viewer", "%F"}, true},
+        {"  viewer   --x  ", {"viewer", "--x"}, true},
+        {R"("/opt/My App/bin/viewer" --title "a \"q\" b" %f)",
+         {"/opt/My App/bin/viewer", "--title", R"(a "q" b)", "%f"},
+         true},
+        {R"(viewer "")", {"viewer", ""}, true},
+        {R"(viewer "open)", {"viewer", "open"}, false},
+        {"", {}, false},
+    };
+    for (const auto& c : cases) {
+        bool ok = !c.ok;
+        const QStringList words = TarnDesktopEntry::splitExec(QString::fromUtf8(c.exec), &ok);
+        EXPECT_EQ(ok, c.ok) << c.exec;
+        if (c.ok) {
+            EXPECT_EQ(words, c.words) << c.exec;
+        }
+    }
+}
+
+struct DesktopEntryFixture : ::testing::Test {
+    QTemporaryDir tmp;
+    testsupport::ScopedEnv data{"XDG_DATA_HOME", tmp.path() + "/data"};
+    // Writes "<id>.desktop" into the user's applications folder.
+    QString entry(const QString& id, const QString& exec, const QString& extra = {}) {
+        const QString path = tmp.path() + "/data/applications/" + id + ".desktop";
+        writeFile(path, ("[Desktop Action Other]\nExec=other\n\n[Desktop Entry]\nType=Application\n"
+                         "Name=Viewer\nIcon=viewer-icon\n" +
+                         extra + "Exec=" + exec + "\n")
+                            .toUtf8());
+        return path;
+    }
+    QList<QStringList> lines(const QString& exec, const QStringList& paths) {
+        TarnDesktopEntry e;
+        EXPECT_TRUE(e.load(entry("tarn-test-viewer", exec)));
+        return e.commandLines(paths);
+    }
+};
+
+TEST_F(DesktopEntryFixture, FieldCodesDecideHowTheFilesArePassed) {
+    const QStringList two{"/m/a b.mxf", "/m/c.mxf"};
+    const struct {
+        const char* exec;
+        QList<QStringList> expected;
+    } cases[] = {
+        {"viewer %F", {{"viewer", "/m/a b.mxf", "/m/c.mxf"}}},
+        {"viewer %U --x", {{"viewer", "/m/a b.mxf", "/m/c.mxf", "--x"}}},
+        {"viewer %f", {{"viewer", "/m/a b.mxf"}, {"viewer", "/m/c.mxf"}}},
+        {"viewer --open", {{"viewer", "--open", "/m/a b.mxf", "/m/c.mxf"}}},
+        {"viewer --name %c %i %F",
+         {{"viewer", "--name", "Viewer", "--icon", "viewer-icon", "/m/a b.mxf", "/m/c.mxf"}}},
+        {"viewer 100%% %d %F", {{"viewer", "100%", "/m/a b.mxf", "/m/c.mxf"}}},
+        {R"(viewer\s--x %F)", {{"viewer", "--x", "/m/a b.mxf", "/m/c.mxf"}}},
+        {R"(viewer "open %F)", {}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(lines(QString::fromUtf8(c.exec), two), c.expected) << c.exec;
+    EXPECT_EQ(lines("viewer %f", {}), QList<QStringList>({{"viewer"}}));
+}
+
+TEST_F(DesktopEntryFixture, ApplicationIsAnEntryOrACommandThatMustExist) {
+    const QString sh = QStandardPaths::findExecutable("sh");
+    ASSERT_FALSE(sh.isEmpty());
+    entry("tarn-test-viewer", "sh -c true %F");
+    entry("tarn-test-gone", "tarn-no-such-program %F");
+    const QStringList paths{"/m/a.mxf"};
+    const struct {
+        const char* application;
+        bool found;
+        QString program;
+        QStringList arguments;
+    } cases[] = {
+        {"tarn-test-viewer", true, sh, {"-c", "true", "/m/a.mxf"}},
+        {"tarn-test-viewer.desktop", true, sh, {"-c", "true", "/m/a.mxf"}},
+        {"sh -e", true, sh, {"-e", "/m/a.mxf"}},
+        {"/bin/sh", true, "/bin/sh", {"/m/a.mxf"}},
+        {"tarn-test-gone", false, {}, {}},
+        {"tarn-no-such-program", false, {}, {}},
+        {"/nonexistent/viewer", false, {}, {}},
+        {"  ", false, {}, {}},
+    };
+    for (const auto& c : cases) {
+        QList<TarnExternalHandoff::Launch> launches;
+        EXPECT_EQ(TarnExternalHandoff::openCommands(c.application, paths, &launches), c.found)
+            << c.application;
+        if (!c.found) continue;
+        ASSERT_EQ(launches.size(), 1) << c.application;
+        EXPECT_EQ(launches.at(0).program, c.program) << c.application;
+        EXPECT_EQ(launches.at(0).arguments, c.arguments) << c.application;
+    }
+}
+
+TEST(ExternalHandoff, ClipboardTextJoinsThePathsByCarriageReturns) {
+    EXPECT_EQ(TarnExternalHandoff::clipboardText({}), "");
+    EXPECT_EQ(TarnExternalHandoff::clipboardText({"/a"}), "/a");
+    EXPECT_EQ(TarnExternalHandoff::clipboardText({"/a b", "/c", "/d"}), "/a b\r/c\r/d");
+}
+
+TEST(ExternalHandoff, TheScriptGetsThePathsAsArguments) {
+    QTemporaryDir tmp;
+    const QString out = tmp.path() + "/args";
+    const QStringList paths{"/m/a b.mxf", "/m/it's.mxf", "/m/$HOME.mxf"};
+    const TarnExternalHandoff::Launch launch =
+        TarnExternalHandoff::scriptCommand("printf '%s|' \"$0\" \"$@\" > \"$OUT\"", paths);
+    EXPECT_EQ(launch.program, "/bin/sh");
+    QProcess sh;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("OUT", out);
+    sh.setProcessEnvironment(env);
+    sh.start(launch.program, launch.arguments);
+    ASSERT_TRUE(sh.waitForFinished(-1));
+    EXPECT_EQ(sh.exitCode(), 0);
+    EXPECT_EQ(readFile(out), "tarn|/m/a b.mxf|/m/it's.mxf|/m/$HOME.mxf|");
+}
+
+TEST(ExternalHandoff, ExistingPathsFollowTheRowsAndLeaveOutMissingFiles) {
+    QTemporaryDir tmp;
+    QList<TarnItemPtr> items;
+    for (const char* name : {"a.mxf", "b.mxf", "c.mxf", "d.mxf"}) {
+        writeFile(tmp.path() + "/" + name, "x");
+        items.append(makeItem(tmp.path() + "/" + name));
+    }
+    QFile::remove(tmp.path() + "/c.mxf");  // gone since the scan
+    TarnCore core;
+    core.AddItemsFromArray(items);
+    core.LoadDefaults();
+    ASSERT_EQ(core.getItemsCount(), 4);
+    EXPECT_EQ(TarnExternalHandoff::existingPaths(core, {3, 0, 2, 0, 9}),
+              QStringList({tmp.path() + "/a.mxf", tmp.path() + "/d.mxf"}));
+    EXPECT_TRUE(TarnExternalHandoff::existingPaths(core, {}).isEmpty());
+}
+
+TEST(ExternalHandoff, DefaultScriptAndApplicationOfThisPlatform) {
+    const QString script = TarnPreferences::basescript();
+    ASSERT_FALSE(script.isEmpty());
+    EXPECT_TRUE(script.contains("\"$@\""));
+    EXPECT_EQ(TarnPreferences::defaultValue(TarnPreferences::kExtApplescript).toString(), script);
+    EXPECT_EQ(TarnPreferences::defaultValue(TarnPreferences::kExternalAppBundleID).toString(),
+              "mediainfo-gui");
+    // The default script is valid shell.
+    QProcess sh;
+    sh.start("/bin/sh", {"-n", "-c", script});
+    ASSERT_TRUE(sh.waitForFinished(-1));
+    EXPECT_EQ(sh.exitCode(), 0) << sh.readAllStandardError().toStdString();
+}
+
+}  // namespace

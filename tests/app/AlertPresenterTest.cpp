@@ -1,0 +1,243 @@
+#include <QApplication>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include "AppTestKit.h"
+#include "actions/TarnActionManager.h"
+#include "actions/TarnActionOperation.h"
+
+using namespace actiontest;
+using namespace apptest;
+
+namespace {
+
+// The buttons of a box from left to right.
+QStringList visualOrder(QMessageBox* box) {
+    QList<QAbstractButton*> buttons = box->buttons();
+    std::sort(buttons.begin(), buttons.end(), [box](QAbstractButton* a, QAbstractButton* b) {
+        return a->mapTo(box, QPoint()).x() < b->mapTo(box, QPoint()).x();
+    });
+    QStringList texts;
+    for (QAbstractButton* button : buttons) texts << button->text();
+    return texts;
+}
+
+TEST(AlertPresenter, EveryFormShowsItsButtonsInOrderAndAnswersByPosition) {
+    const QStringList five{"Skip All", "No", "Yes", "Yes to All", "Cancel"};
+    const struct {
+        std::function<int()> ask;
+        const char* buttons;
+        const char* press;
+        int expected;
+    } cases[] = {
+        {[] {
+             TarnAlert::ShowDialog_with_errorName("Not implemented", "Maybe");
+             return 0;
+         },
+         "OK", "OK", 0},
+        {[] { return TarnAlert::ShowDialog_with_YesNo("Really clear queue?", "Are you sure?"); },
+         "OK|Cancel", "Cancel", 1001},
+        {[] { return TarnAlert::ShowDialog_with_YesNo("Really clear queue?", "Are you sure?"); },
+         "OK|Cancel", "OK", 1000},
+        {[] { return TarnAlert::ShowDialog_with_NoYesYesToAll("File exists", "/t"); },
+         "No|Yes|Yes to All", "Yes to All", 1002},
+        {[] { return int(TarnAlert::ShowDialog_with_OkDoNotShowAgain("Error", "/t")); },
+         "Ok|Do NotShow Again", "Do NotShow Again", 0},
+        {[] { return int(TarnAlert::ShowDialog_with_OkDoNotShowAgain("Error", "/t")); },
+         "Ok|Do NotShow Again", "Ok", 1},
+        {[five] {
+             return TarnAlert::ShowDialog_with_buttons("File can not be moved.\nCopy?", "/s", five);
+         },
+         "Skip All|No|Yes|Yes to All|Cancel", "Yes to All", 1003},
+    };
+    for (const auto& c : cases) {
+        AnsweringPresenter answers(always(c.press));
+        QStringList order;
+        answers.onShown([&](QMessageBox* box, const TarnAlert::Request& request) {
+            order = visualOrder(box);
+            EXPECT_EQ(box->icon(), QMessageBox::Warning);
+            EXPECT_EQ(box->text(), request.message);
+            EXPECT_EQ(box->informativeText(), request.detail);
+            EXPECT_EQ(box->defaultButton()->text(), request.buttons.first());
+            for (QAbstractButton* button : box->buttons()) {
+                EXPECT_EQ(button->objectName(), button->text());
+                EXPECT_EQ(button->accessibleName(), button->text());
+            }
+        });
+        EXPECT_EQ(c.ask(), c.expected) << c.press;
+        EXPECT_EQ(answers.buttons(), QStringList({c.buttons}));
+        EXPECT_EQ(order.join('|'), c.buttons);
+        EXPECT_EQ(answers.presenter().openQuestions(), 0);
+    }
+}
+
+TEST(AlertPresenter, EscapeAnswersTheMostCautiousButton) {
+    const struct {
+        QStringList buttons;
+        int expected;
+    } cases[] = {
+        {{"No", "Yes", "Yes to All"}, 1000},
+        {{"Skip All", "No", "Yes", "Yes to All", "Cancel"}, 1004},
+        {{"OK", "Cancel"}, 1001},
+        {{"Ok", "Do NotShow Again"}, 1000},
+        {{"OK"}, 1000},
+        {{"Left", "Right"}, TarnAlert::kNoAnswer},  // Escape does nothing; dismissed
+    };
+    for (const auto& c : cases) {
+        AnsweringPresenter answers;
+        answers.onShown([&](QMessageBox* box, const TarnAlert::Request&) {
+            if (box->escapeButton())
+                QTest::keyClick(box, Qt::Key_Escape);
+            else
+                answers.presenter().dismissOpenQuestions();
+        });
+        EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "", c.buttons), c.expected)
+            << c.buttons.join('|').toStdString();
+    }
+}
+
+TEST(AlertPresenter, AWorkersQuestionIsAnsweredOnTheGuiThread) {
+    AnsweringPresenter answers(always("Yes"));
+    bool onGuiThread = false;
+    answers.onShown([&](QMessageBox*, const TarnAlert::Request&) {
+        onGuiThread = QThread::currentThread() == qApp->thread();
+    });
+    std::atomic<int> answer{-1};
+    std::thread worker([&] {
+        answer = TarnAlert::ShowDialog_with_NoYesYesToAll("File exists at destination.\nOverwrite?",
+                                                          "/dst/a.mxf", [] { return false; });
+    });
+    spinUntil([&] { return answer != -1; });
+    worker.join();
+    EXPECT_EQ(answer, TarnAlert::kSecondButton);
+    EXPECT_TRUE(onGuiThread);
+    EXPECT_EQ(answers.details(), QStringList({"/dst/a.mxf"}));
+}
+
+TEST(AlertPresenter, AQuestionCancelledBeforeItsTurnIsNeverShown) {
+    AnsweringPresenter answers(always("Yes"));
+    std::atomic<bool> cancelled{false};
+    std::atomic<int> answer{-1};
+    // The question is posted while the GUI thread is busy (this test does
+    // not run its events); the action is cancelled before it gets its turn.
+    std::thread worker([&] {
+        answer = TarnAlert::ShowDialog_with_NoYesYesToAll("Overwrite?", "/t",
+                                                          [&] { return cancelled.load(); });
+    });
+    QThread::msleep(20);
+    cancelled = true;
+    worker.join();  // gives up by itself, without the GUI thread
+    EXPECT_EQ(answer, TarnAlert::kNoAnswer);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(answers.messages().isEmpty());
+}
+
+TEST(AlertPresenter, AnOpenQuestionClosesWhenItsActionIsCancelled) {
+    AnsweringPresenter answers;  // nobody answers
+    std::atomic<bool> cancelled{false};
+    answers.onShown([&](QMessageBox*, const TarnAlert::Request&) { cancelled = true; });
+    std::atomic<int> answer{-1};
+    std::thread worker([&] {
+        answer = TarnAlert::ShowDialog_with_NoYesYesToAll("Overwrite?", "/t",
+                                                          [&] { return cancelled.load(); });
+    });
+    spinUntil([&] { return answer != -1 && answers.presenter().openQuestions() == 0; });
+    worker.join();
+    EXPECT_EQ(answer, TarnAlert::kNoAnswer);
+    EXPECT_EQ(answers.messages().size(), 1);
+}
+
+// Actions through the queue, as the window runs them.
+struct QueueFixture : ::testing::Test {
+    QTemporaryDir tmp;
+    QString src() const { return tmp.path() + "/Vol/Avid MediaFiles/MXF/1"; }
+    QString dst() const { return tmp.path() + "/Dst"; }
+    QString target(const QString& name) const { return dst() + "/Doc/MXF/" + name; }
+    TarnItemPtr file(const QString& name) {
+        EXPECT_TRUE(writeFile(src() + "/" + name, content(name)));
+        return makeItem(src() + "/" + name);
+    }
+    TarnActionOptions options(const QString& action, const QList<TarnItemPtr>& items) {
+        TarnActionOptions o(items);
+        o.Action = action;
+        o.Destination = dst();
+        o.Im_sure = true;
+        return o;
+    }
+};
+
+TEST_F(QueueFixture, AMovesOverwriteQuestionIsAnsweredThroughTheDialog) {
+    // A refused overwrite leaves the file "not moveable", which asks again.
+    const QString overwrite = "File exists at destination.\nOverwrite?";
+    const QString copyInstead = "File can not be moved.\nCopy?";
+    const struct {
+        const char* press;
+        bool moved;
+        QStringList asked;
+    } cases[] = {{"Yes", true, {overwrite}}, {"No", false, {overwrite, copyInstead}}};
+    for (const auto& c : cases) {
+        TarnItemPtr item = file("A.mxf");
+        ASSERT_TRUE(writeFile(target("A.mxf"), "old target"));
+        AnsweringPresenter answers(always(c.press));
+        TarnActionManager manager;
+        auto action = manager.SetUpNewActionWithOptions(options("Move", {item}));
+        spinUntil([&] { return action->Action_Operation()->isFinished(); });
+        EXPECT_EQ(answers.messages(), c.asked);
+        EXPECT_EQ(answers.details().value(0), target("A.mxf"));
+        EXPECT_EQ(readFile(target("A.mxf")), c.moved ? content("A.mxf") : "old target") << c.press;
+        EXPECT_EQ(QFileInfo::exists(src() + "/A.mxf"), !c.moved) << c.press;
+        QFile::remove(src() + "/A.mxf");
+    }
+}
+
+TEST_F(QueueFixture, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
+    TarnItemPtr a = file("A.mxf");
+    TarnItemPtr b = file("B.mxf");
+    ASSERT_TRUE(writeFile(target("A.mxf"), "old target"));
+    TarnActionManager manager;
+    bool cleared = false;
+    bool clearReturned = false;
+    AnsweringPresenter answers([&](const TarnAlert::Request& request) -> QString {
+        if (request.message == "Really clear queue?") return "OK";
+        // The worker waits on this box: clear the queue meanwhile.
+        cleared = manager.clearQueue();
+        clearReturned = true;
+        return QString();
+    });
+    auto action = manager.SetUpNewActionWithOptions(options("Copy", {a, b}));
+    spinUntil([&] { return clearReturned && answers.presenter().openQuestions() == 0; });
+    EXPECT_TRUE(cleared);
+    EXPECT_EQ(manager.numberOfRows(), 0);
+    EXPECT_TRUE(action->Action_Operation()->isFinished());
+    EXPECT_TRUE(action->Action_Operation()->isCancelled());
+    EXPECT_EQ(answers.messages(),
+              QStringList({"File exists at destination.\nOverwrite?", "Really clear queue?"}));
+    // Nothing overwritten, nothing half-written, nothing after the cancel.
+    EXPECT_EQ(readFile(target("A.mxf")), "old target");
+    EXPECT_EQ(entries(dst() + "/Doc/MXF"), QStringList({"A.mxf"}));
+}
+
+TEST_F(QueueFixture, ClosingThePresenterAnswersAWaitingWorkerCautiously) {
+    TarnItemPtr a = file("A.mxf");
+    ASSERT_TRUE(writeFile(target("A.mxf"), "old target"));
+    TarnActionManager manager;
+    auto answers = std::make_unique<AnsweringPresenter>();
+    std::shared_ptr<TarnActionManager::ActionPtr::element_type> action;
+    answers->onShown([&](QMessageBox*, const TarnAlert::Request&) {
+        QTimer::singleShot(0, [&] { answers.reset(); });
+    });
+    action = manager.SetUpNewActionWithOptions(options("Copy", {a}));
+    spinUntil([&] { return action->Action_Operation()->isFinished(); });
+    // "No": the old target stays.
+    EXPECT_EQ(readFile(target("A.mxf")), "old target");
+    EXPECT_TRUE(action->Action_Operation()->actionLog().contains(":: SKIPPING"));
+}
+
+}  // namespace

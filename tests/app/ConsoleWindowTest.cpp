@@ -1,0 +1,157 @@
+#include <QCoreApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTextBlock>
+#include <QTextDocument>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "console/xConsoleWindow.h"
+#include "console/xLog.h"
+#include "log/xConsole.h"
+
+namespace {
+
+class ConsoleWindowTest : public ::testing::Test {
+  protected:
+    void SetUp() override { window.Reset(); }
+    QString shown() {
+        window.flushLog();
+        return window.theLog()->toPlainText();
+    }
+    QTextCharFormat formatAt(const QString& text) {
+        QTextCursor cursor(window.theLog()->document());
+        cursor.setPosition(int(shown().indexOf(text)) + 1);
+        return cursor.charFormat();
+    }
+    void click(const char* button) {
+        window.findChild<QPushButton*>(QString::fromLatin1(button))->click();
+    }
+    xLog* log() { return window.theLog(); }
+
+    xConsoleWindow window;
+};
+
+}  // namespace
+
+TEST_F(ConsoleWindowTest, StartsHiddenWithNamedControls) {
+    EXPECT_FALSE(window.isVisible());
+    for (const char* name : {"theLog", "ConsoleSearchField", "HowManyFound", "GotoNextSelection",
+                             "pushHelp", "pushReadme", "pushClear"}) {
+        auto* control = window.findChild<QWidget*>(QString::fromLatin1(name));
+        ASSERT_NE(control, nullptr) << name;
+        EXPECT_EQ(control->accessibleName(), QString::fromLatin1(name));
+    }
+    window.showWindow();
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(ConsoleWindowTest, ShowsLoggedPiecesInOrderAndInTheirColours) {
+    xConsole::xPrint(QStringLiteral("plain line\n"));
+    xConsole::xPrint(QStringLiteral("red line\n"), QStringLiteral("red"));
+    xConsole::xPrint(QStringLiteral("green piece"), QStringLiteral("#00ff00"));
+    xConsole::xPrint(QStringLiteral(" and more green\n"), QStringLiteral("#00ff00"));
+    log()->addString(QStringLiteral("marked\n"), QColor(Qt::white), QColor(Qt::blue));
+    log()->addString(QString(), QColor(Qt::red));  // a null text adds nothing
+    EXPECT_EQ(shown(),
+              QStringLiteral("marked\nplain line\nred line\ngreen piece and more green\n"));
+    EXPECT_FALSE(formatAt(QStringLiteral("plain")).hasProperty(QTextFormat::ForegroundBrush));
+    EXPECT_EQ(formatAt(QStringLiteral("red line")).foreground().color(), QColor(Qt::red));
+    EXPECT_EQ(formatAt(QStringLiteral("more green")).foreground().color(), QColor(0, 255, 0));
+    EXPECT_FALSE(formatAt(QStringLiteral("red line")).hasProperty(QTextFormat::BackgroundBrush));
+    EXPECT_EQ(formatAt(QStringLiteral("marked")).background().color(), QColor(Qt::blue));
+    EXPECT_TRUE(formatAt(QStringLiteral("plain")).font().fixedPitch());
+    EXPECT_EQ(log()->lineWrapMode(), QPlainTextEdit::NoWrap);
+}
+
+// Lines from another thread arrive through the event loop, unasked.
+TEST_F(ConsoleWindowTest, LinesFromOtherThreadsArriveInOrder) {
+    constexpr int kLines = 20000;
+    std::thread([] {
+        for (int i = 0; i < kLines; ++i) xConsole::xPrint(QStringLiteral("line %1\n").arg(i));
+    }).join();
+    xConsole::sharedInstance()->flush();
+    QTextDocument* document = log()->document();
+    while (document->blockCount() <= kLines) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    EXPECT_EQ(document->findBlockByNumber(0).text(), QStringLiteral("line 0"));
+    EXPECT_EQ(document->findBlockByNumber(kLines - 1).text(), QStringLiteral("line 19999"));
+}
+
+TEST_F(ConsoleWindowTest, SearchSelectsEveryLiteralCaseSensitiveHit) {
+    const struct {
+        const char* log;
+        const char* needle;
+        int hits;
+        const char* counter;
+    } cases[] = {
+        {"aaaa", "aa", 2, "2 found"},  // hits don't overlap
+        {"Scan one\nscan two\nScan three\nScan", "Scan", 3, "3 found"},
+        {"a.b axb a.b", "a.b", 2, "2 found"},  // literal, not a pattern
+        {"nothing here", "missing", 0, ""},
+        {"some text", "", 0, ""},
+    };
+    for (const auto& c : cases) {
+        window.Reset();
+        xConsole::xPrint(QString::fromLatin1(c.log));
+        shown();
+        window.searchField()->setText(QString::fromLatin1(c.needle));
+        EXPECT_EQ(log()->hits().size(), c.hits) << c.log;
+        EXPECT_EQ(window.HowManyFound()->text(), QString::fromLatin1(c.counter));
+        for (const QTextCursor& hit : log()->hits()) {
+            EXPECT_EQ(hit.selectedText(), QString::fromLatin1(c.needle));
+        }
+        window.searchField()->clear();
+    }
+}
+
+TEST_F(ConsoleWindowTest, NextHitGoesRoundAfterTheLast) {
+    xConsole::xPrint(QStringLiteral("one hit\ntwo hit\nthree hit\n"));
+    shown();
+    click("GotoNextSelection");  // nothing searched: nothing happens
+    EXPECT_EQ(log()->currentselectionindex(), 0);
+    window.searchField()->setText(QStringLiteral("hit"));
+    QList<int> visited;
+    for (int i = 0; i < 4; ++i) {
+        click("GotoNextSelection");
+        visited.append(log()->currentselectionindex());
+        EXPECT_EQ(log()->textCursor().position(),
+                  log()->hits().at(visited.last()).selectionStart());
+    }
+    EXPECT_EQ(visited, QList<int>({1, 2, 0, 1}));
+    QMetaObject::invokeMethod(window.searchField(), "returnPressed");  // Return steps too
+    EXPECT_EQ(log()->currentselectionindex(), 2);
+}
+
+TEST_F(ConsoleWindowTest, ClearHelpAndReadme) {
+    xConsole::xPrint(QStringLiteral("before\n"));
+    shown();
+    window.searchField()->setText(QStringLiteral("before"));
+    click("pushClear");
+    EXPECT_TRUE(shown().isEmpty());
+    EXPECT_TRUE(xConsole::sharedInstance()->contents().isEmpty());
+    EXPECT_TRUE(log()->hits().isEmpty());
+    EXPECT_TRUE(window.HowManyFound()->text().isEmpty());
+
+    click("pushHelp");
+    EXPECT_TRUE(shown().contains(QLatin1String("Ctrl+Shift = Subtract")));
+    click("pushReadme");
+    EXPECT_TRUE(shown().startsWith(QLatin1String("Tarn\nTarn keeps track of the media")));
+    xConsole::xPrint(QStringLiteral("after\n"));
+    EXPECT_TRUE(shown().endsWith(QLatin1String("after\n")));
+}
+
+// A reset from another thread empties the view too, lines logged before it
+// included.
+TEST_F(ConsoleWindowTest, ResetFromAnotherThreadEmptiesTheView) {
+    std::thread([] {
+        xConsole::xPrint(QStringLiteral("old line\n"));
+        xConsole::sharedInstance()->Reset();
+    }).join();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(shown().contains(QLatin1String("old line")));
+}

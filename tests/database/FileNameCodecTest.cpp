@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QUrl>
+
+#include "DatabaseTestSupport.h"
+#include "TestSupport.h"
+#include "support/TarnFileName.h"
+#include "support/TarnUtilities.h"
+
+// The file-name codec: bytes -> text -> the same bytes, whatever the bytes.
+namespace {
+
+struct CodecCase {
+    const char* label;
+    QByteArray bytes;
+    bool raw;          // holds bytes that are not UTF-8
+    int replacements;  // U+FFFD in the shown text
+};
+
+TEST(FileNameCodec, EveryNameComesBackByteForByte) {
+    const CodecCase cases[] = {
+        {"empty", QByteArray(), false, 0},
+        {"ascii", "plain_Clip 01.mxf", false, 0},
+        {"utf-8 e acute", "caf\xC3\xA9.mxf", false, 0},
+        {"utf-8 four bytes", "clip \xF0\x9F\x8E\xAC.wav", false, 0},
+        {"utf-8 noncharacter U+FFFE", "a\xEF\xBF\xBE", false, 0},
+        {"latin-1 e acute", "caf\xE9.mxf", true, 1},
+        {"folder of two bad bytes", "\xFF\xFE_folder", true, 2},
+        {"overlong slash", "a\xC0\xAF", true, 2},
+        {"encoded surrogate", "\xED\xA0\x80x", true, 3},
+        {"an escape's own UTF-8", "\xED\xB3\xA9", true, 3},
+        {"cut sequence", "euro\xE2\x82", true, 2},
+        {"above U+10FFFF", "\xF4\x90\x80\x80", true, 4},
+        {"lone continuation", "\x80", true, 1},
+    };
+    for (const CodecCase& c : cases) {
+        SCOPED_TRACE(c.label);
+        const QString text = TarnFileName::decode(c.bytes);
+        EXPECT_EQ(TarnFileName::encode(text), c.bytes);
+        EXPECT_EQ(TarnFileName::holdsRawBytes(text), c.raw);
+        if (!c.raw) {
+            EXPECT_EQ(text, QString::fromUtf8(c.bytes));
+        }
+        const QString shown = TarnFileName::displayText(text);
+        EXPECT_EQ(shown.count(QChar(0xFFFD)), c.replacements);
+        EXPECT_FALSE(TarnFileName::holdsRawBytes(shown));
+    }
+}
+
+struct PercentCase {
+    const char* text;
+    QByteArray bytes;  // what the text stands for
+};
+
+TEST(FileNameCodec, PercentEscapesBecomeBytesAndLoneSignsStay) {
+    const PercentCase cases[] = {
+        {"Mix 100%.wav", "Mix 100%.wav"},   {"a%41b.wav", "aAb.wav"},
+        {"Clip%20One.wav", "Clip One.wav"}, {"%%", "%%"},
+        {"trailing%", "trailing%"},         {"one%4", "one%4"},
+        {"caf%E9.mxf", "caf\xE9.mxf"},      {"caf%c3%a9", "caf\xC3\xA9"},
+    };
+    for (const PercentCase& c : cases) {
+        SCOPED_TRACE(c.text);
+        const QString decoded = TarnFileName::removingPercentEncoding(QString::fromLatin1(c.text));
+        EXPECT_EQ(TarnFileName::encode(decoded), c.bytes);
+        EXPECT_EQ(TarnUtilities::stringByRemovingPercentEncoding(QString::fromLatin1(c.text)),
+                  decoded);
+    }
+}
+
+TEST(FileNameCodec, UrlTextOfAPathGivesTheNameBack) {
+    for (const QByteArray& name :
+         {QByteArray("Mix 100%.wav"), QByteArray("a%41b.wav"), QByteArray("Clip%20One.wav"),
+          QByteArray("%%"), QByteArray("end%"), QByteArray("caf\xE9.mxf"),
+          QByteArray("(take 2) & more;=@+.mxf")}) {
+        SCOPED_TRACE(name.constData());
+        const QString path = QStringLiteral("/Volumes/Media/") + TarnFileName::decode(name);
+        const QString url = TarnFileName::urlText(path);
+        EXPECT_TRUE(url.startsWith(QLatin1String("file:///Volumes/Media/")));
+        const QString last = url.mid(url.lastIndexOf(QLatin1Char('/')) + 1);
+        EXPECT_EQ(TarnFileName::encode(TarnFileName::removingPercentEncoding(last)), name);
+        EXPECT_EQ(TarnFileName::pathFromUrlText(url), path);
+        // Names that Qt can represent read as Qt writes their URLs.
+        if (!TarnFileName::holdsRawBytes(path)) {
+            EXPECT_EQ(url, QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded));
+        }
+    }
+}
+
+TEST(FileNameCodec, FilesWithRawNamesOpenAndTheirFoldersAreFound) {
+    testsupport::TempDir dir;
+    const QString folder = dir.path() + QLatin1Char('/') + TarnFileName::decode("\xFF\xFE_folder");
+    const QString file = folder + QLatin1Char('/') + TarnFileName::decode("caf\xE9.mxf");
+    ASSERT_TRUE(fixtures::writeFile(file, "media"));
+    QFile in;
+    ASSERT_TRUE(TarnFileName::open(in, file, QIODevice::ReadOnly));
+    EXPECT_EQ(in.readAll(), "media");
+    // Qt's own classes are asked only about the part of the path they can reach.
+    EXPECT_EQ(TarnFileName::plainAncestor(file), dir.path());
+    EXPECT_EQ(TarnFileName::plainAncestor(dir.path()), dir.path());
+}
+
+}  // namespace
