@@ -133,8 +133,6 @@ TEST_F(AVBFileTest, TheChunkDumpGoesToTheLogAndGivesNothing) {
     testsupport::LogCapture log;
     EXPECT_TRUE(bin.getAMAUIDS().isEmpty());
     const QString text = log.text();
-    EXPECT_TRUE(text.contains(QStringLiteral(":: avb::0001::Bin header matched pattern\n")));
-    EXPECT_TRUE(text.contains(QStringLiteral(":: <Domain>\n")));
     // The creator text is read from its length field on, as the bin stores it.
     EXPECT_TRUE(text.contains(QStringLiteral(":: <00000008 :: DJBO, len 0x6f> created with \"")));
     EXPECT_TRUE(text.contains(QStringLiteral("Media Compos\"\n")));
