@@ -126,19 +126,6 @@ TEST_F(CoreViewTest, SelectedRowsGiveTheirItemsAndSize) {
     EXPECT_EQ(core.ObjectAtIndexFiltered(3), nullptr);
 }
 
-TEST_F(CoreViewTest, ClearEmptiesEverything) {
-    load({makeItem(1, "a.mxf", "P", 10)});
-    TarnFilter::sharedFilter()->setFilterFlagAudioMedia(true);
-    core.calculateSelectedSize({0});
-    core.clear();
-    EXPECT_EQ(core.getAllItemsCount(), 0);
-    EXPECT_EQ(core.getItemsCount(), 0);
-    EXPECT_EQ(core.getProjectsCount(), 0);
-    EXPECT_EQ(core.FilteredItemsSize(), 0u);
-    EXPECT_EQ(core.SelectedItemsSize(), 0u);
-    EXPECT_FALSE(TarnFilter::sharedFilter()->filterFlagAudioMedia());
-}
-
 TEST_F(CoreViewTest, MakeUniqueKeepsTheFirstOfEqualItemsAndWarnsOnce) {
     auto first = makeItem(7, "a.mxf", "first");
     auto again = makeItem(7, "a.mxf", "second");

@@ -1,116 +1,99 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "DatabaseTestSupport.h"
 
 using dbtest::makeItem;
 
 namespace {
 
-class FilterTest : public ::testing::Test, public dbtest::DatabaseTest {
-  protected:
+class FilterTest : public ::testing::Test, public dbtest::DatabaseTest {};
+
+// Three stages, all of which must pass: the type stage lets through any
+// enabled type, the problem stage needs one enabled problem, the search looks
+// in bin name, file name, project (with its fall-back name) and path,
+// ignoring case. Nothing enabled lets everything through.
+TEST_F(FilterTest, EveryStageMustPass) {
+    auto audio = [](TarnItemPtr item) {
+        std::memcpy(item->CompressionFourCC, "_AUD", 4);
+        return item;
+    };
+    auto set = [](TarnItemPtr item, const std::function<void(TarnDatabaseItem&)>& change) {
+        change(*item);
+        return item;
+    };
+    const QList<TarnItemPtr> items = {
+        makeItem(1, "plain.mxf", "P"),
+        set(makeItem(2, "imported.mxf", "P"), [](auto& i) { i.DB_usageCode = 15; }),
+        set(makeItem(3, "precompute.mxf", "P"), [](auto& i) { i.DB_usageCode = 1; }),
+        audio(set(makeItem(4, "apre.wav", "P"), [](auto& i) { i.DB_usageCode = 1; })),
+        audio(set(makeItem(5, "voice.wav", "P"), [](auto& i) { i.DB_isReferenced = false; })),
+        set(makeItem(6, "np.mxf", "P"), [](auto& i) { i.DB_isPortableFilename = false; }),
+        set(makeItem(7, "bad.mxf", "P"), [](auto& i) { i.DB_isGoodUUID = false; }),
+        set(makeItem(8, "a.mxf", "P"), [](auto& i) { i.DB_NameInBin = "Interview TAKE 3"; }),
+        makeItem(9, "take_b.mxf", "P"),
+        makeItem(10, "c.mxf", "BIGTAKEPROJECT"),
+        set(makeItem(11, "d.mxf", "P"), [](auto& i) { i.DB_itemPath = "/Vol/Takes/d.mxf"; }),
+        makeItem(12, "f.mxf"),
+    };
     TarnFilter* filter = TarnFilter::sharedFilter();
-};
-
-TarnItemPtr withUsage(TarnItemPtr item, qint32 usage) {
-    item->DB_usageCode = usage;
-    return item;
-}
-
-TarnItemPtr audio(TarnItemPtr item) {
-    std::memcpy(item->CompressionFourCC, "_AUD", 4);
-    return item;
-}
-
-TEST_F(FilterTest, TypeStageLetsThroughAnyEnabledType) {
-    auto plain = makeItem(1, "plain.mxf");
-    auto imported = withUsage(makeItem(2, "imp.mxf"), 15);
-    auto precompute = withUsage(makeItem(3, "pre.mxf"), 1);
-    auto audioPrecompute = audio(withUsage(makeItem(4, "apre.wav"), 1));
-    auto sound = audio(makeItem(5, "a.wav"));
-
-    // Nothing on: everything passes.
-    for (auto& item : {plain, imported, precompute, audioPrecompute, sound})
-        EXPECT_TRUE(filter->itemPassFilter(item.get()));
-
-    filter->setFilterFlagPrecomputes(true);
-    filter->setFilterFlagAudioMedia(true);
-    EXPECT_FALSE(filter->itemPassFilter(plain.get()));
-    EXPECT_FALSE(filter->itemPassFilter(imported.get()));
-    EXPECT_TRUE(filter->itemPassFilter(precompute.get()));
-    EXPECT_TRUE(filter->itemPassFilter(audioPrecompute.get()));
-    EXPECT_TRUE(filter->itemPassFilter(sound.get()));
-
-    filter->ResetFilter();
-    filter->setFilterFlagImportedMedia(true);
-    EXPECT_TRUE(filter->itemPassFilter(imported.get()));
-    EXPECT_FALSE(filter->itemPassFilter(precompute.get()));
-    EXPECT_FALSE(filter->itemPassFilter(nullptr));
-}
-
-TEST_F(FilterTest, SearchLooksInFourFieldsIgnoringCase) {
-    auto byBinName = makeItem(1, "a.mxf", "P");
-    byBinName->DB_NameInBin = QStringLiteral("Interview TAKE 3");
-    auto byFileName = makeItem(2, "take_b.mxf", "P");
-    auto byProject = makeItem(3, "c.mxf", "BIGTAKEPROJECT");
-    auto byPath = makeItem(4, "d.mxf", "P");
-    byPath->DB_itemPath = QStringLiteral("/Vol/Takes/d.mxf");
-    auto none = makeItem(5, "e.mxf", "P");
-    // The fall-back project names are searched too.
-    auto nullProject = makeItem(6, "f.mxf");
-
-    filter->setFilterString(QStringLiteral("take"));
-    for (auto& item : {byBinName, byFileName, byProject, byPath})
-        EXPECT_TRUE(filter->itemPassFilter(item.get())) << item->DB_ClipName.toStdString();
-    EXPECT_FALSE(filter->itemPassFilter(none.get()));
-    EXPECT_FALSE(filter->itemPassFilter(nullProject.get()));
-
-    filter->setFilterString(QStringLiteral("_null_project"));
-    EXPECT_TRUE(filter->itemPassFilter(nullProject.get()));
-
-    // An empty text is no search at all.
-    filter->setFilterString(QString(""));
-    EXPECT_TRUE(filter->itemPassFilter(none.get()));
-}
-
-TEST_F(FilterTest, ProblemStageNeedsOneEnabledProblem) {
-    auto unreferenced = makeItem(1, "u.mxf");
-    unreferenced->DB_isReferenced = false;
-    auto clean = makeItem(2, "c.mxf");
-    auto nonPortable = makeItem(3, "n.mxf");
-    nonPortable->DB_isPortableFilename = false;
-    auto badUmid = makeItem(4, "b.mxf");
-    badUmid->DB_isGoodUUID = false;
-
-    filter->setFilterFlagNonPortableFiles(true);
-    filter->setFilterFlagUnreferenced(true);
-    EXPECT_TRUE(filter->itemPassFilter(unreferenced.get()));
-    EXPECT_TRUE(filter->itemPassFilter(nonPortable.get()));
-    EXPECT_FALSE(filter->itemPassFilter(clean.get()));
-    EXPECT_FALSE(filter->itemPassFilter(badUmid.get()));
-
-    filter->setFilterFlagBadUMID(true);
-    EXPECT_TRUE(filter->itemPassFilter(badUmid.get()));
-}
-
-TEST_F(FilterTest, AllThreeStagesMustPass) {
-    auto item = audio(makeItem(1, "voice.wav", "Doc"));
-    item->DB_isReferenced = false;
-    filter->setFilterFlagAudioMedia(true);
-    filter->setFilterFlagUnreferenced(true);
-    filter->setFilterString(QStringLiteral("VOICE"));
-    EXPECT_TRUE(filter->itemPassFilter(item.get()));
-
-    filter->setFilterString(QStringLiteral("music"));
-    EXPECT_FALSE(filter->itemPassFilter(item.get()));
-
-    filter->setFilterString(QString());
-    item->DB_isReferenced = true;
-    EXPECT_FALSE(filter->itemPassFilter(item.get()));
-
-    filter->ResetFilter();
-    EXPECT_FALSE(filter->filterFlagAudioMedia());
-    EXPECT_TRUE(filter->filterString().isEmpty());
-    EXPECT_TRUE(filter->itemPassFilter(item.get()));
+    struct Case {
+        const char* label;
+        std::function<void()> setUp;
+        QStringList passing;  // "*": every item
+    };
+    const Case cases[] = {
+        {"nothing enabled", [] {}, {"*"}},
+        {"an empty search", [&] { filter->setFilterString(QString("")); }, {"*"}},
+        {"precomputes or audio",
+         [&] {
+             filter->setFilterFlagPrecomputes(true);
+             filter->setFilterFlagAudioMedia(true);
+         },
+         {"precompute.mxf", "apre.wav", "voice.wav"}},
+        {"imported", [&] { filter->setFilterFlagImportedMedia(true); }, {"imported.mxf"}},
+        {"non-portable or unreferenced",
+         [&] {
+             filter->setFilterFlagNonPortableFiles(true);
+             filter->setFilterFlagUnreferenced(true);
+         },
+         {"voice.wav", "np.mxf"}},
+        {"bad UMID", [&] { filter->setFilterFlagBadUMID(true); }, {"bad.mxf"}},
+        {"search",
+         [&] { filter->setFilterString("take"); },
+         {"a.mxf", "take_b.mxf", "c.mxf", "d.mxf"}},
+        {"search a fall-back project name",
+         [&] { filter->setFilterString("_null_project"); },
+         {"f.mxf"}},
+        {"audio, unreferenced and a search",
+         [&] {
+             filter->setFilterFlagAudioMedia(true);
+             filter->setFilterFlagUnreferenced(true);
+             filter->setFilterString("VOICE");
+         },
+         {"voice.wav"}},
+        {"audio, unreferenced and another search",
+         [&] {
+             filter->setFilterFlagAudioMedia(true);
+             filter->setFilterFlagUnreferenced(true);
+             filter->setFilterString("apre");
+         },
+         {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.label);
+        filter->ResetFilter();
+        c.setUp();
+        QStringList passing;
+        for (const auto& item : items)
+            if (filter->itemPassFilter(item.get())) passing << item->DB_ClipName;
+        if (c.passing == QStringList{"*"})
+            EXPECT_EQ(passing.size(), items.size());
+        else
+            EXPECT_EQ(passing, c.passing);
+        EXPECT_FALSE(filter->itemPassFilter(nullptr));
+    }
 }
 
 }  // namespace

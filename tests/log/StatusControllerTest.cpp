@@ -7,6 +7,7 @@
 
 #include "TestSupport.h"
 #include "status/TarnStatusViewController.h"
+#include "status/TarnVolumeSelector.h"
 
 namespace {
 
@@ -18,79 +19,39 @@ TarnStatusViewController* controller() {
 
 }  // namespace
 
-TEST(StatusWheels, SixteenThenNone) {
+// Sixteen wheels, handed out started in pool order (the first free one wins),
+// then none. Returning one twice counts twice until StopAllWheels, though no
+// more is free.
+TEST(StatusWheels, SixteenThenNoneAndReturnedWheelsComeBack) {
     auto* c = controller();
-    EXPECT_EQ(TarnStatusViewController::getTheController(), c);
-    EXPECT_EQ(c->wheelsleft(), 16);
-    std::set<TarnStatusWheel*> taken;
+    std::vector<TarnStatusWheel*> wheels;
     for (int i = 0; i < 16; ++i) {
-        TarnStatusWheel* wheel = c->Status_GetProgressWheel();
-        ASSERT_NE(wheel, nullptr);
-        // Handed out in pool order, started.
-        EXPECT_EQ(wheel->index(), i);
-        EXPECT_EQ(wheel, c->wheelAt(i));
-        EXPECT_FALSE(wheel->isFree());
-        EXPECT_TRUE(wheel->state().animating);
-        taken.insert(wheel);
+        wheels.push_back(c->Status_GetProgressWheel());
+        ASSERT_EQ(wheels.back(), c->wheelAt(i));
+        EXPECT_TRUE(wheels.back()->state().animating);
     }
-    EXPECT_EQ(taken.size(), 16u);
-    EXPECT_EQ(c->wheelsleft(), 0);
-
     testsupport::LogCapture log;
     EXPECT_EQ(c->Status_GetProgressWheel(), nullptr);
     EXPECT_EQ(log.count(QStringLiteral(" :: NowheelsLeft\n")), 1);
-    EXPECT_TRUE(log.text().startsWith(
-        "(TarnStatusViewController::Status_GetProgressWheel) (TarnStatusViewController.cpp:"));
-    EXPECT_EQ(c->wheelsleft(), 0);
-}
 
-TEST(StatusWheels, AReturnedWheelIsHandedOutAgain) {
-    auto* c = controller();
-    std::vector<TarnStatusWheel*> wheels;
-    for (int i = 0; i < 16; ++i) wheels.push_back(c->Status_GetProgressWheel());
-    TarnStatusWheel* five = wheels[5];
-    five->setIndeterminate(false);
-    five->setDoubleValue(40);
-    c->Status_DeleteProgressWheel(five);
-    EXPECT_EQ(c->wheelsleft(), 1);
-    EXPECT_TRUE(five->isFree());
-    EXPECT_FALSE(five->state().animating);
-    EXPECT_TRUE(five->state().indeterminate);
-
-    EXPECT_EQ(c->Status_GetProgressWheel(), five);
-    EXPECT_TRUE(five->state().animating);
-    EXPECT_EQ(c->wheelsleft(), 0);
-
-    // The first free wheel in pool order wins.
+    wheels[5]->setIndeterminate(false);
     c->Status_DeleteProgressWheel(wheels[9]);
-    c->Status_DeleteProgressWheel(wheels[2]);
-    EXPECT_EQ(c->Status_GetProgressWheel(), wheels[2]);
+    c->Status_DeleteProgressWheel(wheels[5]);
+    c->Status_DeleteProgressWheel(nullptr);
+    EXPECT_EQ(c->wheelsleft(), 2);
+    EXPECT_FALSE(wheels[5]->state().animating);
+    EXPECT_TRUE(wheels[5]->state().indeterminate);
+    EXPECT_EQ(c->Status_GetProgressWheel(), wheels[5]);
     EXPECT_EQ(c->Status_GetProgressWheel(), wheels[9]);
 
-    c->Status_DeleteProgressWheel(nullptr);
-    EXPECT_EQ(c->wheelsleft(), 0);
-}
-
-TEST(StatusWheels, ReturningTwiceCountsTwiceUntilStopAll) {
-    auto* c = controller();
-    std::vector<TarnStatusWheel*> wheels;
-    for (int i = 0; i < 16; ++i) wheels.push_back(c->Status_GetProgressWheel());
     c->Status_DeleteProgressWheel(wheels[3]);
     c->Status_DeleteProgressWheel(wheels[3]);
-    EXPECT_EQ(c->wheelsleft(), 2);
     EXPECT_EQ(c->Status_GetProgressWheel(), wheels[3]);
-    // The count says one is left, but none is free.
     EXPECT_EQ(c->wheelsleft(), 1);
-    testsupport::LogCapture log;
     EXPECT_EQ(c->Status_GetProgressWheel(), nullptr);
-    EXPECT_TRUE(log.contains(QStringLiteral("NowheelsLeft")));
-
     c->StopAllWheels();
     EXPECT_EQ(c->wheelsleft(), 16);
-    for (TarnStatusWheel* wheel : wheels) {
-        EXPECT_TRUE(wheel->isFree());
-        EXPECT_FALSE(wheel->state().animating);
-    }
+    for (TarnStatusWheel* wheel : wheels) EXPECT_TRUE(wheel->isFree());
 }
 
 TEST(StatusWheels, PoolStaysConsistentUnderConcurrentUse) {
@@ -112,31 +73,34 @@ TEST(StatusWheels, PoolStaysConsistentUnderConcurrentUse) {
     for (int i = 0; i < 16; ++i) EXPECT_TRUE(c->wheelAt(i)->isFree());
 }
 
-TEST(StatusText, NullTextIsIgnoredAndChangesAreAnnounced) {
+// A null text is ignored; the busy flag announces changes only.
+TEST(StatusText, ChangesAreAnnounced) {
     auto* c = controller();
+    c->setIsRunning(false);
     QStringList announced;
-    auto connection = QObject::connect(c, &TarnStatusViewController::textChanged,
-                                       [&](const QString& text) { announced << text; });
+    auto texts = QObject::connect(c, &TarnStatusViewController::textChanged,
+                                  [&](const QString& text) { announced << text; });
+    auto running = QObject::connect(c, &TarnStatusViewController::runningChanged,
+                                    [&](bool on) { announced << (on ? "running" : "idle"); });
     c->Status_SetTextWithString(QStringLiteral("Execution Time: 1.5"));
     c->Status_SetTextWithString(QString());
     EXPECT_EQ(c->statusText(), "Execution Time: 1.5");
     c->Status_SetTextWithString(QLatin1String(""));
-    EXPECT_EQ(c->statusText(), "");
-    EXPECT_EQ(announced, (QStringList{"Execution Time: 1.5", ""}));
-    QObject::disconnect(connection);
+    c->setIsRunning(true);
+    c->setIsRunning(true);
+    c->setIsRunning(false);
+    EXPECT_EQ(announced, (QStringList{"Execution Time: 1.5", "", "running", "idle"}));
+    QObject::disconnect(texts);
+    QObject::disconnect(running);
 }
 
-TEST(StatusText, BusyFlagAnnouncesChangesOnly) {
-    auto* c = controller();
-    c->setIsRunning(false);
-    QList<bool> changes;
-    auto connection = QObject::connect(c, &TarnStatusViewController::runningChanged,
-                                       [&](bool running) { changes << running; });
-    c->setIsRunning(true);
-    c->setIsRunning(true);
-    EXPECT_TRUE(c->isRunning());
-    c->setIsRunning(false);
-    EXPECT_FALSE(c->isRunning());
-    EXPECT_EQ(changes, (QList<bool>{true, false}));
-    QObject::disconnect(connection);
+TEST(VolumeSelector, ChecksStartOnAndTheResultKeepsTheOrder) {
+    TarnVolumeSelector selector({"/Volumes/A", "/Volumes/B", "/Volumes/C"});
+    selector.setCheck(1, false);
+    EXPECT_EQ(selector.createResultingArray(), QStringList({"/Volumes/A", "/Volumes/C"}));
+    EXPECT_EQ(selector.delectDeselectAll(false), "Select all");
+    EXPECT_TRUE(selector.createResultingArray().isEmpty());
+    EXPECT_EQ(selector.delectDeselectAll(true), "Deselect all");
+    EXPECT_EQ(selector.createResultingArray().size(), 3);
+    EXPECT_TRUE(selector.volumeAt(3).isNull());
 }

@@ -40,23 +40,22 @@ class AVBFileTest : public ::testing::Test {
 };
 
 TEST_F(AVBFileTest, TheHeaderAndSizeDecideWhatIsABin) {
-    testsupport::LogCapture log;
-    AVBFile bin;
-    EXPECT_FALSE(bin.dataWithContentsOfURL(write(paddedHeader(118))));
-    EXPECT_FALSE(log.contains(QStringLiteral("Opened avid BIN")));
-
-    const QString path = write(paddedHeader(119));
-    EXPECT_TRUE(bin.dataWithContentsOfURL(path));
-    EXPECT_TRUE(log.contains(QStringLiteral("Opened avid BIN %1").arg(path)));
-
-    QByteArray wrongFirst = paddedHeader(400);
+    QByteArray wrongFirst = paddedHeader(400), wrongTag = paddedHeader(400);
     wrongFirst[0] = 0x07;
-    EXPECT_FALSE(bin.dataWithContentsOfURL(write(wrongFirst)));
-    QByteArray wrongTag = paddedHeader(400);
     wrongTag[11] = 'X';
-    EXPECT_FALSE(bin.dataWithContentsOfURL(write(wrongTag)));
-    EXPECT_FALSE(bin.dataWithContentsOfURL(dir.filePath(QStringLiteral("missing.avb"))));
-    EXPECT_TRUE(bin.getUIDS().isEmpty()) << "a refused file leaves nothing to scan";
+    const std::pair<QString, bool> cases[] = {
+        {write(paddedHeader(118)), false},    {write(paddedHeader(119)), true},
+        {write(wrongFirst), false},           {write(wrongTag), false},
+        {dir.filePath("missing.avb"), false},
+    };
+    for (const auto& [path, taken] : cases) {
+        SCOPED_TRACE(path.toStdString());
+        testsupport::LogCapture log;
+        AVBFile bin;
+        EXPECT_EQ(bin.dataWithContentsOfURL(path), taken);
+        EXPECT_EQ(log.contains(QStringLiteral("Opened avid BIN %1").arg(path)), taken);
+        EXPECT_TRUE(bin.getUIDS().isEmpty());
+    }
 }
 
 TEST_F(AVBFileTest, FindsEveryReferenceWithItsShortIdentifier) {
@@ -74,7 +73,7 @@ TEST_F(AVBFileTest, FindsEveryReferenceWithItsShortIdentifier) {
     }
 }
 
-TEST_F(AVBFileTest, ReferencesToTheSameFileGiveOneItem) {
+TEST_F(AVBFileTest, OneItemPerReferencedFileOfTheMediaKind) {
     AVBFile bin;
     ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBin({7, 9, 7, 7, 9, 11}))));
     EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{7, 9, 11}));
@@ -85,10 +84,8 @@ TEST_F(AVBFileTest, ReferencesToTheSameFileGiveOneItem) {
     const auto items = bin.getUIDS();
     ASSERT_EQ(items.size(), 2);
     EXPECT_EQ(items[0]->hash(), items[1]->hash());
-}
 
-TEST_F(AVBFileTest, OnlyTheMediaReferenceKindCounts) {
-    AVBFile bin;
+    // Only the media reference kind counts.
     ASSERT_TRUE(bin.dataWithContentsOfURL(write(
         fixtures::writeBinReferences(QList<AvbReference>{{1, 0x0203}, {2, 0x0202}, {3, 0x0102}}))));
     EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{2}));
@@ -136,8 +133,6 @@ TEST_F(AVBFileTest, TheChunkDumpGoesToTheLogAndGivesNothing) {
     testsupport::LogCapture log;
     EXPECT_TRUE(bin.getAMAUIDS().isEmpty());
     const QString text = log.text();
-    EXPECT_TRUE(text.contains(QStringLiteral(":: avb::0001::Bin header matched pattern\n")));
-    EXPECT_TRUE(text.contains(QStringLiteral(":: <Domain>\n")));
     // The creator text is read from its length field on, as the bin stores it.
     EXPECT_TRUE(text.contains(QStringLiteral(":: <00000008 :: DJBO, len 0x6f> created with \"")));
     EXPECT_TRUE(text.contains(QStringLiteral("Media Compos\"\n")));
@@ -188,15 +183,6 @@ TEST_F(AVBFileTest, TheOlderScanMarksLinkedMediaAndLogsEveryHit) {
     EXPECT_TRUE(text.contains(QStringLiteral(":: 55667788 11223344 Found at pos ")));
     EXPECT_TRUE(text.contains(QStringLiteral(":: 0000000a 00000000 Found at pos ")));
     EXPECT_EQ(text.count(QStringLiteral("Found at pos")), 2);
-}
-
-TEST(AVBFileHex, EveryFourthByteIsFollowedByABar) {
-    const QByteArray bytes = QByteArray::fromHex("000102030a0bff");
-    EXPECT_EQ(AVBFile::hexlifyRawBytes(bytes.constData(), bytes.size()),
-              QStringLiteral("00 01 02 03 | 0a 0b ff "));
-    EXPECT_EQ(AVBFile::hexlifyRawBytes(bytes.constData(), 4), QStringLiteral("00 01 02 03 | "));
-    EXPECT_EQ(AVBFile::hexlifyRawBytes(bytes.constData(), 0), QString());
-    EXPECT_EQ(AVBFile::hexlifyRawBytes(nullptr, 3), QString());
 }
 
 }  // namespace

@@ -4,27 +4,37 @@
 #include "OmfTestFile.h"
 #include "TestSupport.h"
 
+// Attribute lists (66190), descriptors (66355) and source references (66550)
+// name objects by numbers in the label's byte order; list records are taken
+// as stored.
 TEST(OmfMediaDatabase, CompletesPictureAndAudioItemsInBothByteOrders) {
+    fixtures::MdbClip imported = pictureClip(1);
+    imported.imported = true;
+    fixtures::MdbClip throughSource = audioClip(2);
+    throughSource.projectSourceUIDSize = 32;
+    throughSource.project = QStringLiteral("Through Source");
     for (bool bigEndian : {false, true}) {
         SCOPED_TRACE(bigEndian ? "MM" : "II");
         OmfTestFile f;
-        ASSERT_TRUE(f.open(fixtures::writeMdb({pictureClip(1), audioClip(2)}, bigEndian)));
+        ASSERT_TRUE(
+            f.open(fixtures::writeMdb({imported, throughSource, pictureClip(3)}, bigEndian)));
         EXPECT_EQ(f.reader->isLittleEndian(), !bigEndian);
-        EXPECT_EQ(f.reader->getMDBCompositionsCount(), 2u);
+        EXPECT_EQ(f.reader->getMDBCompositionsCount(), 3u);
 
-        const TarnItemPtr picture = f.complete(pictureClip(1));
+        const TarnItemPtr picture = f.complete(imported);
         EXPECT_EQ(picture->DB_NameInBin, "Shot 1");
-        EXPECT_EQ(picture->DB_usageCode, 2);
+        EXPECT_EQ(picture->DB_usageCode, 15);
         EXPECT_EQ(picture->DB_framerate(), (TarnRate{25, 1}));
         EXPECT_EQ(picture->DB_ProjectName, "Feature");
         EXPECT_EQ(QByteArray(picture->DB_CompressionFourCC(), 4), "AVdn");
         EXPECT_EQ(picture->DB_DIDResolutionID, 1237u);
         EXPECT_EQ(picture->DB_samplerate(), (TarnRate{25, 1}));
         EXPECT_EQ(picture->DB_bits, 8u);
+        EXPECT_EQ(f.complete(pictureClip(3))->DB_usageCode, 2);
 
-        const TarnItemPtr audio = f.complete(audioClip(2));
+        const TarnItemPtr audio = f.complete(throughSource);
         EXPECT_EQ(audio->DB_NameInBin, "Sound 2");
-        EXPECT_TRUE(audio->isAudio());
+        EXPECT_EQ(audio->DB_ProjectName, "Through Source");
         EXPECT_EQ(audio->compressionCode(), 0x4455415Fu);
         EXPECT_EQ(audio->DB_samplerate(), (TarnRate{48000, 1}));
         EXPECT_EQ(audio->DB_bits, 24u);
@@ -50,19 +60,7 @@ TEST(OmfMediaDatabase, UnknownIdentifiersLeaveTheItemAlone) {
     EXPECT_EQ(fileOnly->DB_ProjectName, "Feature");
 }
 
-TEST(OmfMediaDatabase, ImportSettingMakesTheClipImported) {
-    fixtures::MdbClip imported = pictureClip(1);
-    imported.imported = true;
-    OmfTestFile f;
-    ASSERT_TRUE(f.open(fixtures::writeMdb({imported, pictureClip(2)})));
-    EXPECT_EQ(f.complete(imported)->DB_usageCode, 15);
-    EXPECT_EQ(f.complete(pictureClip(2))->DB_usageCode, 2);
-}
-
 TEST(OmfMediaDatabase, ProjectThroughSourceIdentifiers) {
-    fixtures::MdbClip full = pictureClip(1);
-    full.projectSourceUIDSize = 32;
-    full.project = QStringLiteral("From Full UMID");
     fixtures::MdbClip compact = audioClip(2);
     compact.projectSourceUIDSize = 12;
     compact.project = QStringLiteral("From Short UID");
@@ -71,8 +69,7 @@ TEST(OmfMediaDatabase, ProjectThroughSourceIdentifiers) {
 
     testsupport::LogCapture log;
     OmfTestFile f;
-    ASSERT_TRUE(f.open(fixtures::writeMdb({full, compact, odd})));
-    EXPECT_EQ(f.complete(full)->DB_ProjectName, "From Full UMID");
+    ASSERT_TRUE(f.open(fixtures::writeMdb({compact, odd})));
     EXPECT_EQ(f.complete(compact)->DB_ProjectName, "From Short UID");
     EXPECT_FALSE(log.contains(QStringLiteral("ERROR IN OMFI PARSER")));
 
@@ -85,33 +82,6 @@ TEST(OmfMediaDatabase, ProjectThroughSourceIdentifiers) {
                                        "[TarnOMFI getProjectNameForObjAt]TOC[")),
               1);
     EXPECT_TRUE(log.contains(QStringLiteral("property 66390")));
-}
-
-TEST(OmfMediaDatabase, BigEndianDatabaseNamesObjectsInItsByteOrder) {
-    // Attribute lists (66190), descriptors (66355) and source references
-    // (66550) are numbers in the label's byte order; list records are not.
-    fixtures::MdbClip imported = pictureClip(1);
-    imported.imported = true;
-    fixtures::MdbClip throughSource = audioClip(2);
-    throughSource.projectSourceUIDSize = 32;
-    throughSource.project = QStringLiteral("Through Source");
-    OmfTestFile f;
-    ASSERT_TRUE(f.open(fixtures::writeMdb({imported, throughSource}, true)));
-    ASSERT_FALSE(f.reader->isLittleEndian());
-
-    const TarnItemPtr picture = f.complete(imported);
-    EXPECT_EQ(picture->DB_ProjectName, "Feature");
-    EXPECT_EQ(picture->DB_usageCode, 15);
-    EXPECT_EQ(QByteArray(picture->DB_CompressionFourCC(), 4), "AVdn");
-    EXPECT_EQ(picture->DB_DIDResolutionID, 1237u);
-    EXPECT_EQ(picture->DB_samplerate(), (TarnRate{25, 1}));
-    EXPECT_EQ(picture->DB_bits, 8u);
-
-    const TarnItemPtr audio = f.complete(throughSource);
-    EXPECT_EQ(audio->DB_ProjectName, "Through Source");
-    EXPECT_EQ(audio->compressionCode(), 0x4455415Fu);
-    EXPECT_EQ(audio->DB_samplerate(), (TarnRate{48000, 1}));
-    EXPECT_EQ(audio->DB_bits, 24u);
 }
 
 TEST(OmfMediaDatabase, AudioRateFromTheAlternativeProperties) {

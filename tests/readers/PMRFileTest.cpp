@@ -47,86 +47,47 @@ class PMRFileTest : public ::testing::Test {
     QTemporaryDir dir;
 };
 
-TEST_F(PMRFileTest, ReadsEveryEntryOfALittleEndianIndex) {
+// Both byte orders and both identifier sizes: the caller's item is filled with
+// every entry's name, project and identifiers (copied as stored; short ones in
+// bytes 16..23), and the kept copy carries the lengths in native order.
+TEST_F(PMRFileTest, ReadsEveryEntryInBothByteOrdersAndIdentifierSizes) {
     const auto entries = threeEntries();
-    PMRFile pmr;
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(entries))));
-    EXPECT_EQ(pmr.ItemsCount(), 3u);
-    EXPECT_EQ(pmr.UUIDlength(), 8u);
-    EXPECT_FALSE(pmr.usebyteswap());
-    EXPECT_EQ(pmr.position(), 0u);
-
-    quint32 expectedPosition = 12;
-    for (const PmrEntry& entry : entries) {
-        auto given = std::make_shared<TarnDatabaseItem>();
-        auto item = pmr.FillItem(given);
-        ASSERT_TRUE(item);
-        EXPECT_EQ(item.get(), given.get()) << "the caller's item is filled, not a new one";
-        const QByteArray bytes = fixtures::pmrEntryBytes(entry);
-        expectedPosition += quint32(bytes.size());
-        EXPECT_EQ(pmr.position(), expectedPosition);
-        EXPECT_EQ(item->DB_ClipName, entry.name);
-        EXPECT_EQ(item->DB_SizeofUID, 8u);
-        EXPECT_EQ(uid(*item), entry.fileUID);
-        EXPECT_EQ(uid(*item, true), entry.materialUID);
-        EXPECT_EQ(item->DB_pmrField, bytes);
-        EXPECT_TRUE(item->DB_isReferenced);
-        EXPECT_TRUE(item->DB_isGoodUUID);
-    }
-    auto last = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
-    EXPECT_FALSE(last);
-}
-
-TEST_F(PMRFileTest, AnEmptyProjectLeavesTheItemWithoutProject) {
-    PMRFile pmr;
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(threeEntries()))));
-    const auto items = readAll(pmr);
-    ASSERT_EQ(items.size(), 3);
-    EXPECT_EQ(items[0]->DB_ProjectName, QStringLiteral("Feature"));
-    EXPECT_TRUE(items[2]->DB_ProjectName.isNull());
-}
-
-TEST_F(PMRFileTest, BigEndianIndexSwapsHeaderAndLengths) {
-    const auto entries = threeEntries();
-    const QByteArray bytes = fixtures::writePmr(entries, 8, true);
-    ASSERT_EQ(bytes.left(4), QByteArray::fromHex("000007a9"));
-    PMRFile pmr;
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(bytes)));
-    EXPECT_TRUE(pmr.usebyteswap());
-    EXPECT_EQ(pmr.ItemsCount(), 3u);
-    EXPECT_EQ(pmr.UUIDlength(), 8u);
-
-    const auto items = readAll(pmr);
-    ASSERT_EQ(items.size(), 3);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(items[i]->DB_ClipName, entries[i].name);
-        EXPECT_EQ(uid(*items[i]), entries[i].fileUID) << "identifiers are copied as stored";
-        // The kept copy carries the name length in native order.
-        quint16 nameLength;
-        std::memcpy(&nameLength, items[i]->DB_pmrField.constData() + 32, 2);
-        EXPECT_EQ(nameLength, entries[i].name.size());
-    }
-    EXPECT_EQ(items[1]->DB_ProjectName, QStringLiteral("Feature"));
-}
-
-TEST_F(PMRFileTest, ShortIdentifiersLandInBytes16To23) {
-    const auto entries = threeEntries();
-    for (bool bigEndian : {false, true}) {
-        PMRFile pmr;
-        ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(entries, 2, bigEndian))));
-        EXPECT_EQ(pmr.UUIDlength(), 2u);
-        const auto items = readAll(pmr);
-        ASSERT_EQ(items.size(), 3);
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(items[i]->DB_SizeofUID, 2u);
-            EXPECT_EQ(items[i]->DB_ClipName, entries[i].name);
-            EXPECT_EQ(items[i]->shortFileUID(), fixtures::shortUidOf(entries[i].fileUID));
-            const QByteArray file = uid(*items[i]);
-            EXPECT_EQ(file.left(16), QByteArray(16, '\0'));
-            EXPECT_EQ(file.mid(24), QByteArray(8, '\0'));
-            EXPECT_EQ(uid(*items[i], true).mid(16, 8), entries[i].materialUID.mid(16, 8));
+    for (quint32 uidSize : {8u, 2u}) {
+        for (bool bigEndian : {false, true}) {
+            SCOPED_TRACE(::testing::Message() << uidSize << (bigEndian ? " MM" : " II"));
+            const QByteArray bytes = fixtures::writePmr(entries, uidSize, bigEndian);
+            PMRFile pmr;
+            ASSERT_TRUE(pmr.dataWithContentsOfURL(write(bytes)));
+            EXPECT_EQ(pmr.ItemsCount(), 3u);
+            EXPECT_EQ(pmr.UUIDlength(), uidSize);
+            EXPECT_EQ(pmr.usebyteswap(), bigEndian);
+            quint32 expectedPosition = 12;
+            for (const PmrEntry& entry : entries) {
+                auto given = std::make_shared<TarnDatabaseItem>();
+                auto item = pmr.FillItem(given);
+                ASSERT_EQ(item.get(), given.get());
+                expectedPosition += quint32(fixtures::pmrEntryBytes(entry, uidSize).size());
+                EXPECT_EQ(pmr.position(), expectedPosition);
+                EXPECT_EQ(item->DB_ClipName, entry.name);
+                EXPECT_EQ(item->DB_ProjectName.isNull(), entry.project.isEmpty());
+                EXPECT_EQ(item->DB_ProjectName, entry.project);
+                EXPECT_EQ(item->DB_SizeofUID, uidSize);
+                const int uidBytes = int(uidSize) * 4;
+                quint16 nameLength;
+                std::memcpy(&nameLength, item->DB_pmrField.constData() + uidBytes, 2);
+                EXPECT_EQ(nameLength, entry.name.size());
+                if (uidSize == 8) {
+                    EXPECT_EQ(uid(*item), entry.fileUID);
+                    EXPECT_EQ(uid(*item, true), entry.materialUID);
+                } else {
+                    EXPECT_EQ(item->shortFileUID(), fixtures::shortUidOf(entry.fileUID));
+                    EXPECT_EQ(uid(*item).left(16) + uid(*item).mid(24), QByteArray(24, '\0'));
+                    EXPECT_EQ(uid(*item, true).mid(16, 8), entry.materialUID.mid(16, 8));
+                }
+                EXPECT_TRUE(item->DB_isReferenced);
+            }
+            EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
         }
-        EXPECT_EQ(items[0]->getFileUIDString(), QStringLiteral("{ 1111000000000000 }"));
     }
 }
 
@@ -250,20 +211,23 @@ TEST_F(PMRFileTest, UnreadableFilesGiveNoEntries) {
     const QByteArray good = fixtures::writePmr(threeEntries());
     fixtures::PmrOptions wrongMagic;
     wrongMagic.magic = 1962;
+    fixtures::PmrOptions noCount;
+    noCount.count = 0;
     QByteArray swappedHalves = good;
     swappedHalves.replace(0, 4, QByteArray::fromHex("07a90000"));
 
     const QList<QPair<const char*, QString>> cases = {
-        {"29 bytes", write(good.left(29))},
-        {"wrong magic", write(fixtures::writePmr(threeEntries(), wrongMagic))},
-        {"magic in neither byte order", write(swappedHalves)},
+        {"29 bytes", write(good.left(29), "short.pmr")},
+        {"wrong magic", write(fixtures::writePmr(threeEntries(), wrongMagic), "magic.pmr")},
+        {"magic in neither byte order", write(swappedHalves, "halves.pmr")},
         {"missing", dir.filePath(QStringLiteral("nothing.pmr"))},
         {"a folder", dir.path()},
+        {"no entries claimed", write(fixtures::writePmr(threeEntries(), noCount), "none.pmr")},
     };
     for (const auto& [what, path] : cases) {
         SCOPED_TRACE(what);
         PMRFile pmr;
-        EXPECT_FALSE(pmr.dataWithContentsOfURL(path));
+        EXPECT_EQ(pmr.dataWithContentsOfURL(path), std::strcmp(what, "no entries claimed") == 0);
         EXPECT_EQ(pmr.ItemsCount(), 0u);
         EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
     }
@@ -272,20 +236,7 @@ TEST_F(PMRFileTest, UnreadableFilesGiveNoEntries) {
     EXPECT_TRUE(thirty.dataWithContentsOfURL(write(good.left(30))));
     EXPECT_EQ(thirty.ItemsCount(), 3u);
     EXPECT_FALSE(thirty.FillItem(std::make_shared<TarnDatabaseItem>()));
-}
-
-TEST_F(PMRFileTest, NoItemOrNoClaimedEntriesGivesNothing) {
-    fixtures::PmrOptions noCount;
-    noCount.count = 0;
-    PMRFile pmr;
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(threeEntries(), noCount))));
-    EXPECT_EQ(pmr.ItemsCount(), 0u);
-    EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
-
-    PMRFile other;
-    ASSERT_TRUE(other.dataWithContentsOfURL(write(fixtures::writePmr(threeEntries()))));
-    EXPECT_FALSE(other.FillItem(nullptr));
-    EXPECT_TRUE(other.FillItem(std::make_shared<TarnDatabaseItem>()));
+    EXPECT_FALSE(thirty.FillItem(nullptr));
 }
 
 }  // namespace
