@@ -1,7 +1,6 @@
 #include "DemoCommand.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -10,14 +9,6 @@
 #include "ScanCommand.h"
 #include "SelectionOptions.h"
 #include "database/TarnCore.h"
-
-QString DemoCommand::defaultFolder() {
-    // The binary lives in <build>/src; the demo volume goes next to <build>.
-    QDir dir(QCoreApplication::applicationDirPath());
-    dir.cdUp();
-    dir.cdUp();
-    return dir.absoluteFilePath(QStringLiteral("demo-volume"));
-}
 
 int DemoCommand::run(const QStringList& args) {
     QString folder;
@@ -33,23 +24,24 @@ int DemoCommand::run(const QStringList& args) {
         }
         folder = arg;
     }
-    if (folder.isEmpty()) folder = defaultFolder();
+    if (folder.isEmpty()) {
+        folder = fixtures::DemoVolume::defaultRoot(QCoreApplication::applicationDirPath());
+    }
     folder = QFileInfo(folder).absoluteFilePath();
 
-    if (!QFileInfo::exists(folder)) {
-        QString error;
-        if (!fixtures::DemoVolume::write(folder, &error)) {
-            std::fprintf(stderr, "tarn demo: %s\n", qPrintable(error));
-            return 1;
-        }
-        std::printf("Wrote the demo volume to %s\n", qPrintable(folder));
+    QString error;
+    bool written = false;
+    if (!fixtures::DemoVolume::ensure(folder, &error, &written)) {
+        std::fprintf(stderr, "tarn demo: %s\n", qPrintable(error));
+        return 1;
     }
+    if (written) std::printf("Wrote the demo volume to %s\n", qPrintable(folder));
     std::printf("Scanning the demo volume %s\n\n", qPrintable(folder));
     std::fflush(stdout);
 
     ScanCommand::installFatalErrorHook();
     SelectionOptions selection;
-    selection.volumes.append(folder);
+    selection.sources.volumes.append(folder);
     TarnCore& core = *TarnCore::sharedCore();
     selection.run(core);
 
