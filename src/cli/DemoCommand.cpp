@@ -1,6 +1,7 @@
 #include "DemoCommand.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -9,6 +10,11 @@
 #include "ScanCommand.h"
 #include "SelectionOptions.h"
 #include "database/TarnCore.h"
+
+QString DemoCommand::defaultFolder() {
+    // The binary lives in <build>/src; the demo volume goes next to <build>.
+    return fixtures::DemoVolume::defaultRoot(QCoreApplication::applicationDirPath());
+}
 
 int DemoCommand::run(const QStringList& args) {
     QString folder;
@@ -24,18 +30,17 @@ int DemoCommand::run(const QStringList& args) {
         }
         folder = arg;
     }
-    if (folder.isEmpty()) {
-        folder = fixtures::DemoVolume::defaultRoot(QCoreApplication::applicationDirPath());
-    }
+    if (folder.isEmpty()) folder = defaultFolder();
     folder = QFileInfo(folder).absoluteFilePath();
 
-    QString error;
-    bool written = false;
-    if (!fixtures::DemoVolume::ensure(folder, &error, &written)) {
-        std::fprintf(stderr, "tarn demo: %s\n", qPrintable(error));
-        return 1;
+    if (!QFileInfo::exists(folder)) {
+        QString error;
+        if (!fixtures::DemoVolume::write(folder, &error)) {
+            std::fprintf(stderr, "tarn demo: %s\n", qPrintable(error));
+            return 1;
+        }
+        std::printf("Wrote the demo volume to %s\n", qPrintable(folder));
     }
-    if (written) std::printf("Wrote the demo volume to %s\n", qPrintable(folder));
     std::printf("Scanning the demo volume %s\n\n", qPrintable(folder));
     std::fflush(stdout);
 

@@ -9,4 +9,6 @@
 class DemoCommand {
   public:
     static int run(const QStringList& args);
+    // The folder of the tarn binary's parent: <build>/src/tarn -> <build>/../demo-volume.
+    static QString defaultFolder();
 };

@@ -99,11 +99,11 @@ void FilterCommands::AllTablesReload() {
 }
 
 void FilterCommands::reload(const std::function<void(TarnCore&)>& before) {
-    sheet_->setFlags(TarnFilter::sharedFilter()->snapshot());
     access_->change([&before](TarnCore& core) {
         if (before) before(core);
         core.prepareProjectsSummary();
     });
+    sheet_->setFlags(TarnFilter::sharedFilter()->snapshot());
 }
 
 void FilterCommands::setCheckStateProject(int row, bool shown) {
