@@ -23,6 +23,7 @@
 #include "support/TarnPreferences.h"
 #include "window/AppDelegate.h"
 #include "window/CommandGuard.h"
+#include "window/CoreAccess.h"
 #include "window/DatabaseTableView.h"
 #include "window/FilterCommands.h"
 #include "window/MainWindow.h"

@@ -4,6 +4,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -72,6 +73,7 @@ FilterSheet::FilterSheet(QAbstractItemModel* projects, QWidget* parent) : QDialo
     buttons->addWidget(reset);
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(SheetSupport::heading(this, QStringLiteral("Filter")));
     layout->addLayout(flags);
     layout->addWidget(projects_, 1);
     layout->addLayout(buttons);

@@ -61,6 +61,7 @@ PreferencesSheet::PreferencesSheet(QWidget* parent) : QDialog(parent) {
     buttons->addWidget(close);
 
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(SheetSupport::heading(this, QStringLiteral("Preferences")));
     layout->addWidget(existing_);
     layout->addWidget(scanMdb_);
     layout->addWidget(scanMxf_);

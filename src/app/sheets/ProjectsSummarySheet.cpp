@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -30,6 +31,7 @@ ProjectsSummarySheet::ProjectsSummarySheet(QAbstractItemModel* projects, QWidget
     buttons->addStretch(1);
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(SheetSupport::heading(this, QStringLiteral("Projects summary")));
     layout->addWidget(table_, 1);
     layout->addLayout(buttons);
     resize(520, 360);

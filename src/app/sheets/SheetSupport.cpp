@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QHeaderView>
+#include <QLabel>
 #include <QPushButton>
 #include <QTableView>
 
@@ -30,6 +31,14 @@ QCheckBox* SheetSupport::checkBox(QWidget* parent, const QString& name, const QS
     return box;
 }
 
+QLabel* SheetSupport::heading(QWidget* parent, const QString& text) {
+    auto* label = new QLabel(text, parent);
+    QFont font = label->font();
+    font.setBold(true);
+    label->setFont(font);
+    return label;
+}
+
 QTableView* SheetSupport::makeTable(QWidget* parent, const QString& name,
                                     QAbstractItemModel* model) {
     auto* table = new QTableView(parent);
@@ -40,6 +49,7 @@ QTableView* SheetSupport::makeTable(QWidget* parent, const QString& name,
     table->setWordWrap(false);
     table->verticalHeader()->hide();
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 8);
     table->horizontalHeader()->setHighlightSections(false);
     return table;
 }

@@ -5,6 +5,7 @@
 class QAbstractItemModel;
 class QCheckBox;
 class QDialog;
+class QLabel;
 class QPushButton;
 class QTableView;
 class QWidget;
@@ -19,6 +20,8 @@ class SheetSupport {
     static void makeSheet(QDialog* dialog, const QString& name, const QString& title);
     static QPushButton* button(QWidget* parent, const QString& name, const QString& text);
     static QCheckBox* checkBox(QWidget* parent, const QString& name, const QString& text);
+    // The bold line at the top of a sheet (a sheet has no title bar of its own).
+    static QLabel* heading(QWidget* parent, const QString& text);
     // A table of whole-row selection without row numbers.
     static QTableView* makeTable(QWidget* parent, const QString& name, QAbstractItemModel* model);
 };

@@ -16,7 +16,7 @@ VolumeSelectorSheet::VolumeSelectorSheet(const QStringList& volumes, QWidget* pa
     SheetSupport::makeSheet(this, QStringLiteral("TarnVolumeSelector"),
                             QStringLiteral("Scan all volumes"));
 
-    auto* heading = new QLabel(QStringLiteral("Choose the volumes to scan:"), this);
+    auto* heading = SheetSupport::heading(this, QStringLiteral("Choose the volumes to scan"));
     table_ = SheetSupport::makeTable(this, QStringLiteral("VolumesTable"), model_);
     table_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     table_->horizontalHeader()->setStretchLastSection(true);

@@ -51,29 +51,40 @@ DatabaseTableView::DatabaseTableView(DatabaseTableModel* model, QWidget* parent)
     preview_ = new PreviewPopover(parent ? parent : this);
 }
 
-// Wide enough for a typical media file's texts; the user resizes from there.
+// Wide enough for a typical media file's texts (or the header's title, when
+// that is wider); the user resizes from there.
 void DatabaseTableView::setInitialWidths() {
-    const int em = fontMetrics().horizontalAdvance(QLatin1Char('M'));
-    const QHash<TarnColumn, int> ems = {{TarnColumn::Icon, 2},
-                                        {TarnColumn::Filename, 16},
-                                        {TarnColumn::Clipname, 14},
-                                        {TarnColumn::Path, 26},
-                                        {TarnColumn::Project, 11},
-                                        {TarnColumn::FilePackageUID, 40},
-                                        {TarnColumn::MaterialPackageUID, 40},
-                                        {TarnColumn::Exists, 5},
-                                        {TarnColumn::Compression, 11},
-                                        {TarnColumn::Framerate, 6},
-                                        {TarnColumn::Samplerate, 6},
-                                        {TarnColumn::Bits, 4},
-                                        {TarnColumn::Kind, 7},
-                                        {TarnColumn::Size, 6},
-                                        {TarnColumn::Date, 12},
-                                        {TarnColumn::Hash, 6},
-                                        {TarnColumn::SourceFileID, 8},
-                                        {TarnColumn::SourceTapeID, 8}};
+    const QHash<TarnColumn, const char*> samples = {
+        {TarnColumn::Icon, ""},
+        {TarnColumn::Filename, "Harbour_Dusk_V01.5F3A1C04.mxf"},
+        {TarnColumn::Clipname, "Harbour wide take 12"},
+        {TarnColumn::Path, "/Volumes/Media/Avid MediaFiles/MXF/1"},
+        {TarnColumn::Project, "Harbour Project"},
+        {TarnColumn::FilePackageUID, "{ 060a2b34-01010105-01010f20-13000000-00000000 }"},
+        {TarnColumn::MaterialPackageUID, "{ 060a2b34-01010105-01010f20-13000000-00000000 }"},
+        {TarnColumn::Exists, "AMA link"},
+        {TarnColumn::Compression, "DNxHD 1080p 145"},
+        {TarnColumn::Framerate, "29.97fps"},
+        {TarnColumn::Samplerate, "44.1 kHz"},
+        {TarnColumn::Bits, "24 bit"},
+        {TarnColumn::Kind, "IMPORTED"},
+        {TarnColumn::Size, "1000.00 MB"},
+        {TarnColumn::Date, "23 Nov 2026 19:13:49"},
+        {TarnColumn::Hash, "5f3a1c04"},
+        {TarnColumn::SourceFileID, "Source File ID"},
+        {TarnColumn::SourceTapeID, "Source Tape ID"}};
+    const QFontMetrics header(horizontalHeader()->font());
+    const int padding = fontMetrics().horizontalAdvance(QLatin1Char('M'));
     for (int section = 0; section < model_->columnCount(); ++section) {
-        setColumnWidth(section, ems.value(DatabaseTableModel::columnAt(section), 8) * em);
+        const TarnColumn column = DatabaseTableModel::columnAt(section);
+        if (column == TarnColumn::Icon) {
+            setColumnWidth(section,
+                           iconSize().isValid() ? iconSize().width() + padding : 16 + padding);
+            continue;
+        }
+        const int text = fontMetrics().horizontalAdvance(QLatin1String(samples.value(column, "")));
+        const int title = header.horizontalAdvance(TarnColumns::title(column));
+        setColumnWidth(section, std::max(text, title) + padding);
     }
 }
 

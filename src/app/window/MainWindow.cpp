@@ -2,13 +2,17 @@
 
 #include <QAction>
 #include <QDialog>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 #include "models/DatabaseTableModel.h"
 #include "models/SummaryTableModel.h"
@@ -67,7 +71,11 @@ MainWindow::MainWindow(DatabaseTableModel* database, SummaryTableModel* summary,
 
     setCentralWidget(central);
     buildMenus();
-    resize(1280, 760);
+    // As much of the screen as the columns want, less room for the desktop's panels.
+    const QRect screen = QGuiApplication::primaryScreen()
+                             ? QGuiApplication::primaryScreen()->availableGeometry()
+                             : QRect(0, 0, 1440, 900);
+    resize(std::min(1440, screen.width() - 32), std::min(860, screen.height() - 48));
 }
 
 QWidget* MainWindow::buildTopRow() {
