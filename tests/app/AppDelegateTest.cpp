@@ -10,6 +10,9 @@
 #include "window/DatabaseTableView.h"
 #include "window/FilterCommands.h"
 #include "window/PreferencesCommands.h"
+#include "window/UncaughtErrorHandler.h"
+
+#include <stdexcept>
 
 using apptest::AppTest;
 
@@ -122,4 +125,28 @@ TEST_F(AppTest, ClearDatabaseEmptiesTheViewAndTheLog) {
     EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Items In Database")), QStringLiteral("0"));
     EXPECT_FALSE(
         xConsole::sharedInstance()->contents().contains(QLatin1String("before the clear")));
+}
+
+// The alert of an error nothing handled names the error and its reason; a
+// throw of anything but an exception is "UncaughtException".
+TEST(UncaughtError, AlertNamesTheErrorAndItsReason) {
+    struct Case {
+        std::exception_ptr error;
+        QString name;
+        QString reason;
+    };
+    const Case cases[] = {
+        {std::make_exception_ptr(std::runtime_error("disk gone")),
+         QStringLiteral("std::runtime_error"), QStringLiteral("disk gone")},
+        {std::make_exception_ptr(std::bad_alloc()), QStringLiteral("std::bad_alloc"),
+         QStringLiteral("std::bad_alloc")},
+        {std::make_exception_ptr(42), QString(), QString()},
+    };
+    for (const Case& c : cases) {
+        QString name;
+        QString reason;
+        UncaughtErrorHandler::describe(c.error, &name, &reason);
+        EXPECT_EQ(name, c.name);
+        EXPECT_EQ(reason, c.reason);
+    }
 }

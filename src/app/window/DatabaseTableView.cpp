@@ -58,7 +58,7 @@ void DatabaseTableView::setInitialWidths() {
         {TarnColumn::Icon, ""},
         {TarnColumn::Filename, "Harbour_Dusk_V01.5F3A1C04.mxf"},
         {TarnColumn::Clipname, "Harbour wide take 12"},
-        {TarnColumn::Path, "/Volumes/Media/Avid MediaFiles/MXF/1"},
+        {TarnColumn::Path, "/Volumes/Media/Avid MediaFiles/"},
         {TarnColumn::Project, "Harbour Project"},
         {TarnColumn::FilePackageUID, "{ 060a2b34-01010105-01010f20-13000000-00000000 }"},
         {TarnColumn::MaterialPackageUID, "{ 060a2b34-01010105-01010f20-13000000-00000000 }"},
