@@ -23,9 +23,12 @@ QStringList projectsShown(const AppDelegate& app) {
 TEST_F(AppTest, FilterSheetBoxesFilterTheTable) {
     scanDemo();
     const int all = table().rowCount();
+    window().databaseTable()->selectRow(1);
     app_->filters()->ShowFilter();
     FilterSheet* sheet = app_->filters()->filterSheet();
     ASSERT_TRUE(sheet->isVisible());
+    // Opening the sheet changes no row: the selection stays.
+    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Selected Items")), QStringLiteral("1"));
     EXPECT_EQ(sheet->projectFilterTable()->model()->rowCount(),
               app_->projectSummaryModel()->rowCount());
 

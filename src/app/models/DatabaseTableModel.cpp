@@ -13,8 +13,16 @@ DatabaseTableModel::DatabaseTableModel(QObject* parent)
     : QAbstractTableModel(parent), snapshot_(std::make_shared<const TarnViewSnapshot>()) {}
 
 void DatabaseTableModel::setSnapshot(std::shared_ptr<const TarnViewSnapshot> snapshot) {
+    if (!snapshot) snapshot = std::make_shared<const TarnViewSnapshot>();
+    // The same rows keep the view's selection and scroll position; only the
+    // texts may have changed (a file found missing, say).
+    if (snapshot_->showsSameRows(*snapshot)) {
+        snapshot_ = std::move(snapshot);
+        if (rowCount() > 0) emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+        return;
+    }
     beginResetModel();
-    snapshot_ = snapshot ? std::move(snapshot) : std::make_shared<const TarnViewSnapshot>();
+    snapshot_ = std::move(snapshot);
     endResetModel();
 }
 

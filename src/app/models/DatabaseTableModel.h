@@ -25,6 +25,8 @@ class DatabaseTableModel : public QAbstractTableModel {
 
     explicit DatabaseTableModel(QObject* parent = nullptr);
 
+    // A snapshot of other rows resets the model; one of the same rows only
+    // refreshes the texts.
     void setSnapshot(std::shared_ptr<const TarnViewSnapshot> snapshot);
     const TarnViewSnapshot& snapshot() const { return *snapshot_; }
     // The one image of the icon column.

@@ -196,7 +196,7 @@ void AppDelegate::showSnapshot() {
     summary_->setSnapshot(snapshot);
     projectSummary_->setSnapshot(snapshot);
     projectFilter_->setSnapshot(snapshot);
-    // A reset model has no selection left.
+    // New rows take the selection with them.
     tableViewSelectionDidChange();
 }
 
@@ -234,7 +234,7 @@ void AppDelegate::ShowMainWindow() {
     window_->show();
     window_->raise();
     window_->activateWindow();
-    database_->setSnapshot(publisher_->current());
+    database_->setSnapshot(publisher_->current());  // the same rows: the selection stays
 }
 
 void AppDelegate::ClearDatabase() {

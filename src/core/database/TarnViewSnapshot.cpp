@@ -42,6 +42,13 @@ quint64 TarnViewSnapshot::sizeOfRows(qsizetype first, qsizetype last) const {
     return size;
 }
 
+bool TarnViewSnapshot::showsSameRows(const TarnViewSnapshot& other) const {
+    // Lists the database left alone still share their data; a copy compares
+    // pointer by pointer, which is quick too.
+    return (items_.constData() == other.items_.constData() || items_ == other.items_) &&
+           (rows_.constData() == other.rows_.constData() || rows_ == other.rows_);
+}
+
 const TarnViewSnapshot::Project* TarnViewSnapshot::projectAt(qsizetype row) const {
     return row >= 0 && row < projects_.size() ? &projects_.at(row) : nullptr;
 }

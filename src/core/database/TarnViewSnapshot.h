@@ -41,6 +41,10 @@ class TarnViewSnapshot {
     // with their recorded size.
     quint64 sizeOfRows(qsizetype first, qsizetype last) const;
 
+    // The same items in the same rows (a new summary, say, over an unchanged
+    // view).
+    bool showsSameRows(const TarnViewSnapshot& other) const;
+
     qsizetype allItemsCount() const { return allItems_; }
     quint64 filteredSize() const { return filteredSize_; }
 
