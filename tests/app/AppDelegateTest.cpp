@@ -113,6 +113,24 @@ TEST_F(AppTest, ToolsMenuHoldsItsItemsInOrder) {
     QMenu* filled = app_->buildToolsMenu(&window());
     EXPECT_TRUE(filled->actions().at(1)->isEnabled());
     EXPECT_EQ(filled->actions().at(1)->menu()->actions().size(), 1);
+
+    // The inspector and the console are other windows': the commands ask for them.
+    QSignalSpy inspector(app_.get(), &AppDelegate::inspectorRequested);
+    QSignalSpy console(app_.get(), &AppDelegate::consoleRequested);
+    filled->actions().at(3)->trigger();
+    window().command(QStringLiteral("showConsole"))->trigger();
+    apptest::waitUntil([&] { return inspector.count() == 1 && console.count() == 1; });
+}
+
+// The AMA scan clears the database first, like the all-volumes scan; a
+// missing folder leaves it empty.
+TEST_F(AppTest, AmaScanStartsFromAnEmptyDatabase) {
+    scanDemo();
+    ASSERT_GT(table().rowCount(), 0);
+    scanWith([this] { app_->scans()->scanAMAManagementFolder(); });
+    EXPECT_EQ(table().rowCount(), 0);
+    EXPECT_EQ(window().itemsCountText()->text(), QStringLiteral("0"));
+    EXPECT_TRUE(window().statusStrip()->text().startsWith(QLatin1String("Execution Time: ")));
 }
 
 TEST_F(AppTest, ClearDatabaseEmptiesTheViewAndTheLog) {
