@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QStyle>
 #include <QTableView>
 
@@ -83,12 +84,17 @@ bool AppDelegate::parseArguments(const QStringList& arguments, TarnScanSources* 
         }
     }
     if (demo) {
-        const QString root =
-            fixtures::DemoVolume::defaultRoot(QCoreApplication::applicationDirPath());
+        // Beside the build folder; an installed program (whose folder is not
+        // writable) keeps it with its other data.
+        QString root = fixtures::DemoVolume::defaultRoot(QCoreApplication::applicationDirPath());
         QString error;
         if (!fixtures::DemoVolume::ensure(root, &error)) {
-            std::fprintf(stderr, "tarn-app: %s\n", qPrintable(error));
-            return false;
+            root = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation) +
+                   QStringLiteral("/demo-volume");
+            if (!fixtures::DemoVolume::ensure(root, &error)) {
+                std::fprintf(stderr, "tarn-app: %s\n", qPrintable(error));
+                return false;
+            }
         }
         sources->volumes.append(root);
     }
