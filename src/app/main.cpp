@@ -1,10 +1,38 @@
-#include <QApplication>
+#include <QMessageBox>
+#include <QThread>
 
+#include <cstdlib>
+
+#include "database/TarnCore.h"
+#include "log/xConsole.h"
 #include "window/AppDelegate.h"
+#include "window/TarnApplication.h"
+
+namespace {
+
+// A broken database ("Tarn error DB-00x") is shown, then the program ends.
+void showFatalErrorAndExit(const QString& title, const QString& message) {
+    xConsole::sharedInstance()->flush();
+    QMetaObject::invokeMethod(
+        qApp, [title, message] { QMessageBox::critical(nullptr, title, message, QMessageBox::Ok); },
+        QThread::currentThread() == qApp->thread() ? Qt::DirectConnection
+                                                   : Qt::BlockingQueuedConnection);
+    std::_Exit(70);
+}
+
+}  // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
+    TarnApplication app(argc, argv);
+    TarnCore::setFatalErrorHook(&showFatalErrorAndExit);
     AppDelegate delegate;
-    if (!delegate.start(QApplication::arguments())) return 2;
+    switch (delegate.start(QApplication::arguments())) {
+        case AppDelegate::StartResult::HelpShown:
+            return 0;
+        case AppDelegate::StartResult::BadArguments:
+            return 2;
+        case AppDelegate::StartResult::Started:
+            break;
+    }
     return QApplication::exec();
 }

@@ -15,10 +15,7 @@
 
 QString DemoCommand::defaultFolder() {
     // The binary lives in <build>/src; the demo volume goes next to <build>.
-    QDir dir(QCoreApplication::applicationDirPath());
-    dir.cdUp();
-    dir.cdUp();
-    return dir.absoluteFilePath(QStringLiteral("demo-volume"));
+    return fixtures::DemoVolume::defaultRoot(QCoreApplication::applicationDirPath());
 }
 
 int DemoCommand::run(const QStringList& args) {
@@ -51,7 +48,7 @@ int DemoCommand::run(const QStringList& args) {
 
     ScanCommand::installFatalErrorHook();
     SelectionOptions selection;
-    selection.volumes.append(folder);
+    selection.sources.volumes.append(folder);
     TarnCore& core = *TarnCore::sharedCore();
     selection.run(core);
 

@@ -33,16 +33,12 @@ bool SelectionOptions::parse(const QStringList& args, QStringList* rest, QString
             return true;
         };
         QString v;
-        if (!arg.startsWith(QLatin1Char('-')) || arg == QLatin1String("-")) {
-            paths.append(arg);
-        } else if (arg == QLatin1String("--volume")) {
-            if (!value(&v) || v.isEmpty()) return fail(QStringLiteral("--volume needs a folder"));
-            volumes.append(v);
-        } else if (arg == QLatin1String("--all-volumes")) {
-            allVolumes = true;
-        } else if (arg == QLatin1String("--ama")) {
-            ama = true;
-        } else if (arg == QLatin1String("--no-mdb")) {
+        const TarnScanSources::Take taken = sources.take(args, i);
+        if (taken == TarnScanSources::Take::MissingValue) {
+            return fail(QStringLiteral("--volume needs a folder"));
+        }
+        if (taken == TarnScanSources::Take::Taken) continue;
+        if (arg == QLatin1String("--no-mdb")) {
             noMdb = true;
         } else if (arg == QLatin1String("--no-mxf")) {
             noMxf = true;
@@ -104,22 +100,11 @@ bool SelectionOptions::parse(const QStringList& args, QStringList* rest, QString
 }
 
 bool SelectionOptions::hasSource() const {
-    return !paths.isEmpty() || !volumes.isEmpty() || allVolumes || ama;
+    return !sources.isEmpty();
 }
 
 QStringList SelectionOptions::scanRoots() const {
-    QStringList roots;
-    for (const QString& path : paths) roots.append(QFileInfo(path).absoluteFilePath());
-    for (const QString& volume : volumes) {
-        roots.append(TarnScanner::mediaFolderRoots(QFileInfo(volume).absoluteFilePath()));
-    }
-    if (allVolumes) {
-        for (const QString& volume : TarnScanner::mountedVolumes()) {
-            roots.append(TarnScanner::mediaFolderRoots(volume));
-        }
-    }
-    if (ama) roots.append(TarnScanner::AMAManagementFolder());
-    return roots;
+    return sources.scanRoots();
 }
 
 void SelectionOptions::applyRunPreferences() const {
@@ -238,12 +223,8 @@ QList<TarnItemPtr> SelectionOptions::shownItems(const TarnCore& core) {
 }
 
 QString SelectionOptions::usage() {
-    return QStringLiteral(
-               "what to scan (at least one):\n"
-               "  PATH...                a file or folder, scanned as it is\n"
-               "  --volume ROOT          the media folders of the volume at ROOT (repeatable)\n"
-               "  --all-volumes          the media folders of every mounted volume\n"
-               "  --ama                  the AMA management folder\n"
+    return QStringLiteral("what to scan (at least one):\n") + TarnScanSources::usage() +
+           QStringLiteral(
                "preferences for this run only:\n"
                "  --no-mdb               don't read media databases (msmMMOB.mdb)\n"
                "  --no-mxf               don't read MXF files that no index lists\n"
@@ -260,5 +241,5 @@ QString SelectionOptions::usage() {
                "  --sort KEY[:desc]      sort (repeatable, the first decides); KEY is one of\n"
                "                         %1\n"
                "  --log FILE             write the log to FILE (- for stderr)\n")
-        .arg(TarnColumns::sortKeys().join(QLatin1Char(' ')));
+               .arg(TarnColumns::sortKeys().join(QLatin1Char(' ')));
 }

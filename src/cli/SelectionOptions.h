@@ -7,6 +7,7 @@
 
 #include <functional>
 
+#include "database/TarnScanSources.h"
 #include "database/TarnSortDescriptor.h"
 #include "items/TarnDatabaseItem.h"
 
@@ -67,10 +68,7 @@ class SelectionOptions {
     // The option lines of the usage text.
     static QString usage();
 
-    QStringList paths;
-    QStringList volumes;
-    bool allVolumes = false;
-    bool ama = false;
+    TarnScanSources sources;
 
     bool noMdb = false;
     bool noMxf = false;

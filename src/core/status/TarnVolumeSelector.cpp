@@ -17,6 +17,10 @@ void TarnVolumeSelector::setCheck(int row, bool checked) {
 
 QString TarnVolumeSelector::delectDeselectAll(bool state) {
     for (auto& check : checks_) check = state;
+    return selectAllTitle(state);
+}
+
+QString TarnVolumeSelector::selectAllTitle(bool state) {
     return state ? QStringLiteral("Deselect all") : QStringLiteral("Select all");
 }
 

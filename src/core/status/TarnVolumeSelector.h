@@ -17,6 +17,8 @@ class TarnVolumeSelector {
     // The select-all box: sets every check to `state` and returns the box's
     // new title, "Deselect all" when on, "Select all" when off.
     QString delectDeselectAll(bool state);
+    // The title of a select-all box in that state (the project filter has one too).
+    static QString selectAllTitle(bool state);
     // The checked volumes, in the order given at creation.
     QStringList createResultingArray() const;
 

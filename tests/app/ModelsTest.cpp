@@ -1,0 +1,94 @@
+#include <QAbstractItemModelTester>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QUrl>
+
+#include "WindowTestKit.h"
+#include "models/ProjectsModel.h"
+#include "models/SummaryTableModel.h"
+#include "models/VolumeListModel.h"
+
+using apptest::AppTest;
+using apptest::section;
+using apptest::text;
+
+namespace {
+
+using Tester = QAbstractItemModelTester;
+
+std::unique_ptr<Tester> watch(QAbstractItemModel* model) {
+    return std::make_unique<Tester>(model, Tester::FailureReportingMode::Fatal);
+}
+
+}  // namespace
+
+// The four views of the database stay consistent models through a scan, a
+// filter, a sort and a clear.
+TEST_F(AppTest, ModelsOfTheDatabaseKeepTheirContracts) {
+    std::vector<std::unique_ptr<Tester>> testers;
+    for (QAbstractItemModel* model : std::initializer_list<QAbstractItemModel*>{
+             app_->databaseModel(), app_->summaryModel(), app_->projectSummaryModel(),
+             app_->projectFilterModel()}) {
+        testers.push_back(watch(model));
+    }
+    scanDemo();
+    EXPECT_GT(table().rowCount(), 0);
+    EXPECT_GT(app_->projectFilterModel()->rowCount(), 0);
+    app_->sortDescriptorsDidChange({{QStringLiteral("filesize"), false}});
+    window().searchField()->setText(QStringLiteral("harbour"));
+    window().searchField()->clear();
+    app_->ClearDatabase();
+    EXPECT_EQ(table().rowCount(), 0);
+}
+
+TEST(VolumeListModel, ChecksEveryVolumeAndHandsBackTheTickedOnes) {
+    VolumeListModel model(
+        {QStringLiteral("/"), QStringLiteral("/Volumes/Media"), QStringLiteral("/Volumes/Backup")});
+    Tester tester(&model, Tester::FailureReportingMode::Fatal);
+    EXPECT_EQ(model.data(model.index(1, 1)).toString(), QStringLiteral("/Volumes/Media"));
+    EXPECT_EQ(model.data(model.index(1, 0), Qt::CheckStateRole).toInt(), Qt::Checked);
+    model.setData(model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
+    EXPECT_EQ(model.selector().createResultingArray(),
+              (QStringList{QStringLiteral("/Volumes/Media"), QStringLiteral("/Volumes/Backup")}));
+    EXPECT_EQ(model.delectDeselectAll(false), QStringLiteral("Select all"));
+    EXPECT_TRUE(model.selector().createResultingArray().isEmpty());
+    EXPECT_EQ(model.delectDeselectAll(true), QStringLiteral("Deselect all"));
+    EXPECT_EQ(model.selector().createResultingArray().size(), 3);
+}
+
+// Rows go out as the files they stand for; a missing file gives nothing.
+TEST_F(AppTest, DraggedRowsAreTheirExistingFiles) {
+    TarnPreferences::shared()->setValue(QStringLiteral("ShowOnlyExistingFiles"), 0);
+    scanDemo();
+    const DatabaseTableModel& model = *app_->databaseModel();
+    int present = -1;
+    int missing = -1;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const TarnDatabaseItem* item = model.snapshot().itemAt(row);
+        if (item->DB_FileExists && present < 0) present = row;
+        if (!item->DB_FileExists && !item->DB_isAMA && missing < 0) missing = row;
+    }
+    ASSERT_GE(present, 0);
+    ASSERT_GE(missing, 0);
+    const QString path = model.snapshot().itemAt(present)->DB_itemPath;
+
+    std::unique_ptr<QMimeData> dragged(model.mimeData({model.index(present, 0)}));
+    ASSERT_NE(dragged, nullptr);
+    EXPECT_EQ(dragged->urls(), QList<QUrl>{QUrl::fromLocalFile(path)});
+    EXPECT_EQ(dragged->text(), QFileInfo(path).fileName());
+    EXPECT_EQ(model.mimeData({model.index(missing, 0)}), nullptr);
+    EXPECT_EQ(model.supportedDragActions(), Qt::CopyAction);
+}
+
+// Cells without text show the placeholder; the icon column has only its image.
+TEST_F(AppTest, EmptyCellsShowThePlaceholder) {
+    scanDemo();
+    const DatabaseTableModel& model = *app_->databaseModel();
+    for (int row = 0; row < model.rowCount(); ++row) {
+        EXPECT_EQ(text(model, row, section(TarnColumn::SourceTapeID)), TarnCore::novalue());
+        EXPECT_FALSE(
+            model.data(model.index(row, section(TarnColumn::Icon)), Qt::DecorationRole).isNull());
+        EXPECT_TRUE(text(model, row, section(TarnColumn::Icon)).isEmpty());
+    }
+}
