@@ -5,6 +5,7 @@
 
 #include "database/TarnCore.h"
 #include "log/xConsole.h"
+#include "shell/TarnAppResources.h"
 #include "window/AppDelegate.h"
 #include "window/TarnApplication.h"
 
@@ -24,6 +25,7 @@ void showFatalErrorAndExit(const QString& title, const QString& message) {
 
 int main(int argc, char* argv[]) {
     TarnApplication app(argc, argv);
+    TarnAppResources::applyApplicationIdentity();
     TarnCore::setFatalErrorHook(&showFatalErrorAndExit);
     AppDelegate delegate;
     switch (delegate.start(QApplication::arguments())) {

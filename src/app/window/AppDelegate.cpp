@@ -23,9 +23,11 @@
 #include "models/SnapshotPublisher.h"
 #include "models/SummaryTableModel.h"
 #include "sheets/ProjectsSummarySheet.h"
+#include "shell/TarnAppResources.h"
 #include "status/TarnStatusViewController.h"
 #include "support/TarnOSXVersion.h"
 #include "support/TarnUtilities.h"
+#include "window/AppComponents.h"
 #include "window/CommandGuard.h"
 #include "window/CoreAccess.h"
 #include "window/DatabaseTableView.h"
@@ -48,6 +50,8 @@ AppDelegate::AppDelegate(TarnCore* core, QObject* parent)
       reveal_(&FileRevealer::reveal) {}
 
 AppDelegate::~AppDelegate() {
+    // The queue's worker and the windows around the main window go first.
+    delete components_;
     // The scan's thread publishes to the window's models until it ends.
     delete scans_;
     delete preferences_;
@@ -133,11 +137,12 @@ void AppDelegate::build() {
         new PreferencesCommands(access_.get(), guard_.get(), filters_, window_.get(), this);
     scans_ = new ScanCommands(access_.get(), guard_.get(), filters_, window_.get(), status_, this);
     projectsSheet_ = new ProjectsSummarySheet(projectSummary_, window_.get());
-    setItemIcon(QApplication::style()->standardIcon(QStyle::SP_FileIcon));
+    setItemIcon(TarnAppResources::videoIcon());
 
     connect(publisher_, &SnapshotPublisher::snapshotChanged, this, &AppDelegate::showSnapshot);
     connectCommands();
     connectDatabaseSignals();
+    components_ = new AppComponents(this);
 }
 
 void AppDelegate::connectCommands() {

@@ -10,6 +10,7 @@
 
 #include "database/TarnSortDescriptor.h"
 
+class AppComponents;
 class CommandGuard;
 class CoreAccess;
 class DatabaseTableModel;
@@ -63,6 +64,8 @@ class AppDelegate : public QObject {
     FilterCommands* filters() const { return filters_; }
     PreferencesCommands* preferences() const { return preferences_; }
     ProjectsSummarySheet* projectsSummarySheet() const { return projectsSheet_; }
+    // The console, bins, exports, actions, questions and tools around the window.
+    AppComponents* components() const { return components_; }
 
     // The tools menu ("Contextual Menu") as ToolsButton shows it.
     QMenu* buildToolsMenu(QWidget* parent);
@@ -119,6 +122,7 @@ class AppDelegate : public QObject {
     PreferencesCommands* preferences_ = nullptr;
     ScanCommands* scans_ = nullptr;
     ProjectsSummarySheet* projectsSheet_ = nullptr;
+    AppComponents* components_ = nullptr;
     std::function<void(const QString&)> reveal_;
     QIcon itemIcon_;
     QList<TarnSortDescriptor> appliedSort_;

@@ -19,6 +19,15 @@ QStringList TarnExternalHandoff::existingPaths(const TarnCore& core, QList<qsize
     return paths;
 }
 
+QStringList TarnExternalHandoff::existingPathsOfItems(const QList<TarnItemPtr>& items) {
+    QStringList paths;
+    for (const TarnItemPtr& item : items) {
+        if (!item || !item->DB_FileExists || item->DB_itemPath.isEmpty()) continue;
+        if (QFileInfo::exists(item->DB_itemPath)) paths.append(item->DB_itemPath);
+    }
+    return paths;
+}
+
 QString TarnExternalHandoff::clipboardText(const QStringList& paths) {
     return paths.join(QLatin1Char('\r'));
 }

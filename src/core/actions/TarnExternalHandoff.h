@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "items/TarnDatabaseItem.h"
+
 class TarnCore;
 
 // Handing the selected media files to another program: the external
@@ -26,6 +28,9 @@ class TarnExternalHandoff {
     // The paths of the shown rows whose files exist, in row order; rows
     // without a file (or whose file has gone since the scan) are left out.
     static QStringList existingPaths(const TarnCore& core, QList<qsizetype> rows);
+    // The same for items already taken from the rows (the desktop window
+    // reads its published view, never the database itself).
+    static QStringList existingPathsOfItems(const QList<TarnItemPtr>& items);
     // The clipboard text: the paths joined by "\r", nothing before or after.
     static QString clipboardText(const QStringList& paths);
 
