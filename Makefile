@@ -62,11 +62,11 @@ package: build
 test-asan:
 	$(MAKE) test BUILD=build-asan CMAKE_ARGS="-DTARN_SANITIZE=ON -DTARN_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug"
 
-# ThreadSanitizer over the database suites (the scan runs on a thread pool) and
-# the app suite (the queue window follows the action worker).
+# ThreadSanitizer over every suite: the log's delivery thread, the scan's
+# thread pool, the action worker, the app and the fuzz replays.
 test-tsan:
 	$(MAKE) build BUILD=build-tsan CMAKE_ARGS="-DTARN_SANITIZE=thread -DTARN_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug"
-	TSAN_OPTIONS="halt_on_error=1 suppressions=$(CURDIR)/tests/tsan.supp" ctest --test-dir build-tsan --output-on-failure -L 'database|app'
+	TSAN_OPTIONS="halt_on_error=1 suppressions=$(CURDIR)/tests/tsan.supp" ctest --test-dir build-tsan --output-on-failure -j2
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && echo "== $$b" && "$$b"; done; true

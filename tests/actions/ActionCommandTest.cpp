@@ -1,7 +1,6 @@
 #include <QDirIterator>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QThread>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -133,7 +132,8 @@ TEST_F(CommandFixture, TerminationCancelsTheCopyAndKeepsEverything) {
             if (name.startsWith(TarnFileCopier::temporaryPrefix() + "Big.mxf")) return true;
         return false;
     };
-    while (!copying() && p.state() != QProcess::NotRunning) QThread::msleep(5);
+    // Waiting on the process (not sleeping) is what notices a run that ended early.
+    while (!copying() && p.state() != QProcess::NotRunning) p.waitForFinished(5);
     ASSERT_TRUE(copying()) << p.readAllStandardError().toStdString();
     p.terminate();
     p.waitForFinished(-1);
