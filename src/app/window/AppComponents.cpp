@@ -1,6 +1,7 @@
 #include "window/AppComponents.h"
 
 #include <QApplication>
+#include <QHBoxLayout>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -115,6 +116,22 @@ void AppComponents::addMenus() {
     actions->addSeparator();
     add(actions, QStringLiteral("ShowMDBDeleteWindow"),
         QStringLiteral("Select and delete databases…"), &AppComponents::ShowMDBDeleteWindow);
+
+    // The two commands an editor reaches for most also sit beside the filter
+    // and tools buttons.
+    const struct {
+        const char* name;
+        const char* title;
+        void (AppComponents::*slot)();
+    } buttons[] = {{"NewActionButton", "New action…", &AppComponents::NewAction},
+                   {"ShowQueueButton", "Queue", &AppComponents::ShowQueue}};
+    for (const auto& entry : buttons) {
+        auto* button = new QPushButton(QString::fromUtf8(entry.title), app_->window());
+        button->setObjectName(QString::fromLatin1(entry.name));
+        button->setAccessibleName(QString::fromLatin1(entry.name));
+        connect(button, &QPushButton::clicked, this, entry.slot);
+        app_->window()->buttonRow()->addWidget(button);
+    }
 
     QMenu* bins = bar->addMenu(QStringLiteral("&Bins"));
     const struct {

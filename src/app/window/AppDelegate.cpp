@@ -113,11 +113,13 @@ AppDelegate::StartResult AppDelegate::start(const QStringList& arguments) {
     TarnScanSources sources;
     if (!parseArguments(arguments, &sources)) return StartResult::BadArguments;
 
-    // The console starts empty and hidden, with the system it runs on.
+    // The windows exist before the first line (as a window's interface is
+    // loaded before the program starts), so the console shows every line;
+    // it starts empty and hidden, with the system it runs on.
+    build();
     xConsole::sharedInstance()->Reset();
     TARN_LOG(QStringLiteral("OSXVersion:%1").arg(TarnOSXVersion::description()));
     TarnScannerQueue::shared();
-    build();
     preferences_->fillControls();
     access_->change([](TarnCore& core) { core.clear(); });
     window_->versionLabel()->setText(TarnUtilities::versionText());
