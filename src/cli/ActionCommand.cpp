@@ -189,6 +189,7 @@ int ActionCommand::run(const QString& command, const QStringList& args) {
     TarnCore& core = *TarnCore::sharedCore();
     selection.run(core);
     options.items = SelectionOptions::shownItems(core);
+    options.mediaFolderRoots = core.mediaFolderRoots();
 
     std::optional<quint64> total;
     const QString summary = TarnNewActionRules::updateStatusText(options, total);

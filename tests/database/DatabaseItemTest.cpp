@@ -235,6 +235,65 @@ TEST(ItemPath, LookupInAnOpenFolderMatchesTheFullPath) {
     EXPECT_EQ(noFolder.DB_filesize.value_or(0), 321u);
 }
 
+// A damaged index can name anything; only a plain name becomes a path in
+// the media folder. Every other name keeps the item as the index describes
+// it, as a missing file without a path.
+TEST(ItemPath, IndexNamesThatLeaveTheFolderGetNoPath) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString media = dir.filePath(QStringLiteral("vol/Avid MediaFiles/MXF/1"));
+    ASSERT_TRUE(fixtures::writeFile(media + QStringLiteral("/A.mxf"), QByteArray(64, 'a')));
+    ASSERT_TRUE(fixtures::writeFile(dir.filePath(QStringLiteral("vol/Keep.mxf")), "keep"));
+    ASSERT_TRUE(QDir().mkpath(dir.filePath(QStringLiteral("vol/Avid Projects"))));
+    const int fd = ::open(QFile::encodeName(media).constData(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(fd, 0);
+    const struct Case {
+        QString name;
+        bool plain;
+    } cases[] = {
+        {"A.mxf", true},
+        {"..", false},
+        {"../../..", false},
+        {"../../../Avid Projects", false},
+        {"../../../Keep.mxf", false},
+        {".", false},
+        {"", false},
+        {"1/A.mxf", false},
+        {"/etc/passwd", false},
+        {"..\\..\\Keep.mxf", false},
+        {QStringLiteral("A.mxf") + QChar(0) + QStringLiteral("/.."), false},
+        {"...", true},
+        {".hidden.mxf", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name.toStdString());
+        testsupport::LogCapture log;
+        TarnDatabaseItem item;
+        item.DB_ClipName = c.name;
+        item.DB_ProjectName = QStringLiteral("Doc");
+        item.placeInFolder(media, fd);
+        EXPECT_EQ(TarnDatabaseItem::isPlainFileName(c.name), c.plain);
+        EXPECT_EQ(item.DB_ClipName, c.name);
+        EXPECT_EQ(item.DB_ProjectName, QStringLiteral("Doc"));
+        if (c.plain) {
+            EXPECT_EQ(item.DB_itemPath, media + QLatin1Char('/') + c.name);
+            EXPECT_FALSE(log.contains(QStringLiteral("is no file name")));
+        } else {
+            EXPECT_TRUE(item.DB_itemPath.isNull());
+            EXPECT_FALSE(item.DB_FileExists);
+            EXPECT_FALSE(item.DB_isValid);
+            EXPECT_FALSE(item.DB_isValid_initial);
+            EXPECT_FALSE(item.DB_isPortableFilename);
+            EXPECT_EQ(item.DB_filesize.value_or(1), 0u);
+            EXPECT_EQ(log.count(QStringLiteral("is no file name: the item has no path")), 1);
+        }
+    }
+    ::close(fd);
+    TarnDatabaseItem unlisted;
+    unlisted.setupWithUnrefFile(media, QStringLiteral(".."));
+    EXPECT_TRUE(unlisted.DB_itemPath.isNull());
+}
+
 TEST(ItemPath, PortableNameBoundaries) {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());

@@ -124,8 +124,7 @@ void TarnPMRScannerOperation::main() {
 
     quint32 counter = 0;
     while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
-        item->DB_itemPath = base + item->DB_ClipName;
-        item->validatePathAt(folderHandle.fd(), item->DB_ClipName);
+        item->placeInFolder(folder, folderHandle.fd());
         // An AMA link's path now ends in ".aaf": that name is accounted for.
         const QString& path = item->DB_itemPath;
         accounted.insert(
