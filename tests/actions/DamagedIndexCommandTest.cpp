@@ -78,19 +78,31 @@ struct DamagedIndex : CommandFixture {
     }
 };
 
+TEST_F(DamagedIndex, TheDryRunShowsWhatWouldBeRefused) {
+    const Outcome r = tarn({"delete", "--volume", vol(), "--show-missing", "--dry-run"});
+    EXPECT_EQ(r.code, 0);
+    for (const char* line :
+         {"%1/Good.mxf\n    -> (Trash)\n", "%1/Sub\n    -> (refused: Is a directory)\n",
+          "%1/LinkDir\n    -> (refused: Is a symbolic link)\n",
+          "%1/Pipe\n    -> (refused: Not a regular file)\n", "\n    -> (refused: No path)\n"})
+        EXPECT_TRUE(r.out.contains(QString::fromLatin1(line).arg(media()))) << r.out.toStdString();
+}
+
 TEST_F(DamagedIndex, NothingButTheMediaFilesIsTouchedWhateverTheAnswers) {
     const struct Case {
         const char* action;
+        const char* answer;  // "Yes", or "Yes to All"
         bool mediaFilesStay;
-    } cases[] = {{"delete", false}, {"move", false}, {"copy", true}};
+    } cases[] = {{"delete", "yes", false}, {"delete", "all", false}, {"move", "yes", false},
+                 {"move", "all", false},   {"copy", "yes", true},    {"copy", "all", true}};
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.action);
+        SCOPED_TRACE(std::string(c.action) + " --answer " + c.answer);
         QDir(vol()).removeRecursively();
         QDir(dst()).removeRecursively();
         SetUp();
         QMap<QString, QString> before = snapshot(vol());
         QStringList args{c.action,   "--volume", vol(),      "--show-missing",
-                         "--no-mxf", "--sure",   "--answer", "all"};
+                         "--no-mxf", "--sure",   "--answer", c.answer};
         if (QLatin1String(c.action) != "delete") args << "--to" << dst();
         const Outcome r = run(args, QStringLiteral(TARN_CLI_PATH), withoutTrash());
         EXPECT_EQ(r.code, 1) << r.err.toStdString();  // the refusals are errors
