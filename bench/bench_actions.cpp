@@ -50,6 +50,8 @@ void runAction(const QString& action, const QList<TarnItemPtr>& items, const QSt
     TarnActionOptions o(items);
     o.Action = action;
     o.Destination = to;
+    // The bench's own folder stands for the media folder the scan found.
+    o.mediaFolderRoots = {QFileInfo(to).path()};
     o.Create_projects_folders = o.Create_mxf_folders = false;
     TarnActionOperation op(o);
     op.start();

@@ -79,10 +79,15 @@ void progressLine(const QString& command, const TarnActionOperation& op, bool te
 // Every source and where it would go.
 QString plan(const TarnActionOptions& options) {
     TarnActionOperation op(options);
+    TarnMediaFileGuard guard(options.mediaFolderRoots);
     QString text;
     for (const TarnItemPtr& item : *options.items) {
         QString target;
-        if (options.isDelete()) {
+        TarnMediaFileGuard::Checked checked;
+        QString reason;
+        if (!guard.check(item->DB_itemPath, &checked, &reason)) {
+            target = QStringLiteral("(refused: %1)").arg(reason);
+        } else if (options.isDelete()) {
             target = QStringLiteral("(Trash)");
         } else {
             const QString folder = op.targetFolderForItem(*item);
@@ -189,6 +194,7 @@ int ActionCommand::run(const QString& command, const QStringList& args) {
     TarnCore& core = *TarnCore::sharedCore();
     selection.run(core);
     options.items = SelectionOptions::shownItems(core);
+    options.mediaFolderRoots = core.mediaFolderRoots();
 
     std::optional<quint64> total;
     const QString summary = TarnNewActionRules::updateStatusText(options, total);

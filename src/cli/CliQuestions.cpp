@@ -3,6 +3,7 @@
 #include <QByteArray>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 
 #include <poll.h>
@@ -11,6 +12,8 @@
 namespace {
 
 std::atomic<bool> gAsking{false};
+// The input has ended: every later question gets the safe answer unread.
+std::atomic<bool> gEndOfInput{false};
 
 int codeOf(const QStringList& buttons, const QString& name) {
     for (qsizetype i = 0; i < buttons.size(); ++i)
@@ -78,8 +81,23 @@ int CliQuestions::automaticAnswer(Policy policy, const TarnAlert::Request& reque
     return codeOf(buttons, QStringLiteral("Cancel"));
 }
 
+int CliQuestions::safeAnswer(const TarnAlert::Request& request) {
+    if (int answer = automaticAnswer(Policy::No, request)) return answer;
+    if (int skip = codeOf(request.buttons, QStringLiteral("Skip"))) return skip;
+    return codeOf(request.buttons, QStringLiteral("Skip All"));
+}
+
 bool CliQuestions::isAsking() {
     return gAsking;
+}
+
+// End of input answers the button that keeps everything as it is.
+int CliQuestions::endOfInputAnswer(const TarnAlert::Request& request) {
+    const int safe = safeAnswer(request);
+    std::fprintf(
+        stderr, "(end of input) -> %s\n",
+        safe ? qPrintable(request.buttons.at(safe - TarnAlert::kFirstButton)) : "(no answer)");
+    return safe;
 }
 
 int CliQuestions::prompt(const TarnAlert::Request& request) {
@@ -88,6 +106,7 @@ int CliQuestions::prompt(const TarnAlert::Request& request) {
         ~Done() { gAsking = false; }
     } done;
     std::fprintf(stderr, "\n%s\n%s\n", qPrintable(request.message), qPrintable(request.detail));
+    if (gEndOfInput) return endOfInputAnswer(request);
     for (qsizetype i = 0; i < request.buttons.size(); ++i)
         std::fprintf(stderr, "  [%lld] %s\n", static_cast<long long>(i + 1),
                      qPrintable(request.buttons.at(i)));
@@ -109,7 +128,11 @@ int CliQuestions::prompt(const TarnAlert::Request& request) {
             if (ready <= 0) continue;
             char c = 0;
             ssize_t n = ::read(STDIN_FILENO, &c, 1);
-            if (n <= 0) return TarnAlert::kNoAnswer;  // end of input
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) {
+                gEndOfInput = true;
+                return endOfInputAnswer(request);
+            }
             if (c == '\n') break;
             line.append(c);
         }

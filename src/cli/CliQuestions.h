@@ -24,10 +24,14 @@ class CliQuestions {
 
     // The answer the policy gives to a request (the code, or kNoAnswer).
     static int automaticAnswer(Policy policy, const TarnAlert::Request& request);
+    // The button that overwrites and deletes nothing ("No", "Cancel",
+    // "Skip"; "Ok" for an error): the answer when the input ends.
+    static int safeAnswer(const TarnAlert::Request& request);
     // A question is on the terminal (a progress line must not overwrite it).
     static bool isAsking();
 
   private:
     static int prompt(const TarnAlert::Request& request);
+    static int endOfInputAnswer(const TarnAlert::Request& request);
     Policy policy_;
 };

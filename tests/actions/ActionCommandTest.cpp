@@ -1,11 +1,12 @@
 #include <QDirIterator>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "ActionTestKit.h"
+#include "CommandKit.h"
 #include "DemoVolume.h"
 #include "actions/TarnFileCopier.h"
 
@@ -13,47 +14,16 @@ using namespace actiontest;
 
 namespace {
 
-struct Outcome {
-    int code = -1;
-    QString out, err;
-};
-
-struct CommandFixture : ::testing::Test {
-    QTemporaryDir tmp;
-    QString vol() const { return tmp.path() + "/vol"; }
-    QString dst() const { return tmp.path() + "/dst"; }
+// The demo volume, and an empty destination.
+struct DemoCommand : CommandFixture {
     void SetUp() override {
         QString error;
         ASSERT_TRUE(fixtures::DemoVolume::write(vol(), &error)) << error.toStdString();
         QDir().mkpath(dst());
     }
-    QProcessEnvironment env() const {
-        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-        e.insert("TARN_SETTINGS", tmp.path() + "/settings.ini");
-        e.insert("XDG_DATA_HOME", tmp.path() + "/data");
-        return e;
-    }
-    Outcome tarn(const QStringList& args) {
-        QProcess p;
-        p.setProcessEnvironment(env());
-        p.start(QStringLiteral(TARN_CLI_PATH), args);
-        p.closeWriteChannel();
-        p.waitForFinished(-1);
-        return {p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()),
-                QString::fromUtf8(p.readAllStandardError())};
-    }
-    int filesUnder(const QString& folder) {
-        int n = 0;
-        QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            it.next();
-            ++n;
-        }
-        return n;
-    }
 };
 
-TEST_F(CommandFixture, UsageErrorsAndRefusalsChangeNothing) {
+TEST_F(DemoCommand, UsageErrorsAndRefusalsChangeNothing) {
     Outcome r = tarn({"copy", vol()});
     EXPECT_EQ(r.code, 2);
     EXPECT_TRUE(r.err.contains("Invalid destination path"));
@@ -83,7 +53,7 @@ TEST_F(CommandFixture, UsageErrorsAndRefusalsChangeNothing) {
     EXPECT_EQ(filesUnder(dst()), 0);
 }
 
-TEST_F(CommandFixture, CopyThenAnswersAndFailures) {
+TEST_F(DemoCommand, CopyThenAnswersAndFailures) {
     const int before = filesUnder(vol());
     Outcome r = tarn({"copy", vol(), "--to", dst(), "--sure", "--no-project-folders",
                       "--action-log", tmp.path() + "/action.log"});
@@ -111,7 +81,7 @@ TEST_F(CommandFixture, CopyThenAnswersAndFailures) {
     EXPECT_EQ(readFile(dst() + "/Harbour"), QByteArray("in the way"));
 }
 
-TEST_F(CommandFixture, TerminationCancelsTheCopyAndKeepsEverything) {
+TEST_F(DemoCommand, TerminationCancelsTheCopyAndKeepsEverything) {
     const QString big = vol() + "/Avid MediaFiles/MXF/1/Big.mxf";
     const qint64 size = 2LL * 1024 * 1024 * 1024;
     int fd = ::open(QFile::encodeName(big).constData(), O_CREAT | O_WRONLY, 0644);

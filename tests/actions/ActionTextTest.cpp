@@ -1,5 +1,8 @@
 #include <QTemporaryDir>
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include "ActionTestKit.h"
 #include "actions/TarnAction.h"
 #include "actions/TarnActionOperation.h"
@@ -101,6 +104,48 @@ TEST_F(TextFixture, SummaryOfTheNewActionDialog) {
     o.Destination = "~/Media%20Folder";
     TarnNewActionRules::updateStatusText(o, total);
     EXPECT_EQ(o.Destination, QDir::homePath() + "/Media Folder");
+}
+
+// The destination the dialog and the worker keep is an absolute, clean folder
+// path, however it was typed.
+TEST_F(TextFixture, DestinationsBecomeAbsoluteCleanFolders) {
+    const QString home = QDir::homePath();
+    const QString here = QDir::currentPath();
+    const struct passwd* me = ::getpwuid(::geteuid());
+    ASSERT_NE(me, nullptr);
+    const QString myName = QString::fromLocal8Bit(me->pw_name);
+    const QString myHome = QDir::cleanPath(QFile::decodeName(me->pw_dir));
+    const struct Case {
+        QString typed;
+        QString stored;
+    } cases[] = {
+        {tmp.path(), tmp.path()},
+        {tmp.path() + "/", tmp.path()},
+        {tmp.path() + "//src/../", tmp.path()},
+        {tmp.path() + "/./src", tmp.path() + "/src"},
+        {"relative/dst", here + "/relative/dst"},
+        {".", here},
+        {"~", home},
+        {"~/", home},
+        {"~/Media%20Folder/", home + "/Media Folder"},
+        {"~" + myName + "/x", myHome + "/x"},
+        {"~no-such-user-here/x", here + "/~no-such-user-here/x"},
+        {"/a/~/b", "/a/~/b"},
+        {QString(), QString()},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(TarnNewActionRules::normaliseDestination(c.typed), c.stored)
+            << c.typed.toStdString();
+        TarnActionOptions o(items(1));
+        o.Destination = c.typed;
+        TarnActionOperation op(o);
+        EXPECT_EQ(op.targetURL(), c.stored) << c.typed.toStdString();
+    }
+    TarnActionOptions o(items(1));
+    o.Destination = tmp.path() + "/src/../";
+    TarnActionOperation op(o);
+    EXPECT_EQ(op.validPath(), tmp.path());
+    EXPECT_TRUE(op.actionLog().contains(":: destination :: " + tmp.path() + " \n"));
 }
 
 TEST_F(TextFixture, GoChecksSelectionDestinationAndConfirmation) {

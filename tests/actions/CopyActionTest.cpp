@@ -22,6 +22,7 @@ struct CopyFixture : ::testing::Test {
         TarnActionOptions o(items);
         o.Action = action;
         o.Destination = dst();
+        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/Vol")};
         return o;
     }
     TarnItemPtr file(const QString& name, const QString& folder = QString(), int size = 4096) {
@@ -192,7 +193,7 @@ TEST_F(CopyFixture, FolderThatCannotBeMadeIsReportedAndSilencedOnRequest) {
     EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
 }
 
-TEST_F(CopyFixture, CopyCarriesModeTimesAndAttributesAndNeverFollowsLinks) {
+TEST_F(CopyFixture, CopyCarriesModeTimesAndAttributesAndRefusesLinks) {
     TarnItemPtr a = file(QStringLiteral("A.mxf"));
     const QByteArray path = QFile::encodeName(a->DB_itemPath);
     ASSERT_EQ(::chmod(path.constData(), 0640), 0);
@@ -229,9 +230,10 @@ TEST_F(CopyFixture, CopyCarriesModeTimesAndAttributesAndNeverFollowsLinks) {
                   4);
         EXPECT_STREQ(value, "clip");
     }
-    QFileInfo copiedLink(dst() + "/L.mxf");
-    EXPECT_TRUE(copiedLink.isSymLink());
-    EXPECT_EQ(copiedLink.symLinkTarget(), dst() + "/A.mxf");
+    // A link is no media file: it is refused, not followed and not copied.
+    EXPECT_FALSE(QFileInfo(dst() + "/L.mxf").exists() || QFileInfo(dst() + "/L.mxf").isSymLink());
+    EXPECT_TRUE(op.actionLog().contains(":: ERROR :: Is a symbolic link :: " + linkPath + " \n"));
+    EXPECT_EQ(op.filesFailed(), 1u);
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ struct DeleteFixture : ::testing::Test {
     TarnActionOptions options(const QList<TarnItemPtr>& items) {
         TarnActionOptions o(items);
         o.Action = QStringLiteral("Delete");
+        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/Vol")};
         return o;
     }
     TarnItemPtr file(const QString& name) {

@@ -43,6 +43,7 @@ struct MoveFixture : ::testing::Test {
         TarnActionOptions o(items);
         o.Action = QStringLiteral("Move");
         o.Destination = dst();
+        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/Vol")};
         return o;
     }
     TarnItemPtr file(const QString& name, int size = 4096) {
@@ -222,6 +223,49 @@ TEST_F(MoveFixture, OverwriteByFastMoveReplacesTheTargetWhole) {
     EXPECT_TRUE(op.actionLog().contains(":: FILE EXISTS AT DESTINATION \n:: OVERWRITING \n"));
     EXPECT_EQ(readFile(target), content("A.mxf"));
     EXPECT_FALSE(QFileInfo::exists(a->DB_itemPath));
+}
+
+}  // namespace
+
+namespace {
+
+// A rename onto another name of the same file succeeds and changes nothing:
+// the file is still where it was, so the item stays present.
+TEST_F(MoveFixture, AMoveThatLeavesTheFileInPlaceKeepsTheItemPresent) {
+    TarnItemPtr a = file(QStringLiteral("A.mxf"));
+    QDir().mkpath(dst());
+    ASSERT_EQ(::link(QFile::encodeName(a->DB_itemPath).constData(),
+                     QFile::encodeName(dst() + "/A.mxf").constData()),
+              0);
+    TarnActionOptions o = options({a});
+    o.Create_projects_folders = o.Create_mxf_folders = false;
+    ScriptedAnswers answers({TarnAlert::kSecondButton});  // overwrite: yes
+    TarnActionOperation op(o);
+    op.start();
+    EXPECT_EQ(answers.asked(), QStringList{"File exists at destination.\nOverwrite?"});
+    EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
+    EXPECT_TRUE(a->DB_FileExists);
+    EXPECT_TRUE(a->DB_isValid);
+    EXPECT_FALSE(op.actionLog().contains("ERROR"));
+}
+
+// A project or folder name from a damaged index never leads out of the
+// destination.
+TEST_F(MoveFixture, TargetFoldersStayInsideTheDestination) {
+    const struct Case {
+        QString project;
+        QString folder;
+    } cases[] = {
+        {"..", "/__/MXF"},   {"../../..", "/.._.._../MXF"}, {".", "/_/MXF"},
+        {"a/b", "/a_b/MXF"}, {"a\\b", "/a_b/MXF"},          {"Doc", "/Doc/MXF"},
+    };
+    TarnActionOperation op(options({}));
+    for (const Case& c : cases) {
+        TarnDatabaseItem item;
+        item.DB_itemPath = src() + "/A.mxf";
+        item.DB_ProjectName = c.project;
+        EXPECT_EQ(op.targetFolderForItem(item), dst() + c.folder) << c.project.toStdString();
+    }
 }
 
 }  // namespace

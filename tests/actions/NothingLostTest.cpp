@@ -1,8 +1,13 @@
 #include <QTemporaryDir>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
 
 #include "ActionTestKit.h"
 #include "actions/TarnActionOperation.h"
@@ -40,6 +45,7 @@ struct CancelFixture : ::testing::Test {
         o.Action = action;
         o.Destination = dst();
         o.Create_projects_folders = o.Create_mxf_folders = false;
+        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/Vol")};
         QDir().mkpath(dst());
         return o;
     }
@@ -202,6 +208,111 @@ TEST_F(CancelFixture, CopierReportsEveryChunkAndTheWholeSize) {
     EXPECT_EQ(copy.read(4), QByteArray("head"));
     copy.seek(kBig - 4);
     EXPECT_EQ(copy.read(4), QByteArray("tail"));
+}
+
+}  // namespace
+
+namespace {
+
+// Partial copies left in a folder: only ours that nobody holds are removed.
+TEST_F(CancelFixture, OnlyAbandonedPartialCopiesAreSwept) {
+    QDir().mkpath(dst());
+    const QString prefix = TarnFileCopier::temporaryPrefix();
+    const struct Case {
+        QString name;
+        enum Kind { File, HeldFile, Folder, Link } kind;
+        bool removed;
+    } cases[] = {
+        {prefix + "A.mxf.x1Y2z3", Case::File, true},
+        {prefix + "B.mxf.Ab12Cd", Case::HeldFile, false},
+        {prefix + "C.mxf.abcdef", Case::Folder, false},
+        {prefix + "D.mxf.ABCDEF", Case::Link, false},
+        {prefix + "E.mxf", Case::File, false},         // no random tail
+        {prefix + "F.mxf.ab-cde", Case::File, false},  // not one of ours
+        {"G.mxf.Ab12Cd", Case::File, false},
+        {"A.mxf", Case::File, false},
+    };
+    std::vector<std::unique_ptr<QFile>> held;
+    for (const Case& c : cases) {
+        const QString path = dst() + "/" + c.name;
+        if (c.kind == Case::Folder) {
+            writeFile(path + "/inside", "keep");
+        } else if (c.kind == Case::Link) {
+            writeFile(tmp.path() + "/target", "keep");
+            ASSERT_EQ(::symlink(QFile::encodeName(tmp.path() + "/target").constData(),
+                                QFile::encodeName(path).constData()),
+                      0);
+        } else {
+            writeFile(path, "partial");
+        }
+        if (c.kind == Case::HeldFile) {
+            held.push_back(std::make_unique<QFile>(path));
+            ASSERT_TRUE(held.back()->open(QIODevice::ReadOnly));
+            ASSERT_EQ(::flock(held.back()->handle(), LOCK_EX | LOCK_NB), 0);
+        }
+    }
+    const QStringList removed = TarnFileCopier::removeAbandonedTemporaries(dst());
+    for (const Case& c : cases) {
+        EXPECT_EQ(removed.contains(c.name), c.removed) << c.name.toStdString();
+        EXPECT_EQ(
+            QFileInfo(dst() + "/" + c.name).exists() || QFileInfo(dst() + "/" + c.name).isSymLink(),
+            !c.removed)
+            << c.name.toStdString();
+    }
+    EXPECT_EQ(readFile(tmp.path() + "/target"), QByteArray("keep"));
+
+    // A running copy holds its own partial file: a sweep meanwhile leaves it.
+    TarnItemPtr a = big("A.mxf");
+    TarnActionOptions o = options({a});
+    TarnActionOperation op(o);
+    QStringList sweptDuringCopy;
+    op.setProgressObserver([&](std::int64_t copied) {
+        if (copied > 0 && sweptDuringCopy.isEmpty())
+            sweptDuringCopy << TarnFileCopier::removeAbandonedTemporaries(dst()) << "(swept)";
+    });
+    op.start();
+    EXPECT_EQ(sweptDuringCopy, QStringList{"(swept)"});
+    EXPECT_EQ(QFileInfo(dst() + "/A.mxf").size(), kBig);
+    EXPECT_FALSE(op.actionLog().contains("ERROR"));
+}
+
+TEST_F(CancelFixture, CancellingAgainLogsNothingMore) {
+    const struct Case {
+        const char* when;
+        std::function<void(TarnActionOperation&)> run;
+    } cases[] = {
+        {"before the run",
+         [](TarnActionOperation& op) {
+             op.cancel();
+             op.cancel();
+             op.start();
+             op.cancel();
+         }},
+        {"during the run",
+         [](TarnActionOperation& op) {
+             op.setProgressObserver([&](std::int64_t) {
+                 op.cancel();
+                 op.cancel();
+             });
+             op.start();
+             op.cancel();
+         }},
+        {"after the run",
+         [](TarnActionOperation& op) {
+             op.start();
+             op.cancel();
+             op.cancel();
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.when);
+        TarnActionOperation op(options({small("A.mxf")}));
+        int announced = 0;
+        QObject::connect(&op, &TarnActionOperation::isCancelledChanged, [&] { ++announced; });
+        c.run(op);
+        EXPECT_EQ(op.actionLog().count("TarnAction Cancelled"), 1);
+        EXPECT_EQ(announced, 1);
+    }
 }
 
 }  // namespace

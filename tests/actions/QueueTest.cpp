@@ -53,6 +53,7 @@ struct QueueFixture : ::testing::Test {
         TarnActionOptions o({makeItem(path)});
         o.Destination = dst();
         o.Create_projects_folders = o.Create_mxf_folders = false;
+        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/src")};
         return o;
     }
     TarnActionOptions plainCopy(const QString& name) {
@@ -62,6 +63,7 @@ struct QueueFixture : ::testing::Test {
         TarnActionOptions o({makeItem(path)});
         o.Destination = dst();
         o.Create_projects_folders = o.Create_mxf_folders = false;
+        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/src")};
         return o;
     }
 };

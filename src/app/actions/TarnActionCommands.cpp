@@ -38,7 +38,9 @@ TarnNewActionWindow* TarnActionCommands::NewAction(const std::vector<TarnItemPtr
 
 TarnActionManager::ActionPtr TarnActionCommands::ContinueActionSetup(
     const TarnActionOptions& properties) {
-    return manager_->SetUpNewActionWithOptions(properties);
+    TarnActionOptions options = properties;
+    if (options.mediaFolderRoots.isEmpty() && roots_) options.mediaFolderRoots = roots_();
+    return manager_->SetUpNewActionWithOptions(options);
 }
 
 TarnQueueWindow* TarnActionCommands::Queue() {

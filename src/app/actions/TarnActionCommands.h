@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -31,11 +33,15 @@ class TarnActionCommands : public QObject {
     TarnActionManager::ActionPtr ContinueActionSetup(const TarnActionOptions& properties);
     // The queue as a sheet over the window.
     void ShowQueue();
+    // Where the media folders of the scan come from: an action acts only on
+    // files inside them (options that name none get these).
+    void setMediaFolderRoots(std::function<QStringList()> roots) { roots_ = std::move(roots); }
     // The queue window, made on first use.
     TarnQueueWindow* Queue();
     TarnActionManager* manager() const { return manager_; }
 
   private:
+    std::function<QStringList()> roots_;
     TarnActionManager* manager_;
     QPointer<QWidget> window_;
     QPointer<TarnQueueWindow> queue_;

@@ -15,6 +15,7 @@
 #include "bins/BinCommands.h"
 #include "bins/TarnDragDropView.h"
 #include "console/xConsoleWindow.h"
+#include "database/TarnCore.h"
 #include "database/TarnViewSnapshot.h"
 #include "databases/TarnMDBB_Delete.h"
 #include "export/ExportMenu.h"
@@ -37,6 +38,8 @@ AppComponents::AppComponents(AppDelegate* app) : QObject(app), app_(app) {
     });
     manager_ = std::make_unique<TarnActionManager>();
     actions_ = std::make_unique<TarnActionCommands>(manager_.get(), window);
+    TarnCore* core = app_->core();
+    actions_->setMediaFolderRoots([core] { return core->mediaFolderRoots(); });
     databases_ = new TarnMDBB_Delete(window);
     launcher_ = new TarnExternalLauncher(this);
     version_ = new TarnVersionChecker(this);

@@ -10,6 +10,8 @@
 #include <QStorageInfo>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 
 #include <stdio.h>
@@ -34,13 +36,6 @@ std::function<void()>& popSlot() {
     return hook;
 }
 
-QString expandTilde(const QString& path) {
-    if (!path.contains(QLatin1Char('~'))) return path;
-    if (path == QLatin1String("~")) return QDir::homePath();
-    if (path.startsWith(QLatin1String("~/"))) return QDir::homePath() + path.mid(1);
-    return path;
-}
-
 // The same folder written with or without trailing separators compares equal.
 QString normalised(const QString& path) {
     if (path.isEmpty()) return path;
@@ -54,6 +49,16 @@ quint64 sizeOf(const TarnDatabaseItem& item) {
 bool reachable(const QString& path) {
     struct stat st {};
     return ::lstat(TarnFileName::encode(path).constData(), &st) == 0;
+}
+
+// A project or folder name as one folder of a target path: separators and
+// NULs become "_", and "." or ".." become "_" or "__".
+QString asFolderName(const QString& name) {
+    QString out = name;
+    for (QChar& c : out)
+        if (c == QLatin1Char('/') || c == QLatin1Char('\\') || c.isNull()) c = QLatin1Char('_');
+    if (out == QLatin1String(".") || out == QLatin1String("..")) out.fill(QLatin1Char('_'));
+    return out.isEmpty() ? QStringLiteral("_") : out;
 }
 
 // The five answers of "File can not be moved.\nCopy?", in button order.
@@ -92,12 +97,13 @@ TarnActionOperation::TarnActionOperation(const TarnActionOptions& properties)
         for (const TarnItemPtr& item : *properties_.items)
             if (item) bytesTotal_ += sizeOf(*item);
         if (!properties_.isDelete()) {
-            QString destination = properties_.Destination;
+            const QString destination = properties_.Destination;
             if (!destination.isNull()) {
-                destination = expandTilde(destination);
-                targetURL_ = TarnUtilities::stringByRemovingPercentEncoding(destination);
-                if (QFileInfo(targetURL_).isDir())
-                    validPath_ = TarnUtilities::stringByRemovingPercentEncoding(destination);
+                // A folder path that compares: absolute and clean, so that a
+                // relative or trailing-separator destination still meets the
+                // source folder it names.
+                targetURL_ = TarnUtilities::absoluteFolderPath(destination);
+                if (QFileInfo(targetURL_).isDir()) validPath_ = targetURL_;
             }
             log(QStringLiteral(":: destination :: %1 \n").arg(validPath_));
         }
@@ -243,14 +249,15 @@ QString TarnActionOperation::targetFolderForItem(const TarnDatabaseItem& item) c
     if (targetURL_.isNull()) return QString();
     QString folder = normalised(targetURL_);
     QFileInfo file(item.DB_itemPath);
-    if (properties_.Create_projects_folders) folder += QLatin1Char('/') + item.get_DB_ProjectName();
+    if (properties_.Create_projects_folders)
+        folder += QLatin1Char('/') + asFolderName(item.get_DB_ProjectName());
     if (properties_.Create_mxf_folders) {
         QString extension = file.suffix();
         folder += QLatin1Char('/') +
                   (extension.isEmpty() ? QStringLiteral("_NOEXT_TYPE") : extension.toUpper());
     }
     if (properties_.Keep_original_folders) {
-        folder += QLatin1Char('/') + QFileInfo(file.path()).fileName();
+        folder += QLatin1Char('/') + asFolderName(QFileInfo(file.path()).fileName());
         TARN_LOG(QStringLiteral("Target path: %1").arg(folder));
     }
     return folder;
@@ -261,7 +268,23 @@ bool TarnActionOperation::areSourceAndTargetEqual(const QString& source,
     QString src = normalised(source);
     QString target = normalised(targetFolder);
     if (src.isEmpty() || target.isEmpty()) return false;
-    return src == target || normalised(QFileInfo(src).path()) == target;
+    const QString parent = normalised(QFileInfo(src).path());
+    if (src == target || parent == target) return true;
+    // The same folder reached through a link is the same folder.
+    return realFolder(parent) == realFolder(target);
+}
+
+QString TarnActionOperation::realFolder(const QString& folder) const {
+    QMutexLocker lock(&realFoldersMutex_);
+    auto known = realFolders_.constFind(folder);
+    if (known != realFolders_.constEnd()) return *known;
+    char buffer[PATH_MAX];
+    const QString real = ::realpath(TarnFileName::encode(folder).constData(), buffer)
+                             ? TarnFileName::decode(buffer)
+                             : folder;
+    // Only existing folders are kept: one made later resolves then.
+    if (real != folder || QFileInfo(folder).isDir()) realFolders_.insert(folder, real);
+    return real;
 }
 
 bool TarnActionOperation::areURLsOnTheSameVolume(const QString& first, const QString& second) {
@@ -380,6 +403,53 @@ void TarnActionOperation::countFailure(const TarnFileCopier::Result& result) {
     if (!result.cancelled && !isCancelled()) ++filesFailed_;
 }
 
+void TarnActionOperation::logCopyFailure(const TarnFileCopier::Result& result,
+                                         const QString& consoleLine) {
+    countFailure(result);
+    TARN_LOG(consoleLine);
+    log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
+    // Why, unless the user stopped it.
+    if (!result.cancelled && result.error != 0)
+        log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(result.error).arg(result.description));
+}
+
+TarnMediaFileGuard& TarnActionOperation::guard() {
+    if (!guard_) guard_ = std::make_unique<TarnMediaFileGuard>(properties_.mediaFolderRoots);
+    return *guard_;
+}
+
+void TarnActionOperation::logRefusal(const QString& reason, const QString& path) {
+    ++filesFailed_;
+    log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(reason, path));
+    TARN_LOG(QStringLiteral("%1 :: %2").arg(reason, path));
+}
+
+bool TarnActionOperation::checkSource(const TarnDatabaseItem& item,
+                                      TarnMediaFileGuard::Checked* checked) {
+    QString reason;
+    if (guard().check(item.DB_itemPath, checked, &reason)) return true;
+    // An item without a path is known by the name its index gave it.
+    logRefusal(reason, item.DB_itemPath.isEmpty() ? item.DB_ClipName : item.DB_itemPath);
+    return false;
+}
+
+bool TarnActionOperation::recheckSource(const TarnDatabaseItem& item,
+                                        const TarnMediaFileGuard::Checked& checked) {
+    QString reason;
+    if (guard().stillSame(checked, &reason)) return true;
+    logRefusal(reason, item.DB_itemPath);
+    return false;
+}
+
+void TarnActionOperation::sweepAbandonedCopies(const QString& folder) {
+    if (sweptFolders_.contains(folder)) return;
+    sweptFolders_.insert(folder);
+    for (const QString& name : TarnFileCopier::removeAbandonedTemporaries(folder)) {
+        log(QStringLiteral(":: REMOVED ABANDONED PARTIAL COPY :: %1/%2 \n").arg(folder, name));
+        TARN_LOG(QStringLiteral("Removed abandoned partial copy %1/%2").arg(folder, name));
+    }
+}
+
 QString TarnActionOperation::beginItemTurn(const TarnDatabaseItem& item, const QString& verb) {
     ++itemsDone_;
     if (!isCancelled()) sendStatusUpdate();
@@ -394,6 +464,33 @@ QString TarnActionOperation::beginItemTurn(const TarnDatabaseItem& item, const Q
     return folder;
 }
 
+QString TarnActionOperation::prepareTarget(const TarnDatabaseItem& item, const QString& folder,
+                                           bool* ok) {
+    *ok = createTargetDirWithURL(folder, item.DB_itemPath);
+    if (*ok) sweepAbandonedCopies(normalised(folder));
+    return folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();
+}
+
+void TarnActionOperation::logStart(const QString& verb, const TarnDatabaseItem& item,
+                                   const QString& target) {
+    log(QStringLiteral("%1 :: STARTING ::\n:: %2\nfrom :: %3 \nto :: %4\n")
+            .arg(timestamp(), verb, item.DB_itemPath, target));
+}
+
+bool TarnActionOperation::copyChecked(const TarnDatabaseItem& item,
+                                      const TarnMediaFileGuard::Checked& source,
+                                      const QString& target, unsigned flags,
+                                      const QString& consoleLine) {
+    if (!recheckSource(item, source)) return false;
+    TarnFileCopier::Result result = runCopy(source.path, target, flags);
+    if (!result.ok) {
+        logCopyFailure(result, consoleLine);
+        return false;
+    }
+    log(QStringLiteral("%1 :: DONE ::\n").arg(timestamp()));
+    return true;
+}
+
 void TarnActionOperation::copyAction() {
     for (const TarnItemPtr& itemPtr : *properties_.items) {
         if (isCancelled()) return;
@@ -401,10 +498,14 @@ void TarnActionOperation::copyAction() {
         TarnDatabaseItem& item = *itemPtr;
         const QString folder = beginItemTurn(item, QStringLiteral("copy"));
         if (folder.isNull()) continue;
-        const bool ok = createTargetDirWithURL(folder, item.DB_itemPath);
-        const QString target = folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();
-        log(QStringLiteral("%1 :: STARTING ::\n:: copy\nfrom :: %2 \nto :: %3\n")
-                .arg(timestamp(), item.DB_itemPath, target));
+        TarnMediaFileGuard::Checked source;
+        if (!checkSource(item, &source)) {
+            countItemDone(item);
+            continue;
+        }
+        bool ok = false;
+        const QString target = prepareTarget(item, folder, &ok);
+        logStart(QStringLiteral("copy"), item, target);
         bool proceed = true;
         if (reachable(target)) {
             log(QStringLiteral(":: FILE EXISTS AT DESTINATION \n"));
@@ -424,119 +525,97 @@ void TarnActionOperation::copyAction() {
                 }
             }
         }
-        if (proceed) {
-            TarnFileCopier::Result result = runCopy(item.DB_itemPath, target, TarnFileCopier::None);
-            if (!result.ok) {
-                countFailure(result);
-                TARN_LOG(QStringLiteral("Error copying to %1").arg(target));
-                log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
-            } else {
-                log(QStringLiteral("%1 :: DONE ::\n").arg(timestamp()));
-            }
-        }
+        if (proceed)
+            copyChecked(item, source, target, TarnFileCopier::None,
+                        QStringLiteral("Error copying to %1").arg(target));
         if (isCancelled()) return;
         countItemDone(item);
     }
 }
 
+bool TarnActionOperation::fastMove(const TarnMediaFileGuard::Checked& source,
+                                   const QString& target) {
+    TARN_LOG(QStringLiteral("Fast Move"));
+    int code = 0;
+    QString description;
+    if (guard().renameFile(source, target, &code, &description)) return true;
+    ++filesFailed_;
+    log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
+    TARN_LOG(QStringLiteral("%1 :: %2\n").arg(code).arg(description));
+    return false;
+}
+
+bool TarnActionOperation::copyInsteadOfMove(const TarnDatabaseItem& item, MoveAnswers& answers) {
+    if (answers.skipAll) return false;
+    if (answers.copyAll) return true;
+    if (isCancelled()) return false;
+    int answer = TarnAlert::ShowDialog_with_buttons(
+        QStringLiteral("File can not be moved.\nCopy?"), item.DB_itemPath,
+        {QStringLiteral("Skip All"), QStringLiteral("No"), QStringLiteral("Yes"),
+         QStringLiteral("Yes to All"), QStringLiteral("Cancel")},
+        [this] { return isCancelled(); });
+    switch (answer) {
+        case kSkipAll:
+            log(QStringLiteral(":: SKIPPING \n"));
+            answers.skipAll = true;
+            answers.copyAll = false;
+            return false;
+        case kNo:
+            log(QStringLiteral(":: SKIPPING \n"));
+            return false;
+        case kYes:
+            log(QStringLiteral(":: COPYING \n"));
+            return true;
+        case kYesToAll:
+            log(QStringLiteral(":: COPYING \n"));
+            answers.copyAll = true;
+            answers.skipAll = false;
+            return true;
+        case kCancel:
+            cancel();
+            return false;
+        default:
+            return false;
+    }
+}
+
 void TarnActionOperation::moveAction() {
-    bool copyAll = false;
-    bool skipAll = false;
+    MoveAnswers answers;
     for (const TarnItemPtr& itemPtr : *properties_.items) {
         if (isCancelled()) return;
         if (!itemPtr) continue;
         TarnDatabaseItem& item = *itemPtr;
         const QString folder = beginItemTurn(item, QStringLiteral("move"));
         if (folder.isNull()) continue;
-        const bool ok = createTargetDirWithURL(folder, item.DB_itemPath);
+        TarnMediaFileGuard::Checked source;
+        if (!checkSource(item, &source)) {
+            countItemDone(item);
+            continue;
+        }
+        bool ok = false;
+        const QString target = prepareTarget(item, folder, &ok);
         const bool sameVolume = areURLsOnTheSameVolume(item.DB_itemPath, folder);
-        const QString target = folder + QLatin1Char('/') + QFileInfo(item.DB_itemPath).fileName();
-        log(QStringLiteral("%1 :: STARTING ::\n:: move\nfrom :: %2 \nto :: %3\n")
-                .arg(timestamp(), item.DB_itemPath, target));
+        logStart(QStringLiteral("move"), item, target);
         if (!ok) ++filesFailed_;  // no folder to move into
         const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
         bool done = false;
-        if (proceed &&
-            ::access(TarnFileName::encode(item.DB_itemPath).constData(), R_OK | W_OK) == 0) {
+        if (proceed && ::access(TarnFileName::encode(source.path).constData(), R_OK | W_OK) == 0) {
             if (sameVolume) {
-                TARN_LOG(QStringLiteral("Fast Move"));
-                if (::rename(TarnFileName::encode(item.DB_itemPath).constData(),
-                             TarnFileName::encode(target).constData()) == 0) {
-                    // A rename leaves nothing under the old name.
-                    markMissing(item);
-                } else {
-                    int code = errno;
-                    ++filesFailed_;
-                    QString description = QString::fromLocal8Bit(std::strerror(code));
-                    log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
-                    TARN_LOG(QStringLiteral("%1 :: %2\n").arg(code).arg(description));
-                }
+                done = fastMove(source, target);
             } else {
                 TARN_LOG(QStringLiteral("Slow move"));
-                TarnFileCopier::Result result =
-                    runCopy(item.DB_itemPath, target, TarnFileCopier::Move);
-                if (!result.ok) {
-                    countFailure(result);
-                    TARN_LOG(QStringLiteral("Error moving to %1").arg(target));
-                    log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
-                } else {
-                    log(QStringLiteral("%1 :: DONE ::\n").arg(timestamp()));
-                    done = true;
-                }
+                done = copyChecked(item, source, target, TarnFileCopier::Move,
+                                   QStringLiteral("Error moving to %1").arg(target));
             }
         } else {
             log(QStringLiteral(":: file is not moveable \n"));
-            bool copy = false;
-            if (skipAll) {
-                copy = false;
-            } else if (copyAll) {
-                copy = true;
-            } else if (!isCancelled()) {
-                int answer = TarnAlert::ShowDialog_with_buttons(
-                    QStringLiteral("File can not be moved.\nCopy?"), item.DB_itemPath,
-                    {QStringLiteral("Skip All"), QStringLiteral("No"), QStringLiteral("Yes"),
-                     QStringLiteral("Yes to All"), QStringLiteral("Cancel")},
-                    [this] { return isCancelled(); });
-                switch (answer) {
-                    case kSkipAll:
-                        log(QStringLiteral(":: SKIPPING \n"));
-                        skipAll = true;
-                        copyAll = false;
-                        break;
-                    case kNo:
-                        log(QStringLiteral(":: SKIPPING \n"));
-                        break;
-                    case kYes:
-                        log(QStringLiteral(":: COPYING \n"));
-                        copy = true;
-                        break;
-                    case kYesToAll:
-                        log(QStringLiteral(":: COPYING \n"));
-                        copyAll = true;
-                        skipAll = false;
-                        copy = true;
-                        break;
-                    case kCancel:
-                        cancel();
-                        break;
-                    default:
-                        break;
-                }
-            }
-            if (copy && proceed && !isCancelled()) {
+            if (copyInsteadOfMove(item, answers) && proceed && !isCancelled()) {
                 TARN_LOG(QStringLiteral("Slow copy"));
-                TarnFileCopier::Result result =
-                    runCopy(item.DB_itemPath, target, TarnFileCopier::None);
-                if (!result.ok) {
-                    countFailure(result);
-                    log(QStringLiteral("%1 :: ERROR ::\n").arg(timestamp()));
-                    TARN_LOG(QStringLiteral("Error moving to %1").arg(target));
-                } else {
-                    log(QStringLiteral("%1 :: DONE ::\n").arg(timestamp()));
-                    done = true;
-                }
+                done = copyChecked(item, source, target, TarnFileCopier::None,
+                                   QStringLiteral("Error moving to %1").arg(target));
             }
         }
+        // A move onto the file itself (or a copy) leaves it where it was.
         if (done && !reachable(item.DB_itemPath)) markMissing(item);
         if (isCancelled()) return;
         countItemDone(item);
@@ -562,20 +641,11 @@ bool TarnActionOperation::shouldRemoveItemAtURL(const QString& path) {
 }
 
 // Like a file manager's removal with a delegate: a declined removal counts as
-// success (nothing to report), a failed one returns its error.
-bool TarnActionOperation::removeItemAtURL(const QString& path, QString* error) {
-    if (!shouldRemoveItemAtURL(path)) return true;
-    struct stat st {};
-    const QByteArray native = TarnFileName::encode(path);
-    bool removed = false;
-    if (::lstat(native.constData(), &st) == 0 && S_ISDIR(st.st_mode)) {
-        removed = QDir(path).removeRecursively();
-        if (!removed) *error = QString::fromLocal8Bit(std::strerror(errno ? errno : EIO));
-    } else {
-        removed = ::unlink(native.constData()) == 0;
-        if (!removed) *error = QString::fromLocal8Bit(std::strerror(errno));
-    }
-    return removed;
+// success (nothing to report), a failed one returns its error. Only the
+// checked regular file is removed, never a folder.
+bool TarnActionOperation::removeItemAtURL(const TarnMediaFileGuard::Checked& file, QString* error) {
+    if (!shouldRemoveItemAtURL(file.path)) return true;
+    return guard().removeFile(file, error);
 }
 
 void TarnActionOperation::deleteAction() {
@@ -586,7 +656,8 @@ void TarnActionOperation::deleteAction() {
         ++itemsDone_;
         if (!isCancelled()) sendStatusUpdate();
         lastDelegateResponce_ = true;
-        if (!item.DB_FileExists) {
+        TarnMediaFileGuard::Checked file;
+        if (!item.DB_FileExists || !checkSource(item, &file)) {
             countItemDone(item);
             continue;
         }
@@ -594,14 +665,18 @@ void TarnActionOperation::deleteAction() {
         log(QStringLiteral("%1 :: DELETING :: %2 \n").arg(timestamp(), path));
         int code = 0;
         QString description;
-        bool succeeded = moveToTrash(path, &code, &description);
+        if (!recheckSource(item, file)) {
+            countItemDone(item);
+            continue;
+        }
+        bool succeeded = moveToTrash(file.path, &code, &description);
         if (!succeeded) {
             if (!description.isEmpty())
                 log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
             else
                 log(QStringLiteral(":: ERROR :: deleting :: %1 \n").arg(path));
             QString error;
-            if (!removeItemAtURL(path, &error)) {
+            if (!removeItemAtURL(file, &error)) {
                 if (!isCancelled()) ++filesFailed_;
                 if (!error.isEmpty() && !isCancelled()) {
                     log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(error, path));

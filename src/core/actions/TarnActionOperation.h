@@ -4,14 +4,17 @@
 #include <QLocale>
 #include <QMutex>
 #include <QObject>
+#include <QSet>
 #include <QString>
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 #include "actions/TarnActionOptions.h"
 #include "actions/TarnFileCopier.h"
+#include "actions/TarnMediaFileGuard.h"
 
 class TarnActionOperationDelegate;
 
@@ -21,6 +24,9 @@ class TarnActionOperationDelegate;
 // TarnAlert) when a target exists or a file cannot be moved or trashed, counts
 // bytes for the progress bar, marks items missing after a move or delete, and
 // keeps a timestamped action log.
+//
+// It touches only regular files inside the media folder roots of the scan
+// (TarnMediaFileGuard): any other item is logged as an error and skipped.
 //
 // States follow a queued operation: ready, executing, finished, and a
 // cancelled flag that may be set from any thread at any time; the work notices
@@ -70,7 +76,9 @@ class TarnActionOperation : public QObject {
     void moveAction();
     void deleteAction();
 
-    // The folder one item goes to (null without a destination).
+    // The folder one item goes to (null without a destination). Project and
+    // folder names that are no plain file names ("..", "a/b") are made
+    // harmless ("__", "a_b"): a target never leaves the destination.
     QString targetFolderForItem(const TarnDatabaseItem& item) const;
     bool createTargetDirWithURL(const QString& targetFolder, const QString& itemFile);
     bool areSourceAndTargetEqual(const QString& source, const QString& targetFolder) const;
@@ -93,6 +101,11 @@ class TarnActionOperation : public QObject {
 
   private:
     enum class Step { Counted, Stop };
+    // The "Copy?" answers that hold for the rest of a move run.
+    struct MoveAnswers {
+        bool copyAll = false;
+        bool skipAll = false;
+    };
 
     void log(const QString& text);
     QString timestamp() const;
@@ -104,12 +117,39 @@ class TarnActionOperation : public QObject {
     // returns the target folder, or null when the item needs no work (then
     // its bytes are already counted).
     QString beginItemTurn(const TarnDatabaseItem& item, const QString& verb);
+    // Makes the target folder (clearing abandoned partial copies from it)
+    // and returns the target file; `ok`: the folder is there.
+    QString prepareTarget(const TarnDatabaseItem& item, const QString& folder, bool* ok);
+    void logStart(const QString& verb, const TarnDatabaseItem& item, const QString& target);
+    // Copies (or, with TarnFileCopier::Move, moves) the checked source and
+    // logs DONE or the failure; true when done.
+    bool copyChecked(const TarnDatabaseItem& item, const TarnMediaFileGuard::Checked& source,
+                     const QString& target, unsigned flags, const QString& consoleLine);
+    // A rename within the volume; a failure is logged.
+    bool fastMove(const TarnMediaFileGuard::Checked& source, const QString& target);
+    // "File can not be moved.\nCopy?", unless an "All" answer holds.
+    bool copyInsteadOfMove(const TarnDatabaseItem& item, MoveAnswers& answers);
     int askNoYesYesToAll(const QString& message, const QString& detail);
     void showErrorDialog(const QString& message, const QString& detail);
-    bool removeItemAtURL(const QString& path, QString* error);
+    bool removeItemAtURL(const TarnMediaFileGuard::Checked& file, QString* error);
     static void markMissing(TarnDatabaseItem& item);
     TarnFileCopier::Result runCopy(const QString& source, const QString& target, unsigned flags);
     void countFailure(const TarnFileCopier::Result& result);
+    // Logs a failed copy with the system's reason ("No space left on device").
+    void logCopyFailure(const TarnFileCopier::Result& result, const QString& consoleLine);
+    TarnMediaFileGuard& guard();
+    // The item is a regular file inside a media folder root (checked before
+    // its turn, and re-checked right before it is touched); otherwise the
+    // reason is logged as an error and counted as a failure.
+    bool checkSource(const TarnDatabaseItem& item, TarnMediaFileGuard::Checked* checked);
+    bool recheckSource(const TarnDatabaseItem& item, const TarnMediaFileGuard::Checked& checked);
+    void logRefusal(const QString& reason, const QString& path);
+    // The first copy or move into a folder removes the partial copies that
+    // no running Tarn owns (left by one that was killed).
+    void sweepAbandonedCopies(const QString& folder);
+    // A folder with its links resolved (cached), or the text when it does
+    // not exist.
+    QString realFolder(const QString& folder) const;
 
     TarnActionOptions properties_;
     quint64 itemsTotal_ = 0;
@@ -141,4 +181,8 @@ class TarnActionOperation : public QObject {
     mutable qint64 stampSecond_ = -1;  // the last stamp, reused within its second
     mutable QString stamp_;
     QHash<QString, QString> volumeNames_;  // folder -> volume name (worker thread)
+    std::unique_ptr<TarnMediaFileGuard> guard_;
+    QSet<QString> sweptFolders_;
+    mutable QMutex realFoldersMutex_;
+    mutable QHash<QString, QString> realFolders_;
 };

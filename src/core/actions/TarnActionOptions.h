@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -48,4 +49,8 @@ class TarnActionOptions {
     bool Keep_original_folders = false;
     bool Keep_pmr = false;  // recorded only; the engine does not read it
     bool Im_sure = false;
+    // The media folder roots of the scan that found the items (the core's
+    // TarnCore::mediaFolderRoots()). Copy, move and delete act only on
+    // regular files inside one of them; with none, on nothing.
+    QStringList mediaFolderRoots;
 };

@@ -85,7 +85,13 @@ TarnActionOptions TarnDatabaseFiles::deleteOptions(const QList<Entry>& files) {
     options.Im_sure = true;
     QList<TarnItemPtr> items;
     items.reserve(files.size());
-    for (const Entry& file : files) items.append(itemForFile(file));
+    for (const Entry& file : files) {
+        items.append(itemForFile(file));
+        // The engine acts only inside media folders it was given: here the
+        // folders that hold the listed files.
+        if (!options.mediaFolderRoots.contains(file.folder))
+            options.mediaFolderRoots.append(file.folder);
+    }
     options.items = items;
     return options;
 }

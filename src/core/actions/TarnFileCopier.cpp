@@ -7,7 +7,9 @@
 #include <cstring>
 #include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/xattr.h>
@@ -58,6 +60,43 @@ QByteArray temporaryBeside(const QByteArray& target) {
     if (name.size() > 180) name.truncate(180);
     return (dir == "/" ? QByteArray() : dir) + '/' + TarnFileCopier::temporaryPrefix().toLatin1() +
            name + ".XXXXXX";
+}
+
+// The temporary file, made and locked. The exclusive flock says "a running
+// Tarn owns this file" for as long as the descriptor stays open, and goes
+// with the process however it ends; removeAbandonedTemporaries takes only
+// files whose lock it can get. A sweeper may remove the file between its
+// creation and the lock: then the name no longer leads to the locked file,
+// and another is made. Where the file system has no locks the copy goes on
+// unlocked (and such files are never swept).
+int createLockedTemporary(const QByteArray& target, QByteArray* temp) {
+    for (int attempt = 0; attempt < 8; ++attempt) {
+        *temp = temporaryBeside(target);
+        int fd = ::mkostemp(temp->data(), O_CLOEXEC);
+        if (fd < 0) return -1;
+        if (::flock(fd, LOCK_EX | LOCK_NB) != 0) return fd;
+        struct stat opened {
+        }, named{};
+        if (::fstat(fd, &opened) == 0 && ::lstat(temp->constData(), &named) == 0 &&
+            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino)
+            return fd;
+        ::close(fd);
+    }
+    errno = EAGAIN;
+    return -1;
+}
+
+// "<prefix><name>.XXXXXX": the names temporaryBeside makes.
+bool isTemporaryName(const QByteArray& name) {
+    const QByteArray prefix = TarnFileName::encode(TarnFileCopier::temporaryPrefix());
+    if (!name.startsWith(prefix) || name.size() < prefix.size() + 7) return false;
+    if (name.at(name.size() - 7) != '.') return false;
+    for (qsizetype i = name.size() - 6; i < name.size(); ++i) {
+        const char c = name.at(i);
+        if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')))
+            return false;
+    }
+    return true;
 }
 
 #ifndef __APPLE__
@@ -262,10 +301,10 @@ TarnFileCopier::Result TarnFileCopier::copy(const QString& source, const QString
     if (S_ISDIR(st.st_mode)) return failure(EISDIR);
     if (!S_ISREG(st.st_mode) && !S_ISLNK(st.st_mode)) return failure(EINVAL);
 
-    QByteArray temp = temporaryBeside(dst);
-    int made = ::mkostemp(temp.data(), O_CLOEXEC);
-    if (made < 0) return failure(errno);
-    ::close(made);
+    QByteArray temp;
+    Fd lock;  // held until the temporary file is renamed or removed
+    lock.fd = createLockedTemporary(dst, &temp);
+    if (lock.fd < 0) return failure(errno);
 
     Result result;
 #ifdef __APPLE__
@@ -289,13 +328,46 @@ TarnFileCopier::Result TarnFileCopier::copy(const QString& source, const QString
         return result;
     }
     if (move) {
-        // The complete copy is in place: only now may the source go.
-        struct stat placed {};
+        // The complete copy is in place: only now may the source go, and only
+        // if it is still the file that was copied.
+        struct stat placed {
+        }, still{};
         if (::lstat(dst.constData(), &placed) != 0 || placed.st_size != st.st_size)
             return failure(EIO);
+        if (::lstat(src.constData(), &still) != 0) return failure(errno);
+        if (still.st_dev != st.st_dev || still.st_ino != st.st_ino) return failure(ESTALE);
         if (::unlink(src.constData()) != 0) return failure(errno);
     }
     return result;
+}
+
+QStringList TarnFileCopier::removeAbandonedTemporaries(const QString& folder) {
+    QStringList removed;
+    Fd dir;
+    dir.fd = ::open(TarnFileName::encode(folder).constData(),
+                    O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (dir.fd < 0) return removed;
+    DIR* listing = ::fdopendir(::dup(dir.fd));
+    if (!listing) return removed;
+    while (dirent* entry = ::readdir(listing)) {
+        const QByteArray name(entry->d_name);
+        if (!isTemporaryName(name)) continue;
+        // Only a regular file, opened without following a link, whose lock
+        // nobody holds.
+        Fd file;
+        file.fd =
+            ::openat(dir.fd, name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        struct stat opened {
+        }, named{};
+        if (file.fd < 0 || ::fstat(file.fd, &opened) != 0 || !S_ISREG(opened.st_mode)) continue;
+        if (::flock(file.fd, LOCK_EX | LOCK_NB) != 0) continue;
+        if (::fstatat(dir.fd, name.constData(), &named, AT_SYMLINK_NOFOLLOW) != 0 ||
+            named.st_dev != opened.st_dev || named.st_ino != opened.st_ino)
+            continue;
+        if (::unlinkat(dir.fd, name.constData(), 0) == 0) removed.append(TarnFileName::decode(name));
+    }
+    ::closedir(listing);
+    return removed;
 }
 
 bool TarnFileCopier::createDirectories(const QString& path, bool* created, QString* error) {

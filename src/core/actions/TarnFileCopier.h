@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 
@@ -46,4 +47,16 @@ class TarnFileCopier {
 
     // The prefix of the temporary files (so tests and tools can recognise them).
     static QString temporaryPrefix() { return QStringLiteral(".tarn-partial-"); }
+
+    // Removes the temporary files of a copy that ended without cleaning up
+    // (its process was killed) from `folder`, and returns their names. A
+    // copy holds an exclusive flock(2) on its temporary file from creation
+    // until it is renamed into place or removed; the lock ends with the
+    // process, however it ends. So a regular file named like ours
+    // ("<prefix><name>.XXXXXX") whose lock can be taken belongs to no running
+    // Tarn. On network volumes whose locks reach the server (NFS) this holds
+    // across machines; where locks stay local, a sweep can take another
+    // machine's unfinished temporary file, whose copy then fails without
+    // touching its source.
+    static QStringList removeAbandonedTemporaries(const QString& folder);
 };

@@ -1,21 +1,12 @@
 #include "actions/TarnNewActionRules.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include "items/TarnFileSize.h"
 #include "support/TarnUtilities.h"
 
 QString TarnNewActionRules::normaliseDestination(const QString& destination) {
-    if (destination.isNull()) return destination;
-    QString path = destination;
-    if (path.contains(QLatin1Char('~'))) {
-        if (path == QLatin1String("~"))
-            path = QDir::homePath();
-        else if (path.startsWith(QLatin1String("~/")))
-            path = QDir::homePath() + path.mid(1);
-    }
-    return TarnUtilities::stringByRemovingPercentEncoding(path);
+    return TarnUtilities::absoluteFolderPath(destination);
 }
 
 quint64 TarnNewActionRules::totalSizeOf(const TarnActionOptions& options) {

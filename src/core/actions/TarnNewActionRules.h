@@ -34,7 +34,9 @@ class TarnNewActionRules {
     // The checks of "GO"; normalises "Destination" in place.
     static Verdict PushGo(TarnActionOptions& options);
 
-    // "~/x" -> "/home/me/x", percent escapes removed; null stays null.
+    // The folder path the destination names: "~/x" -> "/home/me/x", "~user",
+    // percent escapes removed, made absolute and clean ("dst/../x/" ->
+    // "/cwd/x"); null stays null.
     static QString normaliseDestination(const QString& destination);
     static quint64 totalSizeOf(const TarnActionOptions& options);
 };

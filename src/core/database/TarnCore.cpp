@@ -1,5 +1,8 @@
 #include "database/TarnCore.h"
 
+#include <QFileInfo>
+#include <QUrl>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -134,6 +137,10 @@ void TarnCore::clear() {
         items_.clear();
         invalidateCaches();
     }
+    {
+        std::lock_guard<std::mutex> guard(rootsLock_);
+        mediaFolderRoots_.clear();
+    }
     sortedFiltered_.clear();
     sorted_.clear();
     emit previewCleared();
@@ -154,11 +161,23 @@ void TarnCore::AddFile(const QString& location) {
     }
     if (path.isEmpty()) return;
 
-    if (!TarnFolderReader::isFolder(path)) {
+    const bool folder = TarnFolderReader::isFolder(path);
+    // A picked index file scans its folder: that folder is the root.
+    if (folder || extensionOf(path).compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
+        const QString root = folder ? path : QFileInfo(path).path();
+        std::lock_guard<std::mutex> guard(rootsLock_);
+        if (!mediaFolderRoots_.contains(root)) mediaFolderRoots_.append(root);
+    }
+    if (!folder) {
         AddFile_TypeSelector(path);
         return;
     }
     walkFolder(path);
+}
+
+QStringList TarnCore::mediaFolderRoots() const {
+    std::lock_guard<std::mutex> guard(rootsLock_);
+    return mediaFolderRoots_;
 }
 
 // Depth first, each folder reported before its contents, like the file

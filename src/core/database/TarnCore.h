@@ -54,6 +54,10 @@ class TarnCore : public QObject {
     // A file, or a whole folder tree, into the scan: every media index file
     // found starts a scanner operation on the queue.
     void AddFile(const QString& path);
+    // The media folder roots of the scans since the last clear: each folder
+    // given to AddFile, or the folder of a file given to it (a picked
+    // "msmFMID.pmr"). The actions act only on files inside them.
+    QStringList mediaFolderRoots() const;
     void AddFile_TypeSelector(const QString& path);
     void AddItem(const TarnItemPtr& item);
     // Scanner operations call it holding theCoreLock().
@@ -134,6 +138,8 @@ class TarnCore : public QObject {
     static constexpr quint32 kProbe = 0xFFFFFFFFu;
 
     std::mutex coreLock_;
+    mutable std::mutex rootsLock_;
+    QStringList mediaFolderRoots_;
     TarnScannerQueue* queue_;
     std::unique_ptr<TarnVocabulary> vocabulary_;
     bool broken_ = false;

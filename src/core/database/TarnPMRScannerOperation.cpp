@@ -123,16 +123,11 @@ void TarnPMRScannerOperation::main() {
 
     quint32 counter = 0;
     while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
-        // Built at its exact length: a path kept for every item would
-        // otherwise carry the doubled capacity of a grown string.
-        item->DB_itemPath.reserve(base.size() + item->DB_ClipName.size());
-        item->DB_itemPath.append(base).append(item->DB_ClipName);
-        item->validatePathAt(folderHandle.fd(), item->DB_ClipName);
-        // The name on disk is accounted for. It is the last component of the
-        // path's URL text with the escapes removed; that round trip through
-        // TarnFileName::urlText gives back the path's own last component
-        // exactly ("a%41b.wav" stays "a%41b.wav"), so that is taken as it is.
-        // An AMA link's path now ends in ".aaf".
+        item->placeInFolder(folder, folderHandle.fd());
+        // The name on disk is accounted for: the last component of the path's
+        // URL text with the escapes removed, which TarnFileName::urlText's
+        // round trip gives back exactly ("a%41b.wav" stays "a%41b.wav"). An
+        // AMA link's path now ends in ".aaf": that name is accounted for too.
         const QString& path = item->DB_itemPath;
         accounted.insert(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
         ++counter;

@@ -197,10 +197,43 @@ void TarnDatabaseItem::setupWithPmrBytes(const void* bytes, qsizetype length, qu
     DB_isGoodUUID = checkUUID();
 }
 
-void TarnDatabaseItem::setupWithUnrefFile(const QString& folderPath, const QString& clipname) {
-    // At its exact length (the path is kept for the life of the item).
+bool TarnDatabaseItem::isPlainFileName(const QString& name) {
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") &&
+           !name.contains(QLatin1Char('/')) && !name.contains(QLatin1Char('\\')) &&
+           !name.contains(QChar(0));  // the system would end the name there
+}
+
+namespace {
+// Built at its exact length: the path is kept for the life of the item, and a
+// grown string would carry spare capacity for every item.
+QString inFolder(const QString& folderPath, const QString& name) {
     const QLatin1StringView slash(folderPath.endsWith(QLatin1Char('/')) ? "" : "/");
-    DB_itemPath = folderPath % slash % clipname;
+    return folderPath % slash % name;
+}
+}  // namespace
+
+void TarnDatabaseItem::placeInFolder(const QString& folderPath, int dirFd) {
+    if (isPlainFileName(DB_ClipName)) {
+        DB_itemPath = inFolder(folderPath, DB_ClipName);
+        validatePathAt(dirFd, DB_ClipName);
+        return;
+    }
+    // A damaged index can hold any bytes: "..", "../../Avid Projects" or
+    // nothing joined to the folder would name a folder outside it, or the
+    // media folder itself.
+    TARN_LOG(QStringLiteral("**** Warning **** \"%1\" in the media index of %2 is no file name: "
+                            "the item has no path")
+                 .arg(DB_ClipName, folderPath));
+    DB_itemPath = QString();
+    validatePath();
+    DB_FileExists = false;
+    if (!DB_filesize) DB_filesize = 0;
+    DB_isPortableFilename = false;
+}
+
+void TarnDatabaseItem::setupWithUnrefFile(const QString& folderPath, const QString& clipname) {
+    // A folder listing gives plain names; anything else is no file of the folder.
+    DB_itemPath = isPlainFileName(clipname) ? inFolder(folderPath, clipname) : QString();
     DB_ClipName = clipname;
     checkForAudioTypeByExtension();
     if (hash() == 0 && readsOwnMxfFile()) readOwnMediaFile();

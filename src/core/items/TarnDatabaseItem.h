@@ -49,6 +49,15 @@ class TarnDatabaseItem {
     void setupWithPmrBytes(const void* bytes, qsizetype length, quint32 uidSize, bool useByteSwap);
     // Builds the record for a file found on disk that no index lists.
     void setupWithUnrefFile(const QString& folderPath, const QString& clipname);
+    // Places an index entry in its media folder: DB_itemPath = folder + "/" +
+    // DB_ClipName, looked up in the open folder dirFd (see validatePathAt).
+    // A name that is no plain file name (see isPlainFileName) never becomes
+    // a path: the item stays as the index describes it, as a file that does
+    // not exist with a non-portable name, and the log says why.
+    void placeInFolder(const QString& folderPath, int dirFd);
+    // A name that stays inside its folder: not empty, not "." or "..", and
+    // without a separator ("/", or "\" of other systems).
+    static bool isPlainFileName(const QString& name);
     // Identifiers of 8 or 32 bytes from a reader; another length only records
     // the size (in 32-bit words) and copies nothing.
     void setFileUIDWithNSData(const QByteArray& data);
