@@ -169,6 +169,7 @@ struct QueueFixture : ::testing::Test {
         o.Action = action;
         o.Destination = dst();
         o.Im_sure = true;
+        o.mediaFolderRoots = {tmp.path() + "/Vol/Avid MediaFiles/MXF"};
         return o;
     }
 };

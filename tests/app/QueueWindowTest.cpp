@@ -57,6 +57,7 @@ struct QueueWindowFixture : ::testing::Test {
         TarnActionOptions o({itemFor(tmp.path() + "/src/" + name)});
         o.Destination = dst();
         o.Create_projects_folders = o.Create_mxf_folders = false;
+        o.mediaFolderRoots = {tmp.path() + "/src"};
         return commands.ContinueActionSetup(o);
     }
     QString cell(int row, int column, int role = Qt::DisplayRole) const {
@@ -84,6 +85,7 @@ TEST_F(QueueWindowFixture, CopyFromTheSheetCompletesInTheQueue) {
     TarnCore core;
     const QList<TarnItemPtr> items = scannedDemoMedia(tmp.path() + "/vol", core);
     ASSERT_GE(items.size(), 5);
+    commands.setMediaFolderRoots([&core] { return core.mediaFolderRoots(); });
     TarnNewActionWindow* sheet = commands.NewAction(items);
     ASSERT_NE(sheet, nullptr);
     QDir().mkpath(dst());

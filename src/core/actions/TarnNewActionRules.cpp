@@ -34,8 +34,12 @@ QString TarnNewActionRules::updateStatusText(TarnActionOptions& options,
     if (!totalSize && !options.items->isEmpty()) totalSize = totalSizeOf(options);
     QString shown = QStringLiteral("Invalid path");
     if (!options.Destination.isNull()) {
-        options.Destination = normaliseDestination(options.Destination);
-        if (QFileInfo(options.Destination).isDir()) shown = options.Destination;
+        // While typing, the field keeps what was typed ("Unknown" stays
+        // relative); only GO makes it the absolute folder.
+        options.Destination = TarnUtilities::stringByRemovingPercentEncoding(
+            TarnUtilities::stringByExpandingTildeInPath(options.Destination));
+        const QString folder = normaliseDestination(options.Destination);
+        if (QFileInfo(folder).isDir()) shown = folder;
     }
     const qsizetype count = options.items->size();
     return QStringLiteral("will %1 \n%2 %3 of %4 size\ndestination: %5")
