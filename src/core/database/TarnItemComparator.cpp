@@ -27,32 +27,7 @@ int compareBytes(const quint8* a, const quint8* b) {
 }  // namespace
 
 TarnItemComparator::TarnItemComparator(const QString& key, bool ascending, bool invalidLast)
-    : key_(keyFromString(key)), ascending_(ascending), invalidLast_(invalidLast) {}
-
-TarnItemComparator::Key TarnItemComparator::keyFromString(const QString& key) {
-    static const struct {
-        const char* name;
-        Key key;
-    } keys[] = {
-        {"filename", Key::FileName},
-        {"clipname", Key::ClipName},
-        {"project", Key::Project},
-        {"filesize", Key::FileSize},
-        {"path", Key::Path},
-        {"fileUID", Key::FileUID},
-        {"materialUID", Key::MaterialUID},
-        {"hash", Key::Hash},
-        {"filedate", Key::FileDate},
-        {"compression", Key::Compression},
-        {"samplerate", Key::SampleRate},
-        {"framerate", Key::FrameRate},
-        {"bits", Key::Bits},
-    };
-    for (const auto& k : keys) {
-        if (key == QLatin1String(k.name)) return k.key;
-    }
-    return Key::Unknown;
-}
+    : key_(TarnSortKeys::fromName(key)), ascending_(ascending), invalidLast_(invalidLast) {}
 
 int TarnItemComparator::compare(const TarnDatabaseItem* a, const TarnDatabaseItem* b) const {
     if (!a) return b ? 1 : 0;
@@ -65,7 +40,7 @@ int TarnItemComparator::compare(const TarnDatabaseItem* a, const TarnDatabaseIte
         }
         if (!va) return 0;
     }
-    if (key_ == Key::FileDate) {
+    if (key_ == TarnSortKey::FileDate) {
         // Items without a date are last whichever way the column is sorted.
         const bool da = a->DB_Date.isValid(), db = b->DB_Date.isValid();
         if (!da || !db) return da == db ? 0 : (da ? -1 : 1);
@@ -75,37 +50,36 @@ int TarnItemComparator::compare(const TarnDatabaseItem* a, const TarnDatabaseIte
 }
 
 int TarnItemComparator::compareField(const TarnDatabaseItem& a, const TarnDatabaseItem& b) const {
-    switch (key_) {
-        case Key::FileName:
+    if (!key_) return 0;
+    switch (*key_) {
+        case TarnSortKey::FileName:
             return compareText(a.DB_ClipName, b.DB_ClipName);
-        case Key::ClipName:
+        case TarnSortKey::ClipName:
             return compareText(a.DB_NameInBin, b.DB_NameInBin);
-        case Key::Project:
+        case TarnSortKey::Project:
             return compareText(a.get_DB_ProjectName(), b.get_DB_ProjectName());
-        case Key::FileSize:
+        case TarnSortKey::FileSize:
             return threeWay(a.DB_filesize.value_or(0), b.DB_filesize.value_or(0));
-        case Key::Path:
+        case TarnSortKey::Path:
             return compareText(a.DB_itemPath, b.DB_itemPath);
-        case Key::FileUID:
+        case TarnSortKey::FileUID:
             return compareBytes(a.filePackageUID, b.filePackageUID);
-        case Key::MaterialUID:
+        case TarnSortKey::MaterialUID:
             return compareBytes(a.materialPackageUID, b.materialPackageUID);
-        case Key::Hash:
+        case TarnSortKey::Hash:
             return threeWay(a.hash(), b.hash());
-        case Key::FileDate:
+        case TarnSortKey::FileDate:
             return threeWay(a.DB_Date, b.DB_Date);
-        case Key::Compression: {
+        case TarnSortKey::Compression: {
             const int c = threeWay(a.compressionCode(), b.compressionCode());
             return c ? c : threeWay(a.DB_DIDResolutionID, b.DB_DIDResolutionID);
         }
-        case Key::SampleRate:
+        case TarnSortKey::SampleRate:
             return threeWay(a.DB_samplerate().numerator, b.DB_samplerate().numerator);
-        case Key::FrameRate:
+        case TarnSortKey::FrameRate:
             return threeWay(a.DB_framerate().numerator, b.DB_framerate().numerator);
-        case Key::Bits:
+        case TarnSortKey::Bits:
             return threeWay(a.DB_bits, b.DB_bits);
-        case Key::Unknown:
-            break;
     }
     return 0;
 }
@@ -163,34 +137,35 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
             e.group = ascending_ ? 2 : 0;
             continue;
         }
-        switch (key_) {
-            case Key::FileName:
+        if (!key_) continue;
+        switch (*key_) {
+            case TarnSortKey::FileName:
                 e.text = item->DB_ClipName.toCaseFolded();
                 break;
-            case Key::ClipName:
+            case TarnSortKey::ClipName:
                 e.text = item->DB_NameInBin.toCaseFolded();
                 break;
-            case Key::Project:
+            case TarnSortKey::Project:
                 e.text = item->get_DB_ProjectName().toCaseFolded();
                 break;
-            case Key::Path:
+            case TarnSortKey::Path:
                 e.text = item->DB_itemPath.toCaseFolded();
                 break;
-            case Key::FileSize:
+            case TarnSortKey::FileSize:
                 e.number = item->DB_filesize.value_or(0);
                 break;
-            case Key::FileUID:
+            case TarnSortKey::FileUID:
                 e.bytes = item->filePackageUID;
                 e.number = bigEndian64(e.bytes);
                 break;
-            case Key::MaterialUID:
+            case TarnSortKey::MaterialUID:
                 e.bytes = item->materialPackageUID;
                 e.number = bigEndian64(e.bytes);
                 break;
-            case Key::Hash:
+            case TarnSortKey::Hash:
                 e.number = item->hash();
                 break;
-            case Key::FileDate: {
+            case TarnSortKey::FileDate: {
                 const bool dated = dates ? (*dates)[e.index] != std::numeric_limits<qint64>::min()
                                          : item->DB_Date.isValid();
                 if (dated) {
@@ -201,26 +176,24 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
                 }
                 break;
             }
-            case Key::Compression:
+            case TarnSortKey::Compression:
                 e.number = (quint64(item->compressionCode()) << 32) | item->DB_DIDResolutionID;
                 break;
-            case Key::SampleRate:
+            case TarnSortKey::SampleRate:
                 e.number = item->DB_samplerate().numerator;
                 break;
-            case Key::FrameRate:
+            case TarnSortKey::FrameRate:
                 e.number = item->DB_framerate().numerator;
                 break;
-            case Key::Bits:
+            case TarnSortKey::Bits:
                 e.number = item->DB_bits;
-                break;
-            case Key::Unknown:
                 break;
         }
     }
 
-    const bool textKey =
-        key_ == Key::FileName || key_ == Key::ClipName || key_ == Key::Project || key_ == Key::Path;
-    const bool byteKey = key_ == Key::FileUID || key_ == Key::MaterialUID;
+    const bool textKey = key_ == TarnSortKey::FileName || key_ == TarnSortKey::ClipName ||
+                         key_ == TarnSortKey::Project || key_ == TarnSortKey::Path;
+    const bool byteKey = key_ == TarnSortKey::FileUID || key_ == TarnSortKey::MaterialUID;
     if (textKey) {
         for (auto& e : entries) e.number = textHead(e.text);
     }
