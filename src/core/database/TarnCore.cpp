@@ -59,14 +59,6 @@ const QString& projectNameOf(const TarnDatabaseItem& item) {
     return item.DB_ProjectName;
 }
 
-// The first four UTF-16 units of a text as one number that orders like the
-// text itself (a shorter text pads with zeros); equal heads need the full text.
-quint64 textHead(QStringView text) {
-    quint64 head = 0;
-    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
-    return head;
-}
-
 // Only index files and AAF files do anything in AddFile_TypeSelector; the
 // walk skips building paths for the media files around them.
 bool dispatchesByExtension(const QString& name) {
@@ -501,9 +493,10 @@ void TarnCore::SortDefault() {
             continue;
         }
         const QString& name = item->DB_ClipName;
-        entries.push_back({rankOfId[projectIds[i]], quint32(i), true, textHead(name),
-                           name.size() > 4 ? textHead(QStringView(name).mid(4)) : 0,
-                           QStringView(name)});
+        entries.push_back(
+            {rankOfId[projectIds[i]], quint32(i), true, TarnItemComparator::textHead(name),
+             name.size() > 4 ? TarnItemComparator::textHead(QStringView(name).mid(4)) : 0,
+             QStringView(name)});
     }
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
         if (!a.present) return false;

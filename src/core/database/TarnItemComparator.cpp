@@ -95,20 +95,97 @@ struct SortEntry {
     QString text;
 };
 
-// The first four UTF-16 units as one number ordered like the text.
-quint64 textHead(const QString& text) {
-    quint64 head = 0;
-    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
-    return head;
-}
-
 quint64 bigEndian64(const quint8* p) {
     quint64 v = 0;
     for (int i = 0; i < 8; ++i) v = (v << 8) | p[i];
     return v;
 }
 
+bool isTextKey(TarnSortKey key) {
+    return key == TarnSortKey::FileName || key == TarnSortKey::ClipName ||
+           key == TarnSortKey::Project || key == TarnSortKey::Path;
+}
+
+bool isByteKey(TarnSortKey key) {
+    return key == TarnSortKey::FileUID || key == TarnSortKey::MaterialUID;
+}
+
+void setDate(SortEntry& e, const TarnDatabaseItem& item, const std::vector<qint64>* dates) {
+    const bool dated =
+        dates ? (*dates)[e.index] != std::numeric_limits<qint64>::min() : item.DB_Date.isValid();
+    if (!dated) {
+        e.sub = 1;
+        return;
+    }
+    const qint64 ms = dates ? (*dates)[e.index] : item.DB_Date.toMSecsSinceEpoch();
+    e.number = quint64(ms) ^ (quint64(1) << 63);  // signed order as unsigned
+}
+
+// The item's value for `key` in `e`: a case-folded text (with its head as the
+// number), a number, or the identifier's bytes (with their first eight).
+void setField(SortEntry& e, const TarnDatabaseItem& item, TarnSortKey key,
+              const std::vector<qint64>* dates) {
+    switch (key) {
+        case TarnSortKey::FileName:
+            e.text = item.DB_ClipName.toCaseFolded();
+            break;
+        case TarnSortKey::ClipName:
+            e.text = item.DB_NameInBin.toCaseFolded();
+            break;
+        case TarnSortKey::Project:
+            e.text = item.get_DB_ProjectName().toCaseFolded();
+            break;
+        case TarnSortKey::Path:
+            e.text = item.DB_itemPath.toCaseFolded();
+            break;
+        case TarnSortKey::FileSize:
+            e.number = item.DB_filesize.value_or(0);
+            break;
+        case TarnSortKey::FileUID:
+            e.bytes = item.filePackageUID;
+            e.number = bigEndian64(e.bytes);
+            break;
+        case TarnSortKey::MaterialUID:
+            e.bytes = item.materialPackageUID;
+            e.number = bigEndian64(e.bytes);
+            break;
+        case TarnSortKey::Hash:
+            e.number = item.hash();
+            break;
+        case TarnSortKey::FileDate:
+            setDate(e, item, dates);
+            break;
+        case TarnSortKey::Compression:
+            e.number = (quint64(item.compressionCode()) << 32) | item.DB_DIDResolutionID;
+            break;
+        case TarnSortKey::SampleRate:
+            e.number = item.DB_samplerate().numerator;
+            break;
+        case TarnSortKey::FrameRate:
+            e.number = item.DB_framerate().numerator;
+            break;
+        case TarnSortKey::Bits:
+            e.number = item.DB_bits;
+            break;
+    }
+    if (isTextKey(key)) e.number = TarnItemComparator::textHead(e.text);
+}
+
+// The field order of two entries of the same group, ascending.
+int compareFields(const SortEntry& a, const SortEntry& b, TarnSortKey key) {
+    if (a.number != b.number) return a.number < b.number ? -1 : 1;
+    if (isTextKey(key)) return QString::compare(a.text, b.text, Qt::CaseSensitive);
+    if (isByteKey(key)) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
+    return 0;
+}
+
 }  // namespace
+
+quint64 TarnItemComparator::textHead(QStringView text) {
+    quint64 head = 0;
+    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
+    return head;
+}
 
 std::vector<qint64> TarnItemComparator::dateKeys(const QList<TarnItemPtr>& items) {
     std::vector<qint64> keys(size_t(items.size()), std::numeric_limits<qint64>::min());
@@ -130,88 +207,19 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
             e.index < quint32(items.size()) ? items[e.index].get() : nullptr;
         if (!item) {
             e.group = 3;
-            continue;
-        }
-        e.group = 1;
-        if (invalidLast_ && !item->DB_isValid) {
+        } else if (invalidLast_ && !item->DB_isValid) {
             e.group = ascending_ ? 2 : 0;
-            continue;
-        }
-        if (!key_) continue;
-        switch (*key_) {
-            case TarnSortKey::FileName:
-                e.text = item->DB_ClipName.toCaseFolded();
-                break;
-            case TarnSortKey::ClipName:
-                e.text = item->DB_NameInBin.toCaseFolded();
-                break;
-            case TarnSortKey::Project:
-                e.text = item->get_DB_ProjectName().toCaseFolded();
-                break;
-            case TarnSortKey::Path:
-                e.text = item->DB_itemPath.toCaseFolded();
-                break;
-            case TarnSortKey::FileSize:
-                e.number = item->DB_filesize.value_or(0);
-                break;
-            case TarnSortKey::FileUID:
-                e.bytes = item->filePackageUID;
-                e.number = bigEndian64(e.bytes);
-                break;
-            case TarnSortKey::MaterialUID:
-                e.bytes = item->materialPackageUID;
-                e.number = bigEndian64(e.bytes);
-                break;
-            case TarnSortKey::Hash:
-                e.number = item->hash();
-                break;
-            case TarnSortKey::FileDate: {
-                const bool dated = dates ? (*dates)[e.index] != std::numeric_limits<qint64>::min()
-                                         : item->DB_Date.isValid();
-                if (dated) {
-                    const qint64 ms = dates ? (*dates)[e.index] : item->DB_Date.toMSecsSinceEpoch();
-                    e.number = quint64(ms) ^ (quint64(1) << 63);
-                } else {
-                    e.sub = 1;
-                }
-                break;
-            }
-            case TarnSortKey::Compression:
-                e.number = (quint64(item->compressionCode()) << 32) | item->DB_DIDResolutionID;
-                break;
-            case TarnSortKey::SampleRate:
-                e.number = item->DB_samplerate().numerator;
-                break;
-            case TarnSortKey::FrameRate:
-                e.number = item->DB_framerate().numerator;
-                break;
-            case TarnSortKey::Bits:
-                e.number = item->DB_bits;
-                break;
+        } else {
+            e.group = 1;
+            if (key_) setField(e, *item, *key_, dates);
         }
     }
-
-    const bool textKey = key_ == TarnSortKey::FileName || key_ == TarnSortKey::ClipName ||
-                         key_ == TarnSortKey::Project || key_ == TarnSortKey::Path;
-    const bool byteKey = key_ == TarnSortKey::FileUID || key_ == TarnSortKey::MaterialUID;
-    if (textKey) {
-        for (auto& e : entries) e.number = textHead(e.text);
-    }
-    auto fieldCompare = [&](const SortEntry& a, const SortEntry& b) {
-        if (textKey) {
-            if (a.number != b.number) return a.number < b.number ? -1 : 1;
-            return QString::compare(a.text, b.text, Qt::CaseSensitive);
-        }
-        if (a.number != b.number) return a.number < b.number ? -1 : 1;
-        if (byteKey) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
-        return 0;
-    };
     std::stable_sort(entries.begin(), entries.end(), [&](const SortEntry& a, const SortEntry& b) {
         if (a.group != b.group) return a.group < b.group;
         if (a.group != 1) return false;
         if (a.sub != b.sub) return a.sub < b.sub;
-        if (a.sub != 0) return false;
-        const int c = fieldCompare(a, b);
+        if (a.sub != 0 || !key_) return false;
+        const int c = compareFields(a, b, *key_);
         return ascending_ ? c < 0 : c > 0;
     });
     for (qsizetype n = 0; n < indexes.size(); ++n) indexes[n] = entries[size_t(n)].index;

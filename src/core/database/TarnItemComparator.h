@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringView>
 
 #include <memory>
 #include <optional>
@@ -39,6 +40,10 @@ class TarnItemComparator {
     void sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items,
               const std::vector<qint64>* dates = nullptr) const;
     bool needsDates() const { return key_ == TarnSortKey::FileDate; }
+    // The first four UTF-16 units of a text as one number that orders like
+    // the text itself (a shorter text pads with zeros); equal heads need the
+    // full text.
+    static quint64 textHead(QStringView text);
     // Each item's date in milliseconds since the epoch; the least value for none.
     static std::vector<qint64> dateKeys(const QList<TarnItemPtr>& items);
 
