@@ -19,10 +19,6 @@
 
 namespace {
 
-// Difference between the Mac OS epoch (1904) and the canonical one, as the
-// editing system applies it: five hours short of the true 2082844800.
-constexpr quint32 kCanonicalOffset = 2082826800u;
-
 // The first four bytes of every SMPTE UMID: the universal label prefix.
 constexpr quint8 kUMIDLabel[4] = {0x06, 0x0A, 0x2B, 0x34};
 
@@ -429,14 +425,6 @@ bool TarnDatabaseItem::isEqual(const TarnDatabaseItem* other) const {
     if (!isEqualByUUID(other)) return false;
     if (DB_itemPath.isNull() || other->DB_itemPath.isNull()) return false;
     return DB_itemPath == other->DB_itemPath;
-}
-
-void TarnDatabaseItem::ConvertTimeToCanonical(quint32* time) {
-    if (time) *time -= kCanonicalOffset;
-}
-
-void TarnDatabaseItem::ConvertTimeFromCanonical(quint32* time) {
-    if (time) *time += kCanonicalOffset;
 }
 
 QString TarnDatabaseItem::description() const {

@@ -9,14 +9,9 @@
 
 TarnMediafile::TarnMediafile() = default;
 
-QStringList TarnMediafile::rootRow() const {
-    return {QStringLiteral("0"), QStringLiteral("0"), QStringLiteral("false"),
-            QStringLiteral("No File Loaded")};
-}
-
 void TarnMediafile::SetDataSource(std::unique_ptr<TarnMediaReader> reader) {
     dataSource_ = std::move(reader);
-    flags_ = dataSource_ ? (dataSource_->capabilities() & 0x1fu) : 0u;
+    flags_ = dataSource_ ? dataSource_->capabilities() : 0u;
 }
 
 bool TarnMediafile::openFile(const QString& path, TarnProgressIndicator* indicator) {
