@@ -8,7 +8,7 @@
 
 #include "items/TarnDatabaseItem.h"
 #include "log/xConsole.h"
-#include "readers/TarnMacRoman.h"
+#include "readers/TarnMacText.h"
 #include "status/TarnProgressIndicator.h"
 #include "status/TarnStatusViewController.h"
 #include "support/TarnRegularFile.h"
@@ -302,7 +302,7 @@ QString TarnOMFI::textFromBytes(const quint8* bytes, quint32 length) const {
     // Little-endian containers come from systems that write plain ASCII; the
     // upper half is kept byte for byte, as the media index's names are.
     if (littleEndian_) return QString::fromLatin1(text, end - begin);
-    return TarnMacRoman::toString(text, end - begin);
+    return TarnMacText::toString(TarnMacText::Encoding::Roman, QByteArrayView(text, end - begin));
 }
 
 QString TarnOMFI::getDescriptionForTOCindex(quint32 index) const {
