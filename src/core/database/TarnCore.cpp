@@ -42,13 +42,6 @@ bool invalidRowsSortLast() {
     return showOnlyExistingFiles() == 1;
 }
 
-QString extensionOf(const QString& path) {
-    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
-    if (dot <= slash + 1) return QString();
-    return path.mid(dot + 1);
-}
-
 // The item's project name as get_DB_ProjectName gives it, without a copy:
 // the passes over every item stay clear of the name's reference count.
 const QString& projectNameOf(const TarnDatabaseItem& item) {
@@ -62,9 +55,8 @@ const QString& projectNameOf(const TarnDatabaseItem& item) {
 // Only index files and AAF files do anything in AddFile_TypeSelector; the
 // walk skips building paths for the media files around them.
 bool dispatchesByExtension(const QString& name) {
-    const QString ext = extensionOf(name);
-    return ext.compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0 ||
-           ext.compare(QLatin1String("aaf"), Qt::CaseInsensitive) == 0;
+    return TarnFileName::hasExtension(name, QLatin1String("pmr")) ||
+           TarnFileName::hasExtension(name, QLatin1String("aaf"));
 }
 
 QString lastComponent(const QString& path) {
@@ -199,16 +191,15 @@ void TarnCore::walkFolder(const QString& root) {
 }
 
 void TarnCore::AddFile_TypeSelector(const QString& path) {
-    const QString ext = extensionOf(path);
     auto* status = TarnStatusViewController::getTheController();
-    if (ext.compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
+    if (TarnFileName::hasExtension(path, QLatin1String("pmr"))) {
         status->Status_SetTextWithString(path);
         auto* operation = new TarnPMRScannerOperation();
         operation->setCore(this);
         operation->setCoreLock(&coreLock_);
         operation->setPmrURL(path);
         queue_->addOperation(operation);
-    } else if (ext.compare(QLatin1String("aaf"), Qt::CaseInsensitive) == 0) {
+    } else if (TarnFileName::hasExtension(path, QLatin1String("aaf"))) {
         status->Status_SetTextWithString(path);
     }
     // Media files come in through the index of their folder, never one by one.

@@ -1,6 +1,5 @@
 #include "items/TarnDatabaseItem.h"
 
-#include <QFileInfo>
 #include <QLocale>
 #include <QMutex>
 #include <QStringBuilder>
@@ -26,10 +25,6 @@ quint32 wordAt(const quint8* p) {
     quint32 w;
     std::memcpy(&w, p, 4);
     return w;
-}
-
-QString extensionOf(const QString& name) {
-    return QFileInfo(name).suffix();
 }
 
 // Project names in index files are single bytes; Latin-1 keeps every byte as
@@ -211,8 +206,7 @@ void TarnDatabaseItem::setupWithUnrefFile(const QString& folderPath, const QStri
 // it is set up, so the size is taken from the disk then.
 bool TarnDatabaseItem::readsOwnMxfFile() const {
     if (DB_itemPath.isEmpty()) return false;
-    if (extensionOf(DB_itemPath).compare(QLatin1String("mxf"), Qt::CaseInsensitive) != 0)
-        return false;
+    if (!TarnFileName::hasExtension(DB_itemPath, QLatin1String("mxf"))) return false;
     if (TarnPreferences::shared()->integer(QLatin1String(TarnPreferences::kScanMXF)) != 1)
         return false;
     quint64 size = 0;
@@ -264,7 +258,7 @@ void TarnDatabaseItem::setMaterialUIDWithNSData(const QByteArray& data) {
 }
 
 void TarnDatabaseItem::checkForAudioTypeByExtension() {
-    const QString ext = extensionOf(DB_ClipName);
+    const QString ext = TarnFileName::extension(DB_ClipName);
     for (const char* audio : {"aif", "wav", "sd2", "lrc"}) {
         if (ext.compare(QLatin1String(audio), Qt::CaseInsensitive) == 0) {
             std::memcpy(CompressionFourCC, "_AUD", 4);

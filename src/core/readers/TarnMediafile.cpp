@@ -1,11 +1,10 @@
 #include "readers/TarnMediafile.h"
 
-#include <QFileInfo>
-
 #include "items/TarnDatabaseItem.h"
 #include "readers/TarnAAF.h"
 #include "readers/TarnMXF.h"
 #include "readers/TarnOMFI.h"
+#include "support/TarnFileName.h"
 
 TarnMediafile::TarnMediafile() = default;
 
@@ -21,7 +20,7 @@ bool TarnMediafile::openFile(const QString& path, TarnProgressIndicator* indicat
     fileUrl_ = path;
     if (path.isEmpty()) return isOpen_;
 
-    const QString ext = QFileInfo(path).suffix();
+    const QString ext = TarnFileName::extension(path);
     auto is = [&](const char* e) {
         return ext.compare(QLatin1String(e), Qt::CaseInsensitive) == 0;
     };

@@ -1,6 +1,5 @@
 #include "readers/TarnOMFI.h"
 
-#include <QFileInfo>
 #include <QSet>
 #include <QtEndian>
 
@@ -11,6 +10,7 @@
 #include "readers/TarnMacText.h"
 #include "status/TarnProgressIndicator.h"
 #include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 #include "support/TarnRegularFile.h"
 
 namespace {
@@ -139,8 +139,7 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     if (!readTOC()) return false;
     // A media database is nothing without its clip table; an OMF media file
     // needs only objects.
-    const bool isDatabase =
-        QFileInfo(path).suffix().compare(QLatin1String("mdb"), Qt::CaseInsensitive) == 0;
+    const bool isDatabase = TarnFileName::hasExtension(path, QLatin1String("mdb"));
     return !isDatabase || clipTableSeen_;
 }
 
