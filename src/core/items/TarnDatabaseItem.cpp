@@ -143,8 +143,9 @@ void TarnDatabaseItem::setupWithPmrBytes(const void* bytes, qsizetype length, qu
                                          bool useByteSwap) {
     if ((uidSize != 2 && uidSize != 8) || !bytes || length <= 0) return;
     DB_SizeofUID = uidSize;
-    DB_pmrField = QByteArray(static_cast<const char*>(bytes), length);
-    auto* b = reinterpret_cast<quint8*>(DB_pmrField.data());
+    // A working copy: the counts are swapped in place when asked.
+    QByteArray entry(static_cast<const char*>(bytes), length);
+    auto* b = reinterpret_cast<quint8*>(entry.data());
     const qsizetype uidBytes = uidSize == 8 ? 32 : 8;
     // A short identifier sits in bytes 16..23 of the 32-byte buffer.
     const qsizetype uidOffset = uidSize == 8 ? 0 : 16;

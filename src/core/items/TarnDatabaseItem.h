@@ -117,7 +117,6 @@ class TarnDatabaseItem {
     qint32 DB_usageCode = 0;
     quint32 DB_DIDResolutionID = 0;
     quint32 DB_bits = 0;
-    QByteArray DB_pmrField;
     QString DB_ClipName;
     QString DB_ProjectName;  // null: no project; empty: an empty one
     QString DB_itemPath;     // absolute path; null: none
