@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         (void)bin.getAMAUIDSold();
         (void)bin.getAMAUIDS();
     }
-    (void)AVBFile::hexlifyRawBytes(data, qsizetype(size < 64 ? size : 64));
+    (void)xConsole::hexlifyRawBytes(data, qsizetype(size < 64 ? size : 64));
     // The log's delivery thread frees what was logged: wait for it, so each run
     // frees what it allocated (else every run looks like a leak to libFuzzer),
     // and keep the log from growing over the run.

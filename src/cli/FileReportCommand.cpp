@@ -16,6 +16,7 @@
 #include "readers/TarnMXF.h"
 #include "readers/TarnMediafile.h"
 #include "readers/TarnOMFI.h"
+#include "support/TarnFileName.h"
 #include "support/TarnRegularFile.h"
 
 namespace {
@@ -171,7 +172,7 @@ bool startsWith(const QString& path, const QByteArray& prefix) {
 
 // The kind of file by extension, else by the first bytes.
 QString kindOf(const QString& path) {
-    const QString ext = QFileInfo(path).suffix().toLower();
+    const QString ext = TarnFileName::extension(path).toLower();
     if (ext == QLatin1String("pmr")) return QStringLiteral("pmr");
     if (ext == QLatin1String("avb")) return QStringLiteral("bin");
     if (ext == QLatin1String("mdb")) return QStringLiteral("mdb");

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "database/TarnCore.h"
@@ -18,77 +19,74 @@
 #include "status/TarnStatusViewController.h"
 #include "support/TarnPreferences.h"
 
+namespace {
+
+// The options without a value and the switch each sets.
+constexpr struct {
+    const char* option;
+    bool SelectionOptions::*field;
+} kFlags[] = {
+    {"--no-mdb", &SelectionOptions::noMdb},
+    {"--no-mxf", &SelectionOptions::noMxf},
+    {"--show-missing", &SelectionOptions::showMissing},
+    {"--precomputes", &SelectionOptions::precomputes},
+    {"--imported", &SelectionOptions::imported},
+    {"--audio", &SelectionOptions::audio},
+    {"--non-portable", &SelectionOptions::nonPortable},
+    {"--bad-umid", &SelectionOptions::badUmid},
+    {"--unreferenced", &SelectionOptions::unreferenced},
+};
+
+constexpr const char* kValueOptions[] = {"--search", "--intersect", "--subtract", "--add",
+                                         "--project", "--sort",      "--log"};
+
+bool takesValue(const QString& option) {
+    for (const char* name : kValueOptions) {
+        if (option == QLatin1String(name)) return true;
+    }
+    return false;
+}
+
+// "KEY" or "KEY:asc" or "KEY:desc"; the message for a bad one in `error`.
+std::optional<TarnSortDescriptor> sortDescriptor(const QString& value, QString* error) {
+    TarnSortDescriptor descriptor;
+    descriptor.key = value.section(QLatin1Char(':'), 0, 0);
+    const QString direction = value.section(QLatin1Char(':'), 1);
+    if (direction == QLatin1String("desc")) {
+        descriptor.ascending = false;
+    } else if (!direction.isEmpty() && direction != QLatin1String("asc")) {
+        *error = QStringLiteral("--sort: unknown direction '%1' (asc or desc)").arg(direction);
+        return std::nullopt;
+    }
+    if (!TarnColumns::fromSortKey(descriptor.key)) {
+        *error = QStringLiteral("--sort: unknown key '%1' (one of %2)")
+                     .arg(descriptor.key, TarnColumns::sortKeys().join(QLatin1Char(' ')));
+        return std::nullopt;
+    }
+    return descriptor;
+}
+
+}  // namespace
+
 bool SelectionOptions::parse(const QStringList& args, QStringList* rest, QString* error,
                              const QSet<QString>& callerValueOptions) {
-    auto fail = [&](const QString& message) {
-        if (error) *error = message;
-        return false;
-    };
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString& arg = args.at(i);
-        // The value of an option that takes one.
-        auto value = [&](QString* out) {
-            if (i + 1 >= args.size()) return false;
-            *out = args.at(++i);
-            return true;
-        };
-        QString v;
         const TarnScanSources::Take taken = sources.take(args, i);
         if (taken == TarnScanSources::Take::MissingValue) {
-            return fail(QStringLiteral("--volume needs a folder"));
+            if (error) *error = QStringLiteral("--volume needs a folder");
+            return false;
         }
         if (taken == TarnScanSources::Take::Taken) continue;
-        if (arg == QLatin1String("--no-mdb")) {
-            noMdb = true;
-        } else if (arg == QLatin1String("--no-mxf")) {
-            noMxf = true;
-        } else if (arg == QLatin1String("--show-missing")) {
-            showMissing = true;
-        } else if (arg == QLatin1String("--precomputes")) {
-            precomputes = true;
-        } else if (arg == QLatin1String("--imported")) {
-            imported = true;
-        } else if (arg == QLatin1String("--audio")) {
-            audio = true;
-        } else if (arg == QLatin1String("--non-portable")) {
-            nonPortable = true;
-        } else if (arg == QLatin1String("--bad-umid")) {
-            badUmid = true;
-        } else if (arg == QLatin1String("--unreferenced")) {
-            unreferenced = true;
-        } else if (arg == QLatin1String("--search")) {
-            if (!value(&v)) return fail(QStringLiteral("--search needs a text"));
-            search = v;
-        } else if (arg == QLatin1String("--project")) {
-            if (!value(&v)) return fail(QStringLiteral("--project needs a project name"));
-            projects.append(v);
-        } else if (arg == QLatin1String("--intersect") || arg == QLatin1String("--subtract") ||
-                   arg == QLatin1String("--add")) {
-            if (!value(&v) || v.isEmpty()) return fail(arg + QStringLiteral(" needs a bin file"));
-            BinOperation op = arg == QLatin1String("--intersect")  ? BinOperation::Intersect
-                              : arg == QLatin1String("--subtract") ? BinOperation::Subtract
-                                                                   : BinOperation::Add;
-            bins.append({op, v});
-        } else if (arg == QLatin1String("--sort")) {
-            if (!value(&v)) return fail(QStringLiteral("--sort needs a key"));
-            TarnSortDescriptor descriptor;
-            descriptor.key = v.section(QLatin1Char(':'), 0, 0);
-            const QString direction = v.section(QLatin1Char(':'), 1);
-            if (direction == QLatin1String("desc")) {
-                descriptor.ascending = false;
-            } else if (!direction.isEmpty() && direction != QLatin1String("asc")) {
-                return fail(
-                    QStringLiteral("--sort: unknown direction '%1' (asc or desc)").arg(direction));
+        if (setFlag(arg)) {
+            continue;
+        } else if (takesValue(arg)) {
+            const QString* value = i + 1 < args.size() ? &args.at(++i) : nullptr;
+            const QString message = setValue(arg, value);
+            if (!message.isNull()) {
+                if (error) *error = message;
+                return false;
             }
-            if (!TarnColumns::fromSortKey(descriptor.key)) {
-                return fail(
-                    QStringLiteral("--sort: unknown key '%1' (one of %2)")
-                        .arg(descriptor.key, TarnColumns::sortKeys().join(QLatin1Char(' '))));
-            }
-            sort.append(descriptor);
-        } else if (arg == QLatin1String("--log")) {
-            if (!value(&v) || v.isEmpty()) return fail(QStringLiteral("--log needs a file or -"));
-            logPath = v;
         } else if (callerValueOptions.contains(arg)) {
             if (rest) rest->append(arg);
             if (i + 1 < args.size() && rest) rest->append(args.at(++i));
@@ -97,6 +95,44 @@ bool SelectionOptions::parse(const QStringList& args, QStringList* rest, QString
         }
     }
     return true;
+}
+
+bool SelectionOptions::setFlag(const QString& option) {
+    for (const auto& flag : kFlags) {
+        if (option == QLatin1String(flag.option)) {
+            this->*flag.field = true;
+            return true;
+        }
+    }
+    return false;
+}
+
+QString SelectionOptions::setValue(const QString& option, const QString* value) {
+    const bool given = value && !value->isEmpty();
+    if (option == QLatin1String("--search")) {
+        if (!value) return QStringLiteral("--search needs a text");
+        search = *value;
+    } else if (option == QLatin1String("--project")) {
+        if (!value) return QStringLiteral("--project needs a project name");
+        projects.append(*value);
+    } else if (option == QLatin1String("--sort")) {
+        if (!value) return QStringLiteral("--sort needs a key");
+        QString message;
+        const std::optional<TarnSortDescriptor> descriptor = sortDescriptor(*value, &message);
+        if (!descriptor) return message;
+        sort.append(*descriptor);
+    } else if (option == QLatin1String("--log")) {
+        if (!given) return QStringLiteral("--log needs a file or -");
+        logPath = *value;
+    } else {
+        if (!given) return option + QStringLiteral(" needs a bin file");
+        const BinOperation operation =
+            option == QLatin1String("--intersect")  ? BinOperation::Intersect
+            : option == QLatin1String("--subtract") ? BinOperation::Subtract
+                                                    : BinOperation::Add;
+        bins.append({operation, *value});
+    }
+    return QString();
 }
 
 bool SelectionOptions::hasSource() const {
@@ -223,8 +259,12 @@ QList<TarnItemPtr> SelectionOptions::shownItems(const TarnCore& core) {
 }
 
 QString SelectionOptions::usage() {
-    return QStringLiteral("what to scan (at least one):\n") + TarnScanSources::usage() +
-           QStringLiteral(
+    return QStringLiteral(
+               "what to scan (at least one):\n"
+               "  PATH...                a file or folder, scanned as it is\n"
+               "  --volume ROOT          the media folders of the volume at ROOT (repeatable)\n"
+               "  --all-volumes          the media folders of every mounted volume\n"
+               "  --ama                  the AMA management folder\n"
                "preferences for this run only:\n"
                "  --no-mdb               don't read media databases (msmMMOB.mdb)\n"
                "  --no-mxf               don't read MXF files that no index lists\n"
@@ -241,5 +281,5 @@ QString SelectionOptions::usage() {
                "  --sort KEY[:desc]      sort (repeatable, the first decides); KEY is one of\n"
                "                         %1\n"
                "  --log FILE             write the log to FILE (- for stderr)\n")
-               .arg(TarnColumns::sortKeys().join(QLatin1Char(' ')));
+        .arg(TarnColumns::sortKeys().join(QLatin1Char(' ')));
 }

@@ -86,4 +86,11 @@ class SelectionOptions {
     QList<TarnSortDescriptor> sort;
 
     QString logPath;  // "-" for stderr; empty: no log output
+
+  private:
+    // True when `option` is a switch; sets it.
+    bool setFlag(const QString& option);
+    // Stores the value of an option that takes one (`value` is null when the
+    // arguments ended); the message for a missing or bad value, else null.
+    QString setValue(const QString& option, const QString* value);
 };

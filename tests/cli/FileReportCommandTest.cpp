@@ -3,8 +3,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
 #include "AvbWriter.h"
@@ -12,6 +10,7 @@
 #include "MdbWriter.h"
 #include "MxfWriter.h"
 #include "PmrWriter.h"
+#include "TestSupport.h"
 #include "Umid.h"
 #include "readers/TarnMXF.h"
 
@@ -32,18 +31,10 @@ struct InspectRun {
 class FileReportCommandTest : public ::testing::Test {
   protected:
     InspectRun inspect(const QStringList& args) {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("TARN_SETTINGS"), dir.filePath(QStringLiteral("settings.ini")));
-        env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(TARN_CLI_PATH), QStringList{QStringLiteral("inspect")} + args);
-        process.waitForFinished(-1);
-        InspectRun run;
-        run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-        run.out = QString::fromUtf8(process.readAllStandardOutput());
-        run.err = QString::fromUtf8(process.readAllStandardError());
-        return run;
+        const testsupport::ProcessRun run = testsupport::runProcess(
+            QStringLiteral(TARN_CLI_PATH), QStringList{QStringLiteral("inspect")} + args,
+            {{QStringLiteral("TARN_SETTINGS"), dir.filePath(QStringLiteral("settings.ini"))}});
+        return {run.exitCode, QString::fromUtf8(run.out), QString::fromUtf8(run.err)};
     }
 
     QString write(const QString& name, const QByteArray& bytes) {

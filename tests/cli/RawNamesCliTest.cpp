@@ -4,7 +4,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
@@ -45,17 +44,11 @@ class RawNamesCliTest : public ::testing::Test {
     };
     Result tarn(QStringList args) const {
         args << QStringLiteral("--volume") << volume();
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("TARN_SETTINGS"), tmp.path() + "/settings.ini");
-        env.insert(QStringLiteral("XDG_DATA_HOME"), tmp.path() + "/data");
-        env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(TARN_CLI_PATH), args);
-        process.closeWriteChannel();
-        process.waitForFinished(-1);
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                process.readAllStandardOutput(), process.readAllStandardError()};
+        const testsupport::ProcessRun run = testsupport::runProcess(
+            QStringLiteral(TARN_CLI_PATH), args,
+            {{QStringLiteral("TARN_SETTINGS"), tmp.path() + "/settings.ini"},
+             {QStringLiteral("XDG_DATA_HOME"), tmp.path() + "/data"}});
+        return {run.exitCode, run.out, run.err};
     }
 
     testsupport::TempDir tmp;

@@ -69,7 +69,6 @@ TEST(ItemFromIndex, TruncationKeepsWhatWasReadBeforeTheCut) {
         EXPECT_EQ(!p.item.DB_ClipName.isNull(), cut.name);
         EXPECT_EQ(!p.item.DB_ProjectName.isNull(), cut.project);
         EXPECT_EQ(p.materialUID(), cut.materialUid);
-        EXPECT_EQ(p.item.DB_pmrField.size(), cut.length);
         EXPECT_TRUE(p.item.DB_isReferenced);
     }
 }
@@ -124,7 +123,6 @@ TEST(ItemFromIndex, RejectsAWrongUIDSizeOrNoBytes) {
         SCOPED_TRACE(size);
         Parsed p(entry(), size);
         EXPECT_EQ(p.item.DB_SizeofUID, 0u);
-        EXPECT_TRUE(p.item.DB_pmrField.isEmpty());
         EXPECT_FALSE(p.item.DB_isReferenced);
     }
     TarnDatabaseItem item;

@@ -17,11 +17,7 @@
 #include "status/TarnStatusViewController.h"
 #include "support/TarnPreferences.h"
 
-#include <ostream>
-
-inline void PrintTo(const QString& text, std::ostream* os) {
-    *os << '"' << text.toStdString() << '"';
-}
+#include "QtPrinters.h"
 
 namespace dbtest {
 

@@ -101,4 +101,28 @@ TEST(FileNameCodec, FilesWithRawNamesOpenAndTheirFoldersAreFound) {
     EXPECT_EQ(TarnFileName::plainAncestor(dir.path()), dir.path());
 }
 
+// Index files and media files are told apart by their extension; a hidden
+// file such as ".pmr" has none, so it is never taken for an index.
+TEST(FileNameCodec, ExtensionOfTheLastComponent) {
+    const struct {
+        const char* path;
+        const char* extension;
+    } cases[] = {
+        {"/media/1/msmFMID.pmr", "pmr"},
+        {"/media/clip.v1.MXF", "MXF"},
+        {"/media/.pmr", ""},
+        {"/media/..pmr", "pmr"},
+        {"/media.d/clip", ""},
+        {"clip.", ""},
+        {"clip", ""},
+        {"", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(TarnFileName::extension(QString::fromUtf8(c.path)), QLatin1String(c.extension))
+            << c.path;
+    }
+    EXPECT_TRUE(TarnFileName::hasExtension(QStringLiteral("/m/A.Mxf"), QLatin1String("mxf")));
+    EXPECT_FALSE(TarnFileName::hasExtension(QStringLiteral("/m/.mxf"), QLatin1String("mxf")));
+}
+
 }  // namespace

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+#include "TestSupport.h"
 #include "items/TarnDatabaseItem.h"
 #include "readers/TarnMXF.h"
 #include "readers/TarnMediafile.h"
@@ -58,10 +58,8 @@ TEST_P(ForeignMxf, FfmpegOpAtomFileGivesClipNameAndBothUmids) {
     args += QString::fromLatin1(GetParam()).split(QLatin1Char(' '));
     args += {QStringLiteral("-metadata"), QStringLiteral("material_package_name=Foreign Clip"),
              QStringLiteral("-f"), QStringLiteral("mxf_opatom"), path};
-    QProcess run;
-    run.start(ffmpeg, args);
-    ASSERT_TRUE(run.waitForFinished(-1));
-    ASSERT_EQ(run.exitCode(), 0) << run.readAllStandardError().toStdString();
+    const testsupport::ProcessRun run = testsupport::runProcess(ffmpeg, args);
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
 
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));

@@ -6,7 +6,7 @@
 #include "BentoWriter.h"
 #include "OmfTestFile.h"
 #include "TestSupport.h"
-#include "readers/TarnMacRoman.h"
+#include "readers/TarnMacText.h"
 #include "readers/UIDtoBentoObj.h"
 
 namespace {
@@ -99,15 +99,29 @@ TEST(OmfValues, IdentifierTreeRulesLogMissingNodes) {
     EXPECT_EQ(log.count(QStringLiteral("Error in UID tree - nil object")), 2);
 }
 
-TEST(OmfValues, MacRomanTableMatchesThePlatformCodec) {
+// Each table gives what the platform's codec gives, where there is one.
+TEST(OmfValues, MacTextTablesMatchThePlatformCodecs) {
+    const struct {
+        TarnMacText::Encoding encoding;
+        const char* codec;
+        uchar byte;
+        char16_t expected;
+    } cases[] = {
+        {TarnMacText::Encoding::Roman, "macintosh", 0x8E, 0x00E9},          // é
+        {TarnMacText::Encoding::Roman, "macintosh", 0xD0, 0x2013},          // en dash
+        {TarnMacText::Encoding::Roman, "macintosh", 0xA5, 0x2022},          // bullet
+        {TarnMacText::Encoding::Cyrillic, "x-mac-cyrillic", 0x80, 0x0410},  // А
+        {TarnMacText::Encoding::Cyrillic, "x-mac-cyrillic", 0xDF, 0x044F},  // я
+    };
     QByteArray all;
     for (int b = 1; b < 256; ++b) all.append(char(b));
-    const QString table = TarnMacRoman::toStringWithTable(all.constData(), all.size());
-    EXPECT_EQ(table.at(0x8E - 1), QChar(0x00E9));  // é
-    EXPECT_EQ(table.at(0xD0 - 1), QChar(0x2013));  // en dash
-    EXPECT_EQ(table.at(0xA5 - 1), QChar(0x2022));  // bullet
-    QStringDecoder codec("macintosh");
-    if (codec.isValid()) {
-        EXPECT_EQ(table, codec(all));
+    for (const auto& c : cases) {
+        const QString table = TarnMacText::toStringWithTable(c.encoding, all);
+        EXPECT_EQ(table.at(c.byte - 1), QChar(c.expected)) << c.codec << ' ' << int(c.byte);
+        QStringDecoder codec(c.codec);
+        if (codec.isValid()) {
+            EXPECT_EQ(table, codec(all)) << c.codec;
+        }
     }
+    EXPECT_EQ(TarnMacText::toString(TarnMacText::Encoding::Roman, QByteArrayView()), QString(""));
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 
+#include "database/TarnItemComparator.h"
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
 #include "report/TarnItemRows.h"
@@ -54,6 +55,11 @@ TEST(Columns, IdentifiersTitlesAndSortKeysRoundTrip) {
           "filedate", "compression", "samplerate", "framerate", "bits"}) {
         EXPECT_TRUE(keys.contains(QLatin1String(key))) << key;
     }
+    // The comparator sorts by every key a column names.
+    for (const QString& key : keys) {
+        EXPECT_TRUE(TarnItemComparator(key, true, false).isKnownKey()) << key.toStdString();
+    }
+    EXPECT_FALSE(TarnItemComparator(QStringLiteral("kind"), true, false).isKnownKey());
     EXPECT_FALSE(TarnColumns::fromSortKey(QStringLiteral("kind")));
     EXPECT_FALSE(TarnColumns::fromIdentifier(QStringLiteral("CheckCellID")));
 }

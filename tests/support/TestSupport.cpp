@@ -2,6 +2,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
 #include <QUrl>
 
 #include <ftw.h>
@@ -53,6 +55,23 @@ ScopedEnv::~ScopedEnv() {
         qputenv(name_, saved_);
     else
         qunsetenv(name_);
+}
+
+ProcessRun runProcess(const QString& program, const QStringList& args,
+                      const QMap<QString, QString>& env) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
+    for (auto it = env.cbegin(); it != env.cend(); ++it) environment.insert(it.key(), it.value());
+    process.setProcessEnvironment(environment);
+    process.start(program, args);
+    process.closeWriteChannel();
+    process.waitForFinished(-1);
+    ProcessRun run;
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
 }
 
 QStringList trashedPaths(const QString& dataHome) {

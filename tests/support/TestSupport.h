@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -55,6 +56,19 @@ class ScopedEnv {
     QByteArray saved_;
     bool wasSet_;
 };
+
+// What a process that ran to its end wrote, and its exit code (-1 when it
+// did not exit normally).
+struct ProcessRun {
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// Runs `program` to its end with its standard input closed, the C locale and
+// `env` set over the system environment.
+ProcessRun runProcess(const QString& program, const QStringList& args,
+                      const QMap<QString, QString>& env = {});
 
 // The original paths of the files in the freedesktop.org Trash under
 // `dataHome` (XDG_DATA_HOME), read from its .trashinfo records, sorted.

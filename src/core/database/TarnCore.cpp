@@ -45,13 +45,6 @@ bool invalidRowsSortLast() {
     return showOnlyExistingFiles() == 1;
 }
 
-QString extensionOf(const QString& path) {
-    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
-    if (dot <= slash + 1) return QString();
-    return path.mid(dot + 1);
-}
-
 // The item's project name as get_DB_ProjectName gives it, without a copy:
 // the passes over every item stay clear of the name's reference count.
 const QString& projectNameOf(const TarnDatabaseItem& item) {
@@ -62,20 +55,11 @@ const QString& projectNameOf(const TarnDatabaseItem& item) {
     return item.DB_ProjectName;
 }
 
-// The first four UTF-16 units of a text as one number that orders like the
-// text itself (a shorter text pads with zeros); equal heads need the full text.
-quint64 textHead(QStringView text) {
-    quint64 head = 0;
-    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
-    return head;
-}
-
 // Only index files and AAF files do anything in AddFile_TypeSelector; the
 // walk skips building paths for the media files around them.
 bool dispatchesByExtension(const QString& name) {
-    const QString ext = extensionOf(name);
-    return ext.compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0 ||
-           ext.compare(QLatin1String("aaf"), Qt::CaseInsensitive) == 0;
+    return TarnFileName::hasExtension(name, QLatin1String("pmr")) ||
+           TarnFileName::hasExtension(name, QLatin1String("aaf"));
 }
 
 QString lastComponent(const QString& path) {
@@ -163,7 +147,7 @@ void TarnCore::AddFile(const QString& location) {
 
     const bool folder = TarnFolderReader::isFolder(path);
     // A picked index file scans its folder: that folder is the root.
-    if (folder || extensionOf(path).compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
+    if (folder || TarnFileName::extension(path).compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
         const QString root = folder ? path : QFileInfo(path).path();
         std::lock_guard<std::mutex> guard(rootsLock_);
         if (!mediaFolderRoots_.contains(root)) mediaFolderRoots_.append(root);
@@ -226,16 +210,15 @@ void TarnCore::walkFolder(const QString& root) {
 }
 
 void TarnCore::AddFile_TypeSelector(const QString& path) {
-    const QString ext = extensionOf(path);
     auto* status = TarnStatusViewController::getTheController();
-    if (ext.compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
+    if (TarnFileName::hasExtension(path, QLatin1String("pmr"))) {
         status->Status_SetTextWithString(path);
         auto* operation = new TarnPMRScannerOperation();
         operation->setCore(this);
         operation->setCoreLock(&coreLock_);
         operation->setPmrURL(path);
         queue_->addOperation(operation);
-    } else if (ext.compare(QLatin1String("aaf"), Qt::CaseInsensitive) == 0) {
+    } else if (TarnFileName::hasExtension(path, QLatin1String("aaf"))) {
         status->Status_SetTextWithString(path);
     }
     // Media files come in through the index of their folder, never one by one.
@@ -520,9 +503,10 @@ void TarnCore::SortDefault() {
             continue;
         }
         const QString& name = item->DB_ClipName;
-        entries.push_back({rankOfId[projectIds[i]], quint32(i), true, textHead(name),
-                           name.size() > 4 ? textHead(QStringView(name).mid(4)) : 0,
-                           QStringView(name)});
+        entries.push_back(
+            {rankOfId[projectIds[i]], quint32(i), true, TarnItemComparator::textHead(name),
+             name.size() > 4 ? TarnItemComparator::textHead(QStringView(name).mid(4)) : 0,
+             QStringView(name)});
     }
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
         if (!a.present) return false;

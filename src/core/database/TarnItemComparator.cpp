@@ -27,32 +27,7 @@ int compareBytes(const quint8* a, const quint8* b) {
 }  // namespace
 
 TarnItemComparator::TarnItemComparator(const QString& key, bool ascending, bool invalidLast)
-    : key_(keyFromString(key)), ascending_(ascending), invalidLast_(invalidLast) {}
-
-TarnItemComparator::Key TarnItemComparator::keyFromString(const QString& key) {
-    static const struct {
-        const char* name;
-        Key key;
-    } keys[] = {
-        {"filename", Key::FileName},
-        {"clipname", Key::ClipName},
-        {"project", Key::Project},
-        {"filesize", Key::FileSize},
-        {"path", Key::Path},
-        {"fileUID", Key::FileUID},
-        {"materialUID", Key::MaterialUID},
-        {"hash", Key::Hash},
-        {"filedate", Key::FileDate},
-        {"compression", Key::Compression},
-        {"samplerate", Key::SampleRate},
-        {"framerate", Key::FrameRate},
-        {"bits", Key::Bits},
-    };
-    for (const auto& k : keys) {
-        if (key == QLatin1String(k.name)) return k.key;
-    }
-    return Key::Unknown;
-}
+    : key_(TarnSortKeys::fromName(key)), ascending_(ascending), invalidLast_(invalidLast) {}
 
 int TarnItemComparator::compare(const TarnDatabaseItem* a, const TarnDatabaseItem* b) const {
     if (!a) return b ? 1 : 0;
@@ -65,7 +40,7 @@ int TarnItemComparator::compare(const TarnDatabaseItem* a, const TarnDatabaseIte
         }
         if (!va) return 0;
     }
-    if (key_ == Key::FileDate) {
+    if (key_ == TarnSortKey::FileDate) {
         // Items without a date are last whichever way the column is sorted.
         const bool da = a->DB_Date.isValid(), db = b->DB_Date.isValid();
         if (!da || !db) return da == db ? 0 : (da ? -1 : 1);
@@ -75,37 +50,36 @@ int TarnItemComparator::compare(const TarnDatabaseItem* a, const TarnDatabaseIte
 }
 
 int TarnItemComparator::compareField(const TarnDatabaseItem& a, const TarnDatabaseItem& b) const {
-    switch (key_) {
-        case Key::FileName:
+    if (!key_) return 0;
+    switch (*key_) {
+        case TarnSortKey::FileName:
             return compareText(a.DB_ClipName, b.DB_ClipName);
-        case Key::ClipName:
+        case TarnSortKey::ClipName:
             return compareText(a.DB_NameInBin, b.DB_NameInBin);
-        case Key::Project:
+        case TarnSortKey::Project:
             return compareText(a.get_DB_ProjectName(), b.get_DB_ProjectName());
-        case Key::FileSize:
+        case TarnSortKey::FileSize:
             return threeWay(a.DB_filesize.value_or(0), b.DB_filesize.value_or(0));
-        case Key::Path:
+        case TarnSortKey::Path:
             return compareText(a.DB_itemPath, b.DB_itemPath);
-        case Key::FileUID:
+        case TarnSortKey::FileUID:
             return compareBytes(a.filePackageUID, b.filePackageUID);
-        case Key::MaterialUID:
+        case TarnSortKey::MaterialUID:
             return compareBytes(a.materialPackageUID, b.materialPackageUID);
-        case Key::Hash:
+        case TarnSortKey::Hash:
             return threeWay(a.hash(), b.hash());
-        case Key::FileDate:
+        case TarnSortKey::FileDate:
             return threeWay(a.DB_Date, b.DB_Date);
-        case Key::Compression: {
+        case TarnSortKey::Compression: {
             const int c = threeWay(a.compressionCode(), b.compressionCode());
             return c ? c : threeWay(a.DB_DIDResolutionID, b.DB_DIDResolutionID);
         }
-        case Key::SampleRate:
+        case TarnSortKey::SampleRate:
             return threeWay(a.DB_samplerate().numerator, b.DB_samplerate().numerator);
-        case Key::FrameRate:
+        case TarnSortKey::FrameRate:
             return threeWay(a.DB_framerate().numerator, b.DB_framerate().numerator);
-        case Key::Bits:
+        case TarnSortKey::Bits:
             return threeWay(a.DB_bits, b.DB_bits);
-        case Key::Unknown:
-            break;
     }
     return 0;
 }
@@ -123,16 +97,6 @@ struct SortEntry {
     const quint8* bytes = nullptr;
     QString text;
 };
-
-// Four UTF-16 units from `from` as one number ordered like the text (a
-// shorter text pads with zeros).
-quint64 textHead(const QString& text, qsizetype from) {
-    quint64 head = 0;
-    for (qsizetype i = from; i < from + 4; ++i) {
-        head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
-    }
-    return head;
-}
 
 // The text case-folded, as QString::toCaseFolded does it; texts of plain
 // ASCII (nearly every name and path) fold letter by letter, many times faster.
@@ -168,13 +132,117 @@ qsizetype commonPrefix(const std::vector<SortEntry>& entries) {
     return length;
 }
 
+// The head of the text from unit `from` on (zero past its end).
+quint64 headFrom(const QString& text, qsizetype from) {
+    return from < text.size() ? TarnItemComparator::textHead(QStringView(text).mid(from)) : 0;
+}
+
+// Twelve units after the prefix that every text shares, kept in the entry
+// itself, decide most pairs without reading either text.
+void setTextHeads(std::vector<SortEntry>& entries) {
+    const qsizetype shared = commonPrefix(entries);
+    for (SortEntry& e : entries) {
+        e.number = headFrom(e.text, shared);
+        e.next = headFrom(e.text, shared + 4);
+        e.third = headFrom(e.text, shared + 8);
+    }
+}
+
 quint64 bigEndian64(const quint8* p) {
     quint64 v = 0;
     for (int i = 0; i < 8; ++i) v = (v << 8) | p[i];
     return v;
 }
 
+bool isTextKey(TarnSortKey key) {
+    return key == TarnSortKey::FileName || key == TarnSortKey::ClipName ||
+           key == TarnSortKey::Project || key == TarnSortKey::Path;
+}
+
+bool isByteKey(TarnSortKey key) {
+    return key == TarnSortKey::FileUID || key == TarnSortKey::MaterialUID;
+}
+
+void setDate(SortEntry& e, const TarnDatabaseItem& item, const std::vector<qint64>* dates) {
+    const bool dated =
+        dates ? (*dates)[e.index] != std::numeric_limits<qint64>::min() : item.DB_Date.isValid();
+    if (!dated) {
+        e.sub = 1;
+        return;
+    }
+    const qint64 ms = dates ? (*dates)[e.index] : item.DB_Date.toMSecsSinceEpoch();
+    e.number = quint64(ms) ^ (quint64(1) << 63);  // signed order as unsigned
+}
+
+// The item's value for `key` in `e`: a case-folded text (its heads are set
+// once every text is known), a number, or the identifier's bytes (with their
+// first eight).
+void setField(SortEntry& e, const TarnDatabaseItem& item, TarnSortKey key,
+              const std::vector<qint64>* dates) {
+    switch (key) {
+        case TarnSortKey::FileName:
+            e.text = folded(item.DB_ClipName);
+            break;
+        case TarnSortKey::ClipName:
+            e.text = folded(item.DB_NameInBin);
+            break;
+        case TarnSortKey::Project:
+            e.text = folded(item.get_DB_ProjectName());
+            break;
+        case TarnSortKey::Path:
+            e.text = folded(item.DB_itemPath);
+            break;
+        case TarnSortKey::FileSize:
+            e.number = item.DB_filesize.value_or(0);
+            break;
+        case TarnSortKey::FileUID:
+            e.bytes = item.filePackageUID;
+            e.number = bigEndian64(e.bytes);
+            break;
+        case TarnSortKey::MaterialUID:
+            e.bytes = item.materialPackageUID;
+            e.number = bigEndian64(e.bytes);
+            break;
+        case TarnSortKey::Hash:
+            e.number = item.hash();
+            break;
+        case TarnSortKey::FileDate:
+            setDate(e, item, dates);
+            break;
+        case TarnSortKey::Compression:
+            e.number = (quint64(item.compressionCode()) << 32) | item.DB_DIDResolutionID;
+            break;
+        case TarnSortKey::SampleRate:
+            e.number = item.DB_samplerate().numerator;
+            break;
+        case TarnSortKey::FrameRate:
+            e.number = item.DB_framerate().numerator;
+            break;
+        case TarnSortKey::Bits:
+            e.number = item.DB_bits;
+            break;
+    }
+}
+
+// The field order of two entries of the same group, ascending.
+int compareFields(const SortEntry& a, const SortEntry& b, TarnSortKey key) {
+    if (a.number != b.number) return a.number < b.number ? -1 : 1;
+    if (isTextKey(key)) {
+        if (a.next != b.next) return a.next < b.next ? -1 : 1;
+        if (a.third != b.third) return a.third < b.third ? -1 : 1;
+        return QString::compare(a.text, b.text, Qt::CaseSensitive);
+    }
+    if (isByteKey(key)) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
+    return 0;
+}
+
 }  // namespace
+
+quint64 TarnItemComparator::textHead(QStringView text) {
+    quint64 head = 0;
+    for (int i = 0; i < 4; ++i) head = (head << 16) | (i < text.size() ? text[i].unicode() : 0);
+    return head;
+}
 
 std::vector<qint64> TarnItemComparator::dateKeys(const QList<TarnItemPtr>& items) {
     std::vector<qint64> keys(size_t(items.size()), std::numeric_limits<qint64>::min());
@@ -196,98 +264,20 @@ void TarnItemComparator::sort(QList<quint32>& indexes, const QList<TarnItemPtr>&
             e.index < quint32(items.size()) ? items[e.index].get() : nullptr;
         if (!item) {
             e.group = 3;
-            continue;
-        }
-        e.group = 1;
-        if (invalidLast_ && !item->DB_isValid) {
+        } else if (invalidLast_ && !item->DB_isValid) {
             e.group = ascending_ ? 2 : 0;
-            continue;
-        }
-        switch (key_) {
-            case Key::FileName:
-                e.text = folded(item->DB_ClipName);
-                break;
-            case Key::ClipName:
-                e.text = folded(item->DB_NameInBin);
-                break;
-            case Key::Project:
-                e.text = folded(item->get_DB_ProjectName());
-                break;
-            case Key::Path:
-                e.text = folded(item->DB_itemPath);
-                break;
-            case Key::FileSize:
-                e.number = item->DB_filesize.value_or(0);
-                break;
-            case Key::FileUID:
-                e.bytes = item->filePackageUID;
-                e.number = bigEndian64(e.bytes);
-                break;
-            case Key::MaterialUID:
-                e.bytes = item->materialPackageUID;
-                e.number = bigEndian64(e.bytes);
-                break;
-            case Key::Hash:
-                e.number = item->hash();
-                break;
-            case Key::FileDate: {
-                const bool dated = dates ? (*dates)[e.index] != std::numeric_limits<qint64>::min()
-                                         : item->DB_Date.isValid();
-                if (dated) {
-                    const qint64 ms = dates ? (*dates)[e.index] : item->DB_Date.toMSecsSinceEpoch();
-                    e.number = quint64(ms) ^ (quint64(1) << 63);
-                } else {
-                    e.sub = 1;
-                }
-                break;
-            }
-            case Key::Compression:
-                e.number = (quint64(item->compressionCode()) << 32) | item->DB_DIDResolutionID;
-                break;
-            case Key::SampleRate:
-                e.number = item->DB_samplerate().numerator;
-                break;
-            case Key::FrameRate:
-                e.number = item->DB_framerate().numerator;
-                break;
-            case Key::Bits:
-                e.number = item->DB_bits;
-                break;
-            case Key::Unknown:
-                break;
+        } else {
+            e.group = 1;
+            if (key_) setField(e, *item, *key_, dates);
         }
     }
-
-    const bool textKey =
-        key_ == Key::FileName || key_ == Key::ClipName || key_ == Key::Project || key_ == Key::Path;
-    const bool byteKey = key_ == Key::FileUID || key_ == Key::MaterialUID;
-    if (textKey) {
-        // Twelve units after the shared prefix, in the entry itself, decide
-        // most pairs without reading either text.
-        const qsizetype shared = commonPrefix(entries);
-        for (auto& e : entries) {
-            e.number = textHead(e.text, shared);
-            e.next = textHead(e.text, shared + 4);
-            e.third = textHead(e.text, shared + 8);
-        }
-    }
-    auto fieldCompare = [&](const SortEntry& a, const SortEntry& b) {
-        if (textKey) {
-            if (a.number != b.number) return a.number < b.number ? -1 : 1;
-            if (a.next != b.next) return a.next < b.next ? -1 : 1;
-            if (a.third != b.third) return a.third < b.third ? -1 : 1;
-            return QString::compare(a.text, b.text, Qt::CaseSensitive);
-        }
-        if (a.number != b.number) return a.number < b.number ? -1 : 1;
-        if (byteKey) return std::memcmp(a.bytes, b.bytes, TarnDatabaseItem::kUIDBytes);
-        return 0;
-    };
+    if (key_ && isTextKey(*key_)) setTextHeads(entries);
     std::stable_sort(entries.begin(), entries.end(), [&](const SortEntry& a, const SortEntry& b) {
         if (a.group != b.group) return a.group < b.group;
         if (a.group != 1) return false;
         if (a.sub != b.sub) return a.sub < b.sub;
-        if (a.sub != 0) return false;
-        const int c = fieldCompare(a, b);
+        if (a.sub != 0 || !key_) return false;
+        const int c = compareFields(a, b, *key_);
         return ascending_ ? c < 0 : c > 0;
     });
     for (qsizetype n = 0; n < indexes.size(); ++n) indexes[n] = entries[size_t(n)].index;

@@ -2,46 +2,30 @@
 
 #include <QList>
 #include <QString>
+#include <QStringView>
 
 #include <memory>
+#include <optional>
 #include <vector>
+
+#include "items/TarnSortKey.h"
 
 class TarnDatabaseItem;
 using TarnItemPtr = std::shared_ptr<TarnDatabaseItem>;
 
 // The order of the database table for one sort key and direction.
 //
-// Keys: "filename", "clipname", "project", "filesize", "path", "fileUID",
-// "materialUID", "hash", "filedate", "compression", "samplerate", "framerate",
-// "bits". An unknown key compares every pair as equal, so a stable sort by it
-// keeps the order it was given.
+// Keys are the names of TarnSortKeys. An unknown key compares every pair as equal, so a stable sort
+// by it keeps the order it was given.
 //
 // With `invalidLast`, rows that are not shown as valid sort after the valid
 // ones (before them when descending); missing items and missing dates are last
 // in both directions.
 class TarnItemComparator {
   public:
-    enum class Key {
-        Unknown,
-        FileName,
-        ClipName,
-        Project,
-        FileSize,
-        Path,
-        FileUID,
-        MaterialUID,
-        Hash,
-        FileDate,
-        Compression,
-        SampleRate,
-        FrameRate,
-        Bits,
-    };
-
     TarnItemComparator(const QString& key, bool ascending, bool invalidLast);
 
-    static Key keyFromString(const QString& key);
-    bool isKnownKey() const { return key_ != Key::Unknown; }
+    bool isKnownKey() const { return key_.has_value(); }
 
     // <0, 0 or >0 as `a` orders before, with or after `b`.
     int compare(const TarnDatabaseItem* a, const TarnDatabaseItem* b) const;
@@ -55,14 +39,18 @@ class TarnItemComparator {
     // `dates`, when given, holds dateKeys(items).
     void sort(QList<quint32>& indexes, const QList<TarnItemPtr>& items,
               const std::vector<qint64>* dates = nullptr) const;
-    bool needsDates() const { return key_ == Key::FileDate; }
+    bool needsDates() const { return key_ == TarnSortKey::FileDate; }
+    // The first four UTF-16 units of a text as one number that orders like
+    // the text itself (a shorter text pads with zeros); equal heads need the
+    // full text.
+    static quint64 textHead(QStringView text);
     // Each item's date in milliseconds since the epoch; the least value for none.
     static std::vector<qint64> dateKeys(const QList<TarnItemPtr>& items);
 
   private:
     int compareField(const TarnDatabaseItem& a, const TarnDatabaseItem& b) const;
 
-    Key key_;
+    std::optional<TarnSortKey> key_;
     bool ascending_;
     bool invalidLast_;
 };

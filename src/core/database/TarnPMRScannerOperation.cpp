@@ -1,6 +1,5 @@
 #include "database/TarnPMRScannerOperation.h"
 
-#include <QElapsedTimer>
 #include <QSet>
 
 #include <fcntl.h>
@@ -53,42 +52,56 @@ void TarnPMRScannerOperation::setCompressionStringForItem(TarnDatabaseItem* item
     }
 }
 
-void TarnPMRScannerOperation::main() {
-    if (!core_ || !coreLock_ || pmrURL_.isEmpty()) return;
-    QElapsedTimer timer;
-    timer.start();
-    auto* status = TarnStatusViewController::getTheController();
-    TarnStatusWheel* wheel = status->Status_GetProgressWheel();
-    auto* prefs = TarnPreferences::shared();
-
-    const qsizetype slash = pmrURL_.lastIndexOf(QLatin1Char('/'));
-    const QString folder = slash >= 0 ? pmrURL_.left(slash) : QStringLiteral(".");
-    const QString base = folder + QLatin1Char('/');
-
-    // The folder's media database completes the items (names in bins,
-    // compressions, rates) when the user wants it read.
+struct TarnPMRScannerOperation::FolderScan {
+    QString folder;
+    QString base;  // the folder and a slash
+    TarnStatusWheel* wheel = nullptr;
     std::unique_ptr<TarnMediafile> mdb;
     quint64 compositions = 0;
-    if (prefs->integer(QLatin1String(TarnPreferences::kScanMDB)) == 1) {
-        QString mdbPath = base + QLatin1String("msmMMOB.mdb");
-        if (!TarnFolderReader::exists(mdbPath)) mdbPath = base + QLatin1String("amaMMOB.mdb");
-        if (TarnFolderReader::exists(mdbPath)) {
-            status->Status_SetTextWithString(mdbPath);
-            mdb = std::make_unique<TarnMediafile>();
-            mdb->openFile(mdbPath, wheel);
-            compositions = mdb->getMDBCompositionsCount();
-        }
+    // The names on disk that the index accounts for.
+    QSet<QString> accounted{QStringLiteral("msmMMOB.mdb"), QStringLiteral("amaMMOB.mdb"),
+                            QStringLiteral("msmFMID.pmr"), QStringLiteral("amaFMID.pmr"),
+                            QStringLiteral("Creating")};
+    QList<TarnItemPtr> result;
+};
+
+namespace {
+
+// The wheel counts down the media database's compositions while the index is
+// read, or spins when there is no count.
+void startWheel(TarnStatusWheel* wheel, quint64 compositions) {
+    if (!wheel) return;
+    if (compositions != 0) {
+        wheel->setIndeterminate(false);
+        wheel->setDoubleValue(0);
+        wheel->setMaxValue(double(compositions));
+    } else {
+        wheel->setIndeterminate(true);
+        wheel->startAnimation();
     }
-    if (wheel) {
-        if (compositions != 0) {
-            wheel->setIndeterminate(false);
-            wheel->setDoubleValue(0);
-            wheel->setMaxValue(double(compositions));
-        } else {
-            wheel->setIndeterminate(true);
-            wheel->startAnimation();
-        }
-    }
+}
+
+void spinWheel(TarnStatusWheel* wheel) {
+    if (!wheel) return;
+    wheel->setIndeterminate(true);
+    wheel->startAnimation();
+    wheel->setDoubleValue(0);
+    wheel->setMaxValue(100);
+}
+
+}  // namespace
+
+void TarnPMRScannerOperation::main() {
+    if (!core_ || !coreLock_ || pmrURL_.isEmpty()) return;
+    auto* status = TarnStatusViewController::getTheController();
+    FolderScan scan;
+    scan.wheel = status->Status_GetProgressWheel();
+    const qsizetype slash = pmrURL_.lastIndexOf(QLatin1Char('/'));
+    scan.folder = slash >= 0 ? pmrURL_.left(slash) : QStringLiteral(".");
+    scan.base = scan.folder + QLatin1Char('/');
+
+    openMediaDatabase(scan);
+    startWheel(scan.wheel, scan.compositions);
 
     PMRFile pmr;
     pmr.dataWithContentsOfURL(pmrURL_);
@@ -97,80 +110,93 @@ void TarnPMRScannerOperation::main() {
         return;
     }
 
-    const FolderHandle folderHandle(folder);
+    const FolderHandle folderHandle(scan.folder);
     QList<TarnFolderReader::Entry> entries;
-    TarnFolderReader::list(folder, entries);
+    TarnFolderReader::list(scan.folder, entries);
     if (entries.size() >= kLargeFolder) {
         TARN_LOG(QStringLiteral("**** Warning **** %1 contains %2 files")
-                     .arg(folder)
+                     .arg(scan.folder)
                      .arg(quint64(entries.size())));
     }
-    QSet<QString> accounted{QStringLiteral("msmMMOB.mdb"), QStringLiteral("amaMMOB.mdb"),
-                            QStringLiteral("msmFMID.pmr"), QStringLiteral("amaFMID.pmr"),
-                            QStringLiteral("Creating")};
-    accounted.reserve(entries.size() + 8);
-    QList<TarnItemPtr> result;
-    result.reserve(entries.size());
+    scan.accounted.reserve(entries.size() + 8);
+    scan.result.reserve(entries.size());
 
-    auto completeFromMdb = [&](TarnDatabaseItem* item) {
-        mdb->addInfoToItem(item);
-        if (item->isAudio()) {
-            item->DB_CompressionString = QStringLiteral("Audio");
-        } else {
-            setCompressionStringForItem(item);
-        }
-    };
-
-    quint32 counter = 0;
-    while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
-        item->placeInFolder(folder, folderHandle.fd());
-        // The name on disk is accounted for: the last component of the path's
-        // URL text with the escapes removed, which TarnFileName::urlText's
-        // round trip gives back exactly ("a%41b.wav" stays "a%41b.wav"). An
-        // AMA link's path now ends in ".aaf": that name is accounted for too.
-        const QString& path = item->DB_itemPath;
-        accounted.insert(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
-        ++counter;
-        if (wheel && compositions != 0) wheel->setDoubleValue(double(compositions) - counter);
-        if (item->DB_isAMA) {
-            TarnMediafile link;
-            link.openFile(item->DB_itemPath, wheel);
-        }
-        if (mdb) {
-            completeFromMdb(item.get());
-        } else if (item->DB_FileExists && item->DB_NameInBin.isEmpty()) {
-            item->addinfoToItemFromCorrespondingFile();
-        }
-        result.append(std::move(item));
-    }
-
-    if (wheel) {
-        wheel->setIndeterminate(true);
-        wheel->startAnimation();
-        wheel->setDoubleValue(0);
-        wheel->setMaxValue(100);
-    }
-
+    const quint32 counter = addIndexedItems(scan, pmr, folderHandle.fd());
+    spinWheel(scan.wheel);
     if (counter != pmr.ItemsCount()) {
         TARN_LOG(QStringLiteral("Error:: PMR ::%1").arg(pmrURL_));
         TARN_LOG(QStringLiteral("Error:: PMR ::%1").arg(TarnFileName::urlText(pmrURL_)));
         TARN_LOG(QString::asprintf("Item :: %08x of %08x ", counter, pmr.ItemsCount()));
     }
+    addUnlistedFiles(scan, entries, folderHandle.fd());
 
-    // Files of the folder that the index does not list.
-    for (const auto& entry : std::as_const(entries)) {
-        if (entry.isDir || accounted.contains(entry.name)) continue;
+    std::lock_guard<std::mutex> guard(*coreLock_);
+    core_->AddItemsFromArray(scan.result);
+    status->Status_DeleteProgressWheel(scan.wheel);
+}
+
+// The folder's media database completes the items (names in bins,
+// compressions, rates) when the user wants it read.
+void TarnPMRScannerOperation::openMediaDatabase(FolderScan& scan) const {
+    if (TarnPreferences::shared()->integer(QLatin1String(TarnPreferences::kScanMDB)) != 1) return;
+    QString mdbPath = scan.base + QLatin1String("msmMMOB.mdb");
+    if (!TarnFolderReader::exists(mdbPath)) mdbPath = scan.base + QLatin1String("amaMMOB.mdb");
+    if (!TarnFolderReader::exists(mdbPath)) return;
+    TarnStatusViewController::getTheController()->Status_SetTextWithString(mdbPath);
+    scan.mdb = std::make_unique<TarnMediafile>();
+    scan.mdb->openFile(mdbPath, scan.wheel);
+    scan.compositions = scan.mdb->getMDBCompositionsCount();
+}
+
+// One item per index entry; returns how many the index gave.
+quint32 TarnPMRScannerOperation::addIndexedItems(FolderScan& scan, PMRFile& pmr,
+                                                 int folderFd) const {
+    quint32 counter = 0;
+    while (TarnItemPtr item = pmr.FillItem(std::make_shared<TarnDatabaseItem>())) {
+        item->placeInFolder(scan.folder, folderFd);
+        // The name on disk is accounted for: the last component of the path's
+        // URL text with the escapes removed, which TarnFileName::urlText's
+        // round trip gives back exactly ("a%41b.wav" stays "a%41b.wav"). An
+        // AMA link's path now ends in ".aaf": that name is accounted for too.
+        const QString& path = item->DB_itemPath;
+        scan.accounted.insert(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
+        ++counter;
+        if (scan.wheel && scan.compositions != 0)
+            scan.wheel->setDoubleValue(double(scan.compositions) - counter);
+        if (item->DB_isAMA) {
+            TarnMediafile link;
+            link.openFile(item->DB_itemPath, scan.wheel);
+        }
+        if (scan.mdb) {
+            completeFromMediaDatabase(scan, item.get());
+        } else if (item->DB_FileExists && item->DB_NameInBin.isEmpty()) {
+            item->addinfoToItemFromCorrespondingFile();
+        }
+        scan.result.append(std::move(item));
+    }
+    return counter;
+}
+
+// Files of the folder that the index does not list.
+void TarnPMRScannerOperation::addUnlistedFiles(FolderScan& scan,
+                                               const QList<TarnFolderReader::Entry>& entries,
+                                               int folderFd) const {
+    for (const auto& entry : entries) {
+        if (entry.isDir || scan.accounted.contains(entry.name)) continue;
         auto item = std::make_shared<TarnDatabaseItem>();
-        item->setupWithUnrefFile(folder, entry.name);
-        item->validatePathAt(folderHandle.fd(), entry.name);
-        if (mdb) completeFromMdb(item.get());
-        result.append(std::move(item));
+        item->setupWithUnrefFile(scan.folder, entry.name);
+        item->validatePathAt(folderFd, entry.name);
+        if (scan.mdb) completeFromMediaDatabase(scan, item.get());
+        scan.result.append(std::move(item));
     }
+}
 
-    {
-        std::lock_guard<std::mutex> guard(*coreLock_);
-        core_->AddItemsFromArray(result);
-        status->Status_DeleteProgressWheel(wheel);
+void TarnPMRScannerOperation::completeFromMediaDatabase(const FolderScan& scan,
+                                                        TarnDatabaseItem* item) const {
+    scan.mdb->addInfoToItem(item);
+    if (item->isAudio()) {
+        item->DB_CompressionString = QStringLiteral("Audio");
+    } else {
+        setCompressionStringForItem(item);
     }
-    (void)timer.elapsed();
 }

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <QList>
 #include <QRunnable>
 #include <QString>
 
 #include <mutex>
 
+#include "database/TarnFolderReader.h"
+
+class PMRFile;
 class TarnCore;
 class TarnDatabaseItem;
 
@@ -33,6 +37,14 @@ class TarnPMRScannerOperation : public QRunnable {
     void setCompressionStringForItem(TarnDatabaseItem* item) const;
 
   private:
+    struct FolderScan;
+
+    void openMediaDatabase(FolderScan& scan) const;
+    quint32 addIndexedItems(FolderScan& scan, PMRFile& pmr, int folderFd) const;
+    void addUnlistedFiles(FolderScan& scan, const QList<TarnFolderReader::Entry>& entries,
+                          int folderFd) const;
+    void completeFromMediaDatabase(const FolderScan& scan, TarnDatabaseItem* item) const;
+
     QString pmrURL_;
     TarnCore* core_ = nullptr;
     std::mutex* coreLock_ = nullptr;

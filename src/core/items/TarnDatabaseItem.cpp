@@ -1,6 +1,5 @@
 #include "items/TarnDatabaseItem.h"
 
-#include <QFileInfo>
 #include <QLocale>
 #include <QMutex>
 #include <QStringBuilder>
@@ -19,10 +18,6 @@
 
 namespace {
 
-// Difference between the Mac OS epoch (1904) and the canonical one, as the
-// editing system applies it: five hours short of the true 2082844800.
-constexpr quint32 kCanonicalOffset = 2082826800u;
-
 // The first four bytes of every SMPTE UMID: the universal label prefix.
 constexpr quint8 kUMIDLabel[4] = {0x06, 0x0A, 0x2B, 0x34};
 
@@ -30,10 +25,6 @@ quint32 wordAt(const quint8* p) {
     quint32 w;
     std::memcpy(&w, p, 4);
     return w;
-}
-
-QString extensionOf(const QString& name) {
-    return QFileInfo(name).suffix();
 }
 
 // Project names in index files are single bytes; Latin-1 keeps every byte as
@@ -152,8 +143,9 @@ void TarnDatabaseItem::setupWithPmrBytes(const void* bytes, qsizetype length, qu
                                          bool useByteSwap) {
     if ((uidSize != 2 && uidSize != 8) || !bytes || length <= 0) return;
     DB_SizeofUID = uidSize;
-    DB_pmrField = QByteArray(static_cast<const char*>(bytes), length);
-    auto* b = reinterpret_cast<quint8*>(DB_pmrField.data());
+    // A working copy: the counts are swapped in place when asked.
+    QByteArray entry(static_cast<const char*>(bytes), length);
+    auto* b = reinterpret_cast<quint8*>(entry.data());
     const qsizetype uidBytes = uidSize == 8 ? 32 : 8;
     // A short identifier sits in bytes 16..23 of the 32-byte buffer.
     const qsizetype uidOffset = uidSize == 8 ? 0 : 16;
@@ -248,8 +240,7 @@ void TarnDatabaseItem::setupWithUnrefFile(const QString& folderPath, const QStri
 // it is set up, so the size is taken from the disk then.
 bool TarnDatabaseItem::readsOwnMxfFile() const {
     if (DB_itemPath.isEmpty()) return false;
-    if (extensionOf(DB_itemPath).compare(QLatin1String("mxf"), Qt::CaseInsensitive) != 0)
-        return false;
+    if (!TarnFileName::hasExtension(DB_itemPath, QLatin1String("mxf"))) return false;
     if (TarnPreferences::shared()->integer(QLatin1String(TarnPreferences::kScanMXF)) != 1)
         return false;
     quint64 size = 0;
@@ -301,7 +292,7 @@ void TarnDatabaseItem::setMaterialUIDWithNSData(const QByteArray& data) {
 }
 
 void TarnDatabaseItem::checkForAudioTypeByExtension() {
-    const QString ext = extensionOf(DB_ClipName);
+    const QString ext = TarnFileName::extension(DB_ClipName);
     for (const char* audio : {"aif", "wav", "sd2", "lrc"}) {
         if (ext.compare(QLatin1String(audio), Qt::CaseInsensitive) == 0) {
             std::memcpy(CompressionFourCC, "_AUD", 4);
@@ -462,14 +453,6 @@ bool TarnDatabaseItem::isEqual(const TarnDatabaseItem* other) const {
     if (!isEqualByUUID(other)) return false;
     if (DB_itemPath.isNull() || other->DB_itemPath.isNull()) return false;
     return DB_itemPath == other->DB_itemPath;
-}
-
-void TarnDatabaseItem::ConvertTimeToCanonical(quint32* time) {
-    if (time) *time -= kCanonicalOffset;
-}
-
-void TarnDatabaseItem::ConvertTimeFromCanonical(quint32* time) {
-    if (time) *time += kCanonicalOffset;
 }
 
 QString TarnDatabaseItem::description() const {

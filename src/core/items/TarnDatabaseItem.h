@@ -91,20 +91,12 @@ class TarnDatabaseItem {
     bool isEqualByUUID(const TarnDatabaseItem* other) const;
     bool isLessByUUID(const TarnDatabaseItem* other) const;
 
-    // Mac OS dates count from 1904; these move a 32-bit time by 2082826800
-    // seconds, modulo 2^32.
-    static void ConvertTimeToCanonical(quint32* time);
-    static void ConvertTimeFromCanonical(quint32* time);
-
     QString description() const;
 
     void setFrameRateNumerator(quint32 numerator, quint32 denominator);
     void setSampleRateNumerator(quint32 numerator, quint32 denominator);
     TarnRate DB_framerate() const;
     TarnRate DB_samplerate() const;
-    // The rates as one 64-bit value: numerator in the low, denominator in the high 32 bits.
-    quint64 DB_framerateBits() const { return framerate_.load(std::memory_order_relaxed); }
-    quint64 DB_samplerateBits() const { return samplerate_.load(std::memory_order_relaxed); }
 
     quint8* DB_filePackageUID() { return filePackageUID; }
     const quint8* DB_filePackageUID() const { return filePackageUID; }
@@ -127,7 +119,6 @@ class TarnDatabaseItem {
     std::atomic<bool> DB_isValid{true};
     std::atomic<bool> DB_FileExists{false};
     bool DB_isAMA = false;
-    bool DB_isUME = false;
     bool DB_isGoodUUID = true;
     bool DB_isPortableFilename = true;
     bool DB_isReferenced = false;
@@ -135,7 +126,6 @@ class TarnDatabaseItem {
     qint32 DB_usageCode = 0;
     quint32 DB_DIDResolutionID = 0;
     quint32 DB_bits = 0;
-    QByteArray DB_pmrField;
     QString DB_ClipName;
     QString DB_ProjectName;  // null: no project; empty: an empty one
     QString DB_itemPath;     // absolute path; null: none

@@ -1,12 +1,12 @@
 #include "readers/AVBFile.h"
 
 #include <QHash>
-#include <QStringDecoder>
 #include <QtEndian>
 
 #include <cstring>
 
 #include "log/xConsole.h"
+#include "readers/TarnMacText.h"
 #include "support/TarnRegularFile.h"
 
 namespace {
@@ -67,35 +67,6 @@ QByteArray bytesAt(const QByteArray& data, qsizetype offset, qsizetype length) {
     return data.mid(offset, qMin(length, data.size() - offset));
 }
 
-// Mac OS Cyrillic (CFStringEncoding 7), the upper half; the lower half is ASCII.
-constexpr char16_t kMacCyrillicHigh[128] = {
-    0x0410, 0x0411, 0x0412, 0x0413, 0x0414, 0x0415, 0x0416, 0x0417, 0x0418, 0x0419, 0x041A, 0x041B,
-    0x041C, 0x041D, 0x041E, 0x041F, 0x0420, 0x0421, 0x0422, 0x0423, 0x0424, 0x0425, 0x0426, 0x0427,
-    0x0428, 0x0429, 0x042A, 0x042B, 0x042C, 0x042D, 0x042E, 0x042F, 0x2020, 0x00B0, 0x0490, 0x00A3,
-    0x00A7, 0x2022, 0x00B6, 0x0406, 0x00AE, 0x00A9, 0x2122, 0x0402, 0x0452, 0x2260, 0x0403, 0x0453,
-    0x221E, 0x00B1, 0x2264, 0x2265, 0x0456, 0x00B5, 0x0491, 0x0408, 0x0404, 0x0454, 0x0407, 0x0457,
-    0x0409, 0x0459, 0x040A, 0x045A, 0x0458, 0x0405, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB,
-    0x00BB, 0x2026, 0x00A0, 0x040B, 0x045B, 0x040C, 0x045C, 0x0455, 0x2013, 0x2014, 0x201C, 0x201D,
-    0x2018, 0x2019, 0x00F7, 0x201E, 0x040E, 0x045E, 0x040F, 0x045F, 0x2116, 0x0401, 0x0451, 0x044F,
-    0x0430, 0x0431, 0x0432, 0x0433, 0x0434, 0x0435, 0x0436, 0x0437, 0x0438, 0x0439, 0x043A, 0x043B,
-    0x043C, 0x043D, 0x043E, 0x043F, 0x0440, 0x0441, 0x0442, 0x0443, 0x0444, 0x0445, 0x0446, 0x0447,
-    0x0448, 0x0449, 0x044A, 0x044B, 0x044C, 0x044D, 0x044E, 0x20AC};
-
-// Folder names of linked media are Mac Cyrillic text. Qt's own converters know
-// this encoding only in builds that use ICU for named encodings; otherwise the
-// table above decodes it.
-QString fromMacCyrillic(const QByteArray& bytes) {
-    QStringDecoder decoder("x-mac-cyrillic");
-    if (decoder.isValid()) return decoder.decode(bytes);
-    QString out;
-    out.reserve(bytes.size());
-    for (char c : bytes) {
-        const auto b = uchar(c);
-        out.append(b < 0x80 ? QChar(b) : QChar(kMacCyrillicHigh[b - 0x80]));
-    }
-    return out;
-}
-
 QString hex8(quint64 v) {
     return QStringLiteral("%1").arg(v, 8, 16, QLatin1Char('0'));
 }
@@ -149,7 +120,8 @@ QList<TarnItemPtr> AVBFile::getAMAUIDSold() const {
                      .arg(pos));
         const quint16 nameLength = u16At(filedata_, pos + 18);
         if (nameLength != 0 && tagAt(filedata_, pos + 20, "AMA ")) {
-            const QString folder = fromMacCyrillic(bytesAt(filedata_, pos + 20, nameLength));
+            const QString folder = TarnMacText::toString(TarnMacText::Encoding::Cyrillic,
+                                                         bytesAt(filedata_, pos + 20, nameLength));
             TARN_LOG(QStringLiteral("foundAMA Folder:: %1").arg(folder));
             item->DB_isAMA = true;
         }
@@ -201,18 +173,4 @@ QList<TarnItemPtr> AVBFile::getAMAUIDS() const {
     TARN_LOG(dump);
     TARN_LOG(QStringLiteral("<%1 :: Bin EOF").arg(hex8(quint64(pos))));
     return {};
-}
-
-QString AVBFile::hexlifyRawBytes(const void* bytes, qsizetype length) {
-    QString out;
-    if (!bytes || length <= 0) return out;
-    static const char digits[] = "0123456789abcdef";
-    const auto* p = static_cast<const uchar*>(bytes);
-    out.reserve(length * 4);
-    for (qsizetype i = 0; i < length; ++i) {
-        out.append(QLatin1Char(digits[p[i] >> 4]));
-        out.append(QLatin1Char(digits[p[i] & 0x0f]));
-        out.append(i % 4 == 3 ? QLatin1String(" | ") : QLatin1String(" "));
-    }
-    return out;
 }

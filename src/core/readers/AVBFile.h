@@ -34,10 +34,6 @@ class AVBFile {
     // diagnostics; nothing calls it in the normal flow.
     QList<TarnItemPtr> getAMAUIDSold() const;
 
-    // "%02lx" per byte, " | " after every fourth byte and " " after the
-    // others (so the text ends with a separator); empty for no bytes.
-    static QString hexlifyRawBytes(const void* bytes, qsizetype length);
-
   private:
     QByteArray filedata_;
 };

@@ -12,11 +12,7 @@ class TarnProgressIndicator;
 class TarnMediaReader {
   public:
     enum Capability : unsigned {
-        kNumberOfChildren = 1u << 0,
-        kIsItemExpandable = 1u << 1,
-        kChildOfItem = 1u << 2,
-        kStringForItem = 1u << 3,
-        kAddInfoToItem = 1u << 4,
+        kAddInfoToItem = 1u << 0,
     };
 
     virtual ~TarnMediaReader() = default;

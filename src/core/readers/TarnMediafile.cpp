@@ -1,22 +1,16 @@
 #include "readers/TarnMediafile.h"
 
-#include <QFileInfo>
-
 #include "items/TarnDatabaseItem.h"
 #include "readers/TarnAAF.h"
 #include "readers/TarnMXF.h"
 #include "readers/TarnOMFI.h"
+#include "support/TarnFileName.h"
 
 TarnMediafile::TarnMediafile() = default;
 
-QStringList TarnMediafile::rootRow() const {
-    return {QStringLiteral("0"), QStringLiteral("0"), QStringLiteral("false"),
-            QStringLiteral("No File Loaded")};
-}
-
 void TarnMediafile::SetDataSource(std::unique_ptr<TarnMediaReader> reader) {
     dataSource_ = std::move(reader);
-    flags_ = dataSource_ ? (dataSource_->capabilities() & 0x1fu) : 0u;
+    flags_ = dataSource_ ? dataSource_->capabilities() : 0u;
 }
 
 bool TarnMediafile::openFile(const QString& path, TarnProgressIndicator* indicator) {
@@ -26,7 +20,7 @@ bool TarnMediafile::openFile(const QString& path, TarnProgressIndicator* indicat
     fileUrl_ = path;
     if (path.isEmpty()) return isOpen_;
 
-    const QString ext = QFileInfo(path).suffix();
+    const QString ext = TarnFileName::extension(path);
     auto is = [&](const char* e) {
         return ext.compare(QLatin1String(e), Qt::CaseInsensitive) == 0;
     };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 #include <memory>
 
@@ -17,7 +16,7 @@ class TarnMediafile {
   public:
     TarnMediafile();
 
-    // Stores the reader and recomputes the five capability flags.
+    // Stores the reader and takes its capability flags.
     void SetDataSource(std::unique_ptr<TarnMediaReader> reader);
     TarnMediaReader* dataSource() const { return dataSource_.get(); }
 
@@ -35,8 +34,6 @@ class TarnMediafile {
     unsigned capabilityFlags() const { return flags_; }
     bool isOpen() const { return isOpen_; }
     QString FileUrl() const { return fileUrl_; }
-    // The inspector's placeholder row: 0, 0, false, "No File Loaded".
-    QStringList rootRow() const;
 
   private:
     unsigned type_ = 0;

@@ -1,6 +1,5 @@
 #include "readers/TarnOMFI.h"
 
-#include <QFileInfo>
 #include <QSet>
 #include <QtEndian>
 
@@ -8,9 +7,10 @@
 
 #include "items/TarnDatabaseItem.h"
 #include "log/xConsole.h"
-#include "readers/TarnMacRoman.h"
+#include "readers/TarnMacText.h"
 #include "status/TarnProgressIndicator.h"
 #include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 #include "support/TarnRegularFile.h"
 
 namespace {
@@ -139,8 +139,7 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     if (!readTOC()) return false;
     // A media database is nothing without its clip table; an OMF media file
     // needs only objects.
-    const bool isDatabase =
-        QFileInfo(path).suffix().compare(QLatin1String("mdb"), Qt::CaseInsensitive) == 0;
+    const bool isDatabase = TarnFileName::hasExtension(path, QLatin1String("mdb"));
     return !isDatabase || clipTableSeen_;
 }
 
@@ -302,7 +301,7 @@ QString TarnOMFI::textFromBytes(const quint8* bytes, quint32 length) const {
     // Little-endian containers come from systems that write plain ASCII; the
     // upper half is kept byte for byte, as the media index's names are.
     if (littleEndian_) return QString::fromLatin1(text, end - begin);
-    return TarnMacRoman::toString(text, end - begin);
+    return TarnMacText::toString(TarnMacText::Encoding::Roman, QByteArrayView(text, end - begin));
 }
 
 QString TarnOMFI::getDescriptionForTOCindex(quint32 index) const {

@@ -2,6 +2,7 @@
 
 #include "items/TarnDatabaseItem.h"
 #include "items/TarnFileSize.h"
+#include "items/TarnSortKey.h"
 #include "items/TarnVocabulary.h"
 #include "support/TarnFileName.h"
 
@@ -11,29 +12,30 @@ struct ColumnInfo {
     TarnColumn column;
     const char* identifier;
     const char* title;
-    const char* sortKey;  // nullptr: not sortable
+    std::optional<TarnSortKey> sortKey;  // none: not sortable
 };
 
 // Table order.
 constexpr ColumnInfo kColumns[] = {
-    {TarnColumn::Icon, "IconCellID", "Icon", nullptr},
-    {TarnColumn::Filename, "FilenameCellID", "File Name", "filename"},
-    {TarnColumn::Clipname, "ClipnameCellID", "Clip Name", "clipname"},
-    {TarnColumn::Path, "PathCellID", "Path", "path"},
-    {TarnColumn::Project, "ProjectCellID", "Project", "project"},
-    {TarnColumn::FilePackageUID, "filePackageUID", "File Package UID", "fileUID"},
-    {TarnColumn::MaterialPackageUID, "materialPackageUID", "Material Package UID", "materialUID"},
-    {TarnColumn::Exists, "ExistsCellID", "Exists", nullptr},
-    {TarnColumn::Compression, "CompressionCellID", "Compression", "compression"},
-    {TarnColumn::Framerate, "FramerateCellID", "Frame Rate", "framerate"},
-    {TarnColumn::Samplerate, "SamplerateCellID", "Sample Rate", "samplerate"},
-    {TarnColumn::Bits, "BitsCellID", "Bits", "bits"},
-    {TarnColumn::Kind, "KindCellID", "Kind", nullptr},
-    {TarnColumn::Size, "SizeCellID", "Size", "filesize"},
-    {TarnColumn::Date, "DateCellID", "Date", "filedate"},
-    {TarnColumn::Hash, "hash", "Hash", "hash"},
-    {TarnColumn::SourceFileID, "sourceFileID", "Source File ID", nullptr},
-    {TarnColumn::SourceTapeID, "sourceTapeID", "Source Tape ID", nullptr},
+    {TarnColumn::Icon, "IconCellID", "Icon", std::nullopt},
+    {TarnColumn::Filename, "FilenameCellID", "File Name", TarnSortKey::FileName},
+    {TarnColumn::Clipname, "ClipnameCellID", "Clip Name", TarnSortKey::ClipName},
+    {TarnColumn::Path, "PathCellID", "Path", TarnSortKey::Path},
+    {TarnColumn::Project, "ProjectCellID", "Project", TarnSortKey::Project},
+    {TarnColumn::FilePackageUID, "filePackageUID", "File Package UID", TarnSortKey::FileUID},
+    {TarnColumn::MaterialPackageUID, "materialPackageUID", "Material Package UID",
+     TarnSortKey::MaterialUID},
+    {TarnColumn::Exists, "ExistsCellID", "Exists", std::nullopt},
+    {TarnColumn::Compression, "CompressionCellID", "Compression", TarnSortKey::Compression},
+    {TarnColumn::Framerate, "FramerateCellID", "Frame Rate", TarnSortKey::FrameRate},
+    {TarnColumn::Samplerate, "SamplerateCellID", "Sample Rate", TarnSortKey::SampleRate},
+    {TarnColumn::Bits, "BitsCellID", "Bits", TarnSortKey::Bits},
+    {TarnColumn::Kind, "KindCellID", "Kind", std::nullopt},
+    {TarnColumn::Size, "SizeCellID", "Size", TarnSortKey::FileSize},
+    {TarnColumn::Date, "DateCellID", "Date", TarnSortKey::FileDate},
+    {TarnColumn::Hash, "hash", "Hash", TarnSortKey::Hash},
+    {TarnColumn::SourceFileID, "sourceFileID", "Source File ID", std::nullopt},
+    {TarnColumn::SourceTapeID, "sourceTapeID", "Source Tape ID", std::nullopt},
 };
 
 const ColumnInfo& info(TarnColumn column) {
@@ -80,22 +82,22 @@ QString TarnColumns::title(TarnColumn column) {
 }
 
 QString TarnColumns::sortKey(TarnColumn column) {
-    const char* key = info(column).sortKey;
-    return key ? QString::fromLatin1(key) : QString();
+    const std::optional<TarnSortKey> key = info(column).sortKey;
+    return key ? TarnSortKeys::name(*key) : QString();
 }
 
 std::optional<TarnColumn> TarnColumns::fromSortKey(const QString& key) {
+    const std::optional<TarnSortKey> sortKey = TarnSortKeys::fromName(key);
+    if (!sortKey) return std::nullopt;
     for (const ColumnInfo& c : kColumns) {
-        if (c.sortKey && key == QLatin1String(c.sortKey)) return c.column;
+        if (c.sortKey == sortKey) return c.column;
     }
     return std::nullopt;
 }
 
 QStringList TarnColumns::sortKeys() {
     QStringList keys;
-    for (const ColumnInfo& c : kColumns) {
-        if (c.sortKey) keys.append(QString::fromLatin1(c.sortKey));
-    }
+    for (TarnSortKey key : TarnSortKeys::all()) keys.append(TarnSortKeys::name(key));
     return keys;
 }
 

@@ -159,6 +159,17 @@ bool TarnFileName::holdsRawBytes(QStringView text) {
     return nextRawByte(text, 0) >= 0;
 }
 
+QString TarnFileName::extension(const QString& path) {
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    if (dot <= slash + 1) return QString();
+    return path.mid(dot + 1);
+}
+
+bool TarnFileName::hasExtension(const QString& path, QLatin1StringView ext) {
+    return extension(path).compare(ext, Qt::CaseInsensitive) == 0;
+}
+
 QString TarnFileName::displayText(const QString& text) {
     qsizetype i = nextRawByte(text, 0);
     if (i < 0) return text;

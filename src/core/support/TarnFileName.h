@@ -40,6 +40,13 @@ class TarnFileName {
     // A "file://" URL text back to its path (percent escapes removed).
     static QString pathFromUrlText(const QString& url);
 
+    // The extension of the path's last component, without its dot ("mxf" of
+    // "/media/clip.v1.mxf"). A name that only starts with a dot (".pmr") is
+    // a hidden file without one.
+    static QString extension(const QString& path);
+    // The extension is `ext`, in any case.
+    static bool hasExtension(const QString& path, QLatin1StringView ext);
+
     // The path itself, or its nearest ancestor without raw bytes: the place
     // to ask Qt's own classes about (the volume of a file, for example).
     static QString plainAncestor(const QString& path);
