@@ -37,7 +37,7 @@ constexpr struct {
     {"--unreferenced", &SelectionOptions::unreferenced},
 };
 
-constexpr const char* kValueOptions[] = {"--search", "--intersect", "--subtract", "--add",
+constexpr const char* kValueOptions[] = {"--search",  "--intersect", "--subtract", "--add",
                                          "--project", "--sort",      "--log"};
 
 bool takesValue(const QString& option) {

@@ -147,7 +147,8 @@ void TarnCore::AddFile(const QString& location) {
 
     const bool folder = TarnFolderReader::isFolder(path);
     // A picked index file scans its folder: that folder is the root.
-    if (folder || TarnFileName::extension(path).compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
+    if (folder ||
+        TarnFileName::extension(path).compare(QLatin1String("pmr"), Qt::CaseInsensitive) == 0) {
         const QString root = folder ? path : QFileInfo(path).path();
         std::lock_guard<std::mutex> guard(rootsLock_);
         if (!mediaFolderRoots_.contains(root)) mediaFolderRoots_.append(root);
