@@ -108,6 +108,114 @@ bool writeText(const QString& path, const QString& text) {
     return file.commit();
 }
 
+// What the action's own options ask for (the selection options aside).
+struct ActionRequest {
+    TarnActionOptions options;
+    bool dryRun = false;
+    std::optional<CliQuestions::Policy> answer;
+    QString actionLogPath;
+};
+
+const QSet<QString>& valueOptions() {
+    static const QSet<QString> options{QStringLiteral("--to"), QStringLiteral("--answer"),
+                                       QStringLiteral("--action-log")};
+    return options;
+}
+
+// Reads the options after the selection's; an exit code when the command
+// ends here (a usage error, or --help).
+std::optional<int> readActionOptions(const QString& command, const QStringList& rest,
+                                     ActionRequest& request) {
+    TarnActionOptions& options = request.options;
+    for (qsizetype i = 0; i < rest.size(); ++i) {
+        const QString& arg = rest.at(i);
+        if (valueOptions().contains(arg)) {
+            if (i + 1 >= rest.size())
+                return usageError(command, arg + QStringLiteral(" needs a value"));
+            const QString value = rest.at(++i);
+            if (arg == QLatin1String("--to")) {
+                options.Destination = value;
+            } else if (arg == QLatin1String("--action-log")) {
+                request.actionLogPath = value;
+            } else {
+                CliQuestions::Policy policy;
+                if (!CliQuestions::policyFromWord(value, &policy))
+                    return usageError(command, QStringLiteral("--answer takes no, yes or all"));
+                request.answer = policy;
+            }
+        } else if (arg == QLatin1String("--no-project-folders")) {
+            options.Create_projects_folders = false;
+        } else if (arg == QLatin1String("--no-type-folders")) {
+            options.Create_mxf_folders = false;
+        } else if (arg == QLatin1String("--keep-folders")) {
+            options.Keep_original_folders = true;
+        } else if (arg == QLatin1String("--sure")) {
+            options.Im_sure = true;
+        } else if (arg == QLatin1String("--dry-run")) {
+            request.dryRun = true;
+        } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
+            std::fputs(qPrintable(ActionCommand::usage(command)), stdout);
+            return ActionCommand::kOk;
+        } else {
+            return usageError(command, QStringLiteral("unknown option '%1'").arg(arg));
+        }
+    }
+    return std::nullopt;
+}
+
+// Copy and move need an existing folder, made absolute and clean.
+std::optional<int> checkDestination(const QString& command, TarnActionOptions& options) {
+    if (options.isDelete()) return std::nullopt;
+    if (options.Destination.isNull())
+        return usageError(command, QStringLiteral("Invalid destination path"));
+    options.Destination = TarnNewActionRules::normaliseDestination(options.Destination);
+    if (!QFileInfo(options.Destination).isDir())
+        return usageError(command, QStringLiteral("Please check destination path"));
+    return std::nullopt;
+}
+
+// The engine on a worker thread while this thread watches for signals and
+// shows progress; returns when the run has ended.
+void runWithProgress(const QString& command, TarnActionOperation& operation) {
+    const bool terminal = ::isatty(STDERR_FILENO);
+    InterruptGuard interrupts;
+    gInterrupted = 0;
+    std::atomic<bool> done{false};
+    std::thread worker([&] {
+        operation.start();
+        done = true;
+    });
+    quint64 shownItems = ~quint64(0);
+    while (!done) {
+        if (gInterrupted && !operation.isCancelled()) operation.cancel();
+        if (!CliQuestions::isAsking() && (terminal || operation.itemsDone() != shownItems)) {
+            shownItems = operation.itemsDone();
+            progressLine(command, operation, terminal);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    worker.join();
+    progressLine(command, operation, terminal);
+    if (terminal) std::fputs("\n", stderr);
+    xConsole::sharedInstance()->flush();
+}
+
+// The action log to stdout or its file, and the exit status of the run.
+int finishRun(const QString& command, const TarnActionOperation& operation,
+              const QString& actionLogPath) {
+    const QString actionLog = operation.actionLog();
+    if (actionLogPath.isEmpty()) {
+        std::fputs(qPrintable(actionLog), stdout);
+        std::fflush(stdout);
+    } else if (!writeText(actionLogPath, actionLog)) {
+        std::fprintf(stderr, "tarn %s: cannot write '%s'\n", qPrintable(command),
+                     qPrintable(actionLogPath));
+        return ActionCommand::kFailed;
+    }
+    if (operation.isCancelled()) return ActionCommand::kInterrupted;
+    return operation.filesFailed() > 0 ? ActionCommand::kFailed : ActionCommand::kOk;
+}
+
 }  // namespace
 
 QString ActionCommand::usage(const QString& action) {
@@ -134,57 +242,14 @@ int ActionCommand::run(const QString& command, const QStringList& args) {
     SelectionOptions selection;
     QStringList rest;
     QString error;
-    const QSet<QString> valueOptions{QStringLiteral("--to"), QStringLiteral("--answer"),
-                                     QStringLiteral("--action-log")};
-    if (!selection.parse(args, &rest, &error, valueOptions)) return usageError(command, error);
-
-    TarnActionOptions options;
+    if (!selection.parse(args, &rest, &error, valueOptions())) return usageError(command, error);
+    ActionRequest request;
+    TarnActionOptions& options = request.options;
     options.Action = actionWord(command);
     options.Destination = QString();
-    bool dryRun = false;
-    std::optional<CliQuestions::Policy> answer;
-    QString actionLogPath;
-    for (qsizetype i = 0; i < rest.size(); ++i) {
-        const QString& arg = rest.at(i);
-        if (valueOptions.contains(arg)) {
-            if (i + 1 >= rest.size())
-                return usageError(command, arg + QStringLiteral(" needs a value"));
-            const QString value = rest.at(++i);
-            if (arg == QLatin1String("--to")) {
-                options.Destination = value;
-            } else if (arg == QLatin1String("--action-log")) {
-                actionLogPath = value;
-            } else {
-                CliQuestions::Policy policy;
-                if (!CliQuestions::policyFromWord(value, &policy))
-                    return usageError(command, QStringLiteral("--answer takes no, yes or all"));
-                answer = policy;
-            }
-        } else if (arg == QLatin1String("--no-project-folders")) {
-            options.Create_projects_folders = false;
-        } else if (arg == QLatin1String("--no-type-folders")) {
-            options.Create_mxf_folders = false;
-        } else if (arg == QLatin1String("--keep-folders")) {
-            options.Keep_original_folders = true;
-        } else if (arg == QLatin1String("--sure")) {
-            options.Im_sure = true;
-        } else if (arg == QLatin1String("--dry-run")) {
-            dryRun = true;
-        } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
-            std::fputs(qPrintable(usage(command)), stdout);
-            return kOk;
-        } else {
-            return usageError(command, QStringLiteral("unknown option '%1'").arg(arg));
-        }
-    }
+    if (const std::optional<int> exit = readActionOptions(command, rest, request)) return *exit;
     if (!selection.hasSource()) return usageError(command, QStringLiteral("nothing to scan"));
-    if (!options.isDelete()) {
-        if (options.Destination.isNull())
-            return usageError(command, QStringLiteral("Invalid destination path"));
-        options.Destination = TarnNewActionRules::normaliseDestination(options.Destination);
-        if (!QFileInfo(options.Destination).isDir())
-            return usageError(command, QStringLiteral("Please check destination path"));
-    }
+    if (const std::optional<int> exit = checkDestination(command, options)) return *exit;
 
     CliLog log;
     if (!selection.logPath.isEmpty() && !log.open(selection.logPath, &error))
@@ -198,7 +263,7 @@ int ActionCommand::run(const QString& command, const QStringList& args) {
 
     std::optional<quint64> total;
     const QString summary = TarnNewActionRules::updateStatusText(options, total);
-    if (dryRun) {
+    if (request.dryRun) {
         std::fputs(qPrintable(plan(options)), stdout);
         std::fprintf(stdout, "%s\n", qPrintable(summary));
         return kOk;
@@ -210,44 +275,11 @@ int ActionCommand::run(const QString& command, const QStringList& args) {
                      verdict.detail.isEmpty() ? "" : "\n");
         return kUsage;
     }
-
-    // The run: the engine on a worker thread, this thread watches signals
-    // and shows progress.
-    const bool terminal = ::isatty(STDERR_FILENO);
-    CliQuestions questions(answer ? *answer
-                                  : (::isatty(STDIN_FILENO) ? CliQuestions::Policy::Prompt
-                                                            : CliQuestions::Policy::No));
-    InterruptGuard interrupts;
-    gInterrupted = 0;
+    // Questions go to the terminal, else get the given (default: safe) answer.
+    CliQuestions questions(request.answer ? *request.answer
+                                          : (::isatty(STDIN_FILENO) ? CliQuestions::Policy::Prompt
+                                                                    : CliQuestions::Policy::No));
     TarnActionOperation operation(options);
-    std::atomic<bool> done{false};
-    std::thread worker([&] {
-        operation.start();
-        done = true;
-    });
-    quint64 shownItems = ~quint64(0);
-    while (!done) {
-        if (gInterrupted && !operation.isCancelled()) operation.cancel();
-        if (!CliQuestions::isAsking() && (terminal || operation.itemsDone() != shownItems)) {
-            shownItems = operation.itemsDone();
-            progressLine(command, operation, terminal);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    worker.join();
-    progressLine(command, operation, terminal);
-    if (terminal) std::fputs("\n", stderr);
-    xConsole::sharedInstance()->flush();
-
-    const QString actionLog = operation.actionLog();
-    if (actionLogPath.isEmpty()) {
-        std::fputs(qPrintable(actionLog), stdout);
-        std::fflush(stdout);
-    } else if (!writeText(actionLogPath, actionLog)) {
-        std::fprintf(stderr, "tarn %s: cannot write '%s'\n", qPrintable(command),
-                     qPrintable(actionLogPath));
-        return kFailed;
-    }
-    if (operation.isCancelled()) return kInterrupted;
-    return operation.filesFailed() > 0 ? kFailed : kOk;
+    runWithProgress(command, operation);
+    return finishRun(command, operation, request.actionLogPath);
 }

@@ -248,16 +248,16 @@ void TarnActionOperation::markMissing(TarnDatabaseItem& item) {
 QString TarnActionOperation::targetFolderForItem(const TarnDatabaseItem& item) const {
     if (targetURL_.isNull()) return QString();
     QString folder = normalised(targetURL_);
-    QFileInfo file(item.DB_itemPath);
     if (properties_.Create_projects_folders)
         folder += QLatin1Char('/') + asFolderName(item.get_DB_ProjectName());
     if (properties_.Create_mxf_folders) {
-        QString extension = file.suffix();
+        const QString extension = TarnFileName::extension(item.DB_itemPath);
         folder += QLatin1Char('/') +
                   (extension.isEmpty() ? QStringLiteral("_NOEXT_TYPE") : extension.toUpper());
     }
     if (properties_.Keep_original_folders) {
-        folder += QLatin1Char('/') + asFolderName(QFileInfo(file.path()).fileName());
+        folder +=
+            QLatin1Char('/') + asFolderName(item.DB_itemPath.section(QLatin1Char('/'), -2, -2));
         TARN_LOG(QStringLiteral("Target path: %1").arg(folder));
     }
     return folder;
@@ -492,45 +492,45 @@ bool TarnActionOperation::copyChecked(const TarnDatabaseItem& item,
 }
 
 void TarnActionOperation::copyAction() {
-    for (const TarnItemPtr& itemPtr : *properties_.items) {
+    for (const TarnItemPtr& item : *properties_.items) {
         if (isCancelled()) return;
-        if (!itemPtr) continue;
-        TarnDatabaseItem& item = *itemPtr;
-        const QString folder = beginItemTurn(item, QStringLiteral("copy"));
-        if (folder.isNull()) continue;
-        TarnMediaFileGuard::Checked source;
-        if (!checkSource(item, &source)) {
-            countItemDone(item);
-            continue;
-        }
-        bool ok = false;
-        const QString target = prepareTarget(item, folder, &ok);
-        logStart(QStringLiteral("copy"), item, target);
-        bool proceed = true;
-        if (reachable(target)) {
-            log(QStringLiteral(":: FILE EXISTS AT DESTINATION \n"));
-            if (!yesToAll_) {
-                int answer = askNoYesYesToAll(
-                    QStringLiteral("File exists at destination.\nOverwrite?"), target);
-                if (answer == TarnAlert::kThirdButton) {
-                    yesToAll_ = true;
-                    log(QStringLiteral(":: OVERWRITING \n"));
-                } else if (answer == TarnAlert::kSecondButton) {
-                    log(QStringLiteral(":: OVERWRITING \n"));
-                } else if (answer == TarnAlert::kFirstButton) {
-                    log(QStringLiteral(":: SKIPPING \n"));
-                    proceed = false;
-                } else {
-                    proceed = ok;
-                }
-            }
-        }
-        if (proceed)
-            copyChecked(item, source, target, TarnFileCopier::None,
-                        QStringLiteral("Error copying to %1").arg(target));
-        if (isCancelled()) return;
-        countItemDone(item);
+        if (item) copyItem(*item);
     }
+}
+
+void TarnActionOperation::copyItem(TarnDatabaseItem& item) {
+    const QString folder = beginItemTurn(item, QStringLiteral("copy"));
+    if (folder.isNull()) return;
+    TarnMediaFileGuard::Checked source;
+    if (!checkSource(item, &source)) {
+        countItemDone(item);
+        return;
+    }
+    bool ok = false;
+    const QString target = prepareTarget(item, folder, &ok);
+    logStart(QStringLiteral("copy"), item, target);
+    if (mayCopyOnto(target, ok))
+        copyChecked(item, source, target, TarnFileCopier::None,
+                    QStringLiteral("Error copying to %1").arg(target));
+    if (!isCancelled()) countItemDone(item);
+}
+
+bool TarnActionOperation::mayCopyOnto(const QString& target, bool folderReady) {
+    if (!reachable(target)) return true;
+    log(QStringLiteral(":: FILE EXISTS AT DESTINATION \n"));
+    if (yesToAll_) return true;
+    const int answer =
+        askNoYesYesToAll(QStringLiteral("File exists at destination.\nOverwrite?"), target);
+    if (answer == TarnAlert::kThirdButton) yesToAll_ = true;
+    if (answer == TarnAlert::kThirdButton || answer == TarnAlert::kSecondButton) {
+        log(QStringLiteral(":: OVERWRITING \n"));
+        return true;
+    }
+    if (answer == TarnAlert::kFirstButton) {
+        log(QStringLiteral(":: SKIPPING \n"));
+        return false;
+    }
+    return folderReady;
 }
 
 bool TarnActionOperation::fastMove(const TarnMediaFileGuard::Checked& source,
@@ -581,45 +581,46 @@ bool TarnActionOperation::copyInsteadOfMove(const TarnDatabaseItem& item, MoveAn
 
 void TarnActionOperation::moveAction() {
     MoveAnswers answers;
-    for (const TarnItemPtr& itemPtr : *properties_.items) {
+    for (const TarnItemPtr& item : *properties_.items) {
         if (isCancelled()) return;
-        if (!itemPtr) continue;
-        TarnDatabaseItem& item = *itemPtr;
-        const QString folder = beginItemTurn(item, QStringLiteral("move"));
-        if (folder.isNull()) continue;
-        TarnMediaFileGuard::Checked source;
-        if (!checkSource(item, &source)) {
-            countItemDone(item);
-            continue;
-        }
-        bool ok = false;
-        const QString target = prepareTarget(item, folder, &ok);
-        const bool sameVolume = areURLsOnTheSameVolume(item.DB_itemPath, folder);
-        logStart(QStringLiteral("move"), item, target);
-        if (!ok) ++filesFailed_;  // no folder to move into
-        const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
-        bool done = false;
-        if (proceed && ::access(TarnFileName::encode(source.path).constData(), R_OK | W_OK) == 0) {
-            if (sameVolume) {
-                done = fastMove(source, target);
-            } else {
-                TARN_LOG(QStringLiteral("Slow move"));
-                done = copyChecked(item, source, target, TarnFileCopier::Move,
-                                   QStringLiteral("Error moving to %1").arg(target));
-            }
-        } else {
-            log(QStringLiteral(":: file is not moveable \n"));
-            if (copyInsteadOfMove(item, answers) && proceed && !isCancelled()) {
-                TARN_LOG(QStringLiteral("Slow copy"));
-                done = copyChecked(item, source, target, TarnFileCopier::None,
-                                   QStringLiteral("Error moving to %1").arg(target));
-            }
-        }
-        // A move onto the file itself (or a copy) leaves it where it was.
-        if (done && !reachable(item.DB_itemPath)) markMissing(item);
-        if (isCancelled()) return;
-        countItemDone(item);
+        if (item) moveItem(*item, answers);
     }
+}
+
+void TarnActionOperation::moveItem(TarnDatabaseItem& item, MoveAnswers& answers) {
+    const QString folder = beginItemTurn(item, QStringLiteral("move"));
+    if (folder.isNull()) return;
+    TarnMediaFileGuard::Checked source;
+    if (!checkSource(item, &source)) {
+        countItemDone(item);
+        return;
+    }
+    bool ok = false;
+    const QString target = prepareTarget(item, folder, &ok);
+    const bool sameVolume = areURLsOnTheSameVolume(item.DB_itemPath, folder);
+    logStart(QStringLiteral("move"), item, target);
+    if (!ok) ++filesFailed_;  // no folder to move into
+    const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
+    const bool done = moveChecked(item, source, target, proceed, sameVolume, answers);
+    // A move onto the file itself (or a copy) leaves it where it was.
+    if (done && !reachable(item.DB_itemPath)) markMissing(item);
+    if (!isCancelled()) countItemDone(item);
+}
+
+bool TarnActionOperation::moveChecked(const TarnDatabaseItem& item,
+                                      const TarnMediaFileGuard::Checked& source,
+                                      const QString& target, bool proceed, bool sameVolume,
+                                      MoveAnswers& answers) {
+    const QString consoleLine = QStringLiteral("Error moving to %1").arg(target);
+    if (proceed && ::access(TarnFileName::encode(source.path).constData(), R_OK | W_OK) == 0) {
+        if (sameVolume) return fastMove(source, target);
+        TARN_LOG(QStringLiteral("Slow move"));
+        return copyChecked(item, source, target, TarnFileCopier::Move, consoleLine);
+    }
+    log(QStringLiteral(":: file is not moveable \n"));
+    if (!copyInsteadOfMove(item, answers) || !proceed || isCancelled()) return false;
+    TARN_LOG(QStringLiteral("Slow copy"));
+    return copyChecked(item, source, target, TarnFileCopier::None, consoleLine);
 }
 
 bool TarnActionOperation::shouldRemoveItemAtURL(const QString& path) {
@@ -649,50 +650,58 @@ bool TarnActionOperation::removeItemAtURL(const TarnMediaFileGuard::Checked& fil
 }
 
 void TarnActionOperation::deleteAction() {
-    for (const TarnItemPtr& itemPtr : *properties_.items) {
+    for (const TarnItemPtr& item : *properties_.items) {
         if (isCancelled()) return;
-        if (!itemPtr) continue;
-        TarnDatabaseItem& item = *itemPtr;
-        ++itemsDone_;
-        if (!isCancelled()) sendStatusUpdate();
-        lastDelegateResponce_ = true;
-        TarnMediaFileGuard::Checked file;
-        if (!item.DB_FileExists || !checkSource(item, &file)) {
-            countItemDone(item);
-            continue;
-        }
-        const QString path = item.DB_itemPath;
-        log(QStringLiteral("%1 :: DELETING :: %2 \n").arg(timestamp(), path));
-        int code = 0;
-        QString description;
-        if (!recheckSource(item, file)) {
-            countItemDone(item);
-            continue;
-        }
-        bool succeeded = moveToTrash(file.path, &code, &description);
-        if (!succeeded) {
-            if (!description.isEmpty())
-                log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
-            else
-                log(QStringLiteral(":: ERROR :: deleting :: %1 \n").arg(path));
-            QString error;
-            if (!removeItemAtURL(file, &error)) {
-                if (!isCancelled()) ++filesFailed_;
-                if (!error.isEmpty() && !isCancelled()) {
-                    log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(error, path));
-                    showErrorDialog(error, path);
-                }
-            } else if (!lastDelegateResponce_) {
-                log(QStringLiteral(":: SKIPPED :: %1 \n").arg(path));
-                TARN_LOG(QStringLiteral("Delegate returned NO"));
-            } else {
-                succeeded = true;
-            }
-        }
-        if (succeeded) {
-            log(QStringLiteral(":: SUCCEED ::\n"));
-            markMissing(item);
-        }
-        countItemDone(item);
+        if (item) deleteItem(*item);
     }
+}
+
+void TarnActionOperation::deleteItem(TarnDatabaseItem& item) {
+    ++itemsDone_;
+    if (!isCancelled()) sendStatusUpdate();
+    lastDelegateResponce_ = true;
+    TarnMediaFileGuard::Checked file;
+    if (!item.DB_FileExists || !checkSource(item, &file)) {
+        countItemDone(item);
+        return;
+    }
+    log(QStringLiteral("%1 :: DELETING :: %2 \n").arg(timestamp(), item.DB_itemPath));
+    if (!recheckSource(item, file)) {
+        countItemDone(item);
+        return;
+    }
+    int code = 0;
+    QString description;
+    bool succeeded = moveToTrash(file.path, &code, &description);
+    if (!succeeded) {
+        if (!description.isEmpty())
+            log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(code).arg(description));
+        else
+            log(QStringLiteral(":: ERROR :: deleting :: %1 \n").arg(item.DB_itemPath));
+        succeeded = removeWithoutTrash(file, item.DB_itemPath);
+    }
+    if (succeeded) {
+        log(QStringLiteral(":: SUCCEED ::\n"));
+        markMissing(item);
+    }
+    countItemDone(item);
+}
+
+bool TarnActionOperation::removeWithoutTrash(const TarnMediaFileGuard::Checked& file,
+                                             const QString& path) {
+    QString error;
+    if (!removeItemAtURL(file, &error)) {
+        if (!isCancelled()) ++filesFailed_;
+        if (!error.isEmpty() && !isCancelled()) {
+            log(QStringLiteral(":: ERROR :: %1 :: %2 \n").arg(error, path));
+            showErrorDialog(error, path);
+        }
+        return false;
+    }
+    if (!lastDelegateResponce_) {
+        log(QStringLiteral(":: SKIPPED :: %1 \n").arg(path));
+        TARN_LOG(QStringLiteral("Delegate returned NO"));
+        return false;
+    }
+    return true;
 }

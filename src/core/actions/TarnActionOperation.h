@@ -100,7 +100,6 @@ class TarnActionOperation : public QObject {
     void isCancelledChanged(bool cancelled);
 
   private:
-    enum class Step { Counted, Stop };
     // The "Copy?" answers that hold for the rest of a move run.
     struct MoveAnswers {
         bool copyAll = false;
@@ -125,6 +124,19 @@ class TarnActionOperation : public QObject {
     // logs DONE or the failure; true when done.
     bool copyChecked(const TarnDatabaseItem& item, const TarnMediaFileGuard::Checked& source,
                      const QString& target, unsigned flags, const QString& consoleLine);
+    // One item's turn in each action.
+    void copyItem(TarnDatabaseItem& item);
+    void moveItem(TarnDatabaseItem& item, MoveAnswers& answers);
+    void deleteItem(TarnDatabaseItem& item);
+    // An existing target: "Overwrite?" unless "Yes to All" holds; a dismissed
+    // question copies only when the target folder is ready.
+    bool mayCopyOnto(const QString& target, bool folderReady);
+    // Renames within the volume, else copies and removes the source; a
+    // source that can not be moved may be copied (asked); true when done.
+    bool moveChecked(const TarnDatabaseItem& item, const TarnMediaFileGuard::Checked& source,
+                     const QString& target, bool proceed, bool sameVolume, MoveAnswers& answers);
+    // Removal for good once the Trash refused (asked first); true when gone.
+    bool removeWithoutTrash(const TarnMediaFileGuard::Checked& file, const QString& path);
     // A rename within the volume; a failure is logged.
     bool fastMove(const TarnMediaFileGuard::Checked& source, const QString& target);
     // "File can not be moved.\nCopy?", unless an "All" answer holds.
