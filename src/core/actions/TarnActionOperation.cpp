@@ -498,20 +498,24 @@ void TarnActionOperation::copyAction() {
     }
 }
 
-void TarnActionOperation::copyItem(TarnDatabaseItem& item) {
-    const QString folder = beginItemTurn(item, QStringLiteral("copy"));
-    if (folder.isNull()) return;
-    TarnMediaFileGuard::Checked source;
-    if (!checkSource(item, &source)) {
+bool TarnActionOperation::openTurn(const TarnDatabaseItem& item, const QString& verb, Turn& turn) {
+    turn.folder = beginItemTurn(item, verb);
+    if (turn.folder.isNull()) return false;
+    if (!checkSource(item, &turn.source)) {
         countItemDone(item);
-        return;
+        return false;
     }
-    bool ok = false;
-    const QString target = prepareTarget(item, folder, &ok);
-    logStart(QStringLiteral("copy"), item, target);
-    if (mayCopyOnto(target, ok))
-        copyChecked(item, source, target, TarnFileCopier::None,
-                    QStringLiteral("Error copying to %1").arg(target));
+    turn.target = prepareTarget(item, turn.folder, &turn.folderReady);
+    return true;
+}
+
+void TarnActionOperation::copyItem(TarnDatabaseItem& item) {
+    Turn turn;
+    if (!openTurn(item, QStringLiteral("copy"), turn)) return;
+    logStart(QStringLiteral("copy"), item, turn.target);
+    if (mayCopyOnto(turn.target, turn.folderReady))
+        copyChecked(item, turn.source, turn.target, TarnFileCopier::None,
+                    QStringLiteral("Error copying to %1").arg(turn.target));
     if (!isCancelled()) countItemDone(item);
 }
 
@@ -588,20 +592,13 @@ void TarnActionOperation::moveAction() {
 }
 
 void TarnActionOperation::moveItem(TarnDatabaseItem& item, MoveAnswers& answers) {
-    const QString folder = beginItemTurn(item, QStringLiteral("move"));
-    if (folder.isNull()) return;
-    TarnMediaFileGuard::Checked source;
-    if (!checkSource(item, &source)) {
-        countItemDone(item);
-        return;
-    }
-    bool ok = false;
-    const QString target = prepareTarget(item, folder, &ok);
-    const bool sameVolume = areURLsOnTheSameVolume(item.DB_itemPath, folder);
-    logStart(QStringLiteral("move"), item, target);
-    if (!ok) ++filesFailed_;  // no folder to move into
-    const bool proceed = ok && CheckTargetAndAskToOverwrite(target);
-    const bool done = moveChecked(item, source, target, proceed, sameVolume, answers);
+    Turn turn;
+    if (!openTurn(item, QStringLiteral("move"), turn)) return;
+    const bool sameVolume = areURLsOnTheSameVolume(item.DB_itemPath, turn.folder);
+    logStart(QStringLiteral("move"), item, turn.target);
+    if (!turn.folderReady) ++filesFailed_;  // no folder to move into
+    const bool proceed = turn.folderReady && CheckTargetAndAskToOverwrite(turn.target);
+    const bool done = moveChecked(item, turn.source, turn.target, proceed, sameVolume, answers);
     // A move onto the file itself (or a copy) leaves it where it was.
     if (done && !reachable(item.DB_itemPath)) markMissing(item);
     if (!isCancelled()) countItemDone(item);

@@ -124,6 +124,17 @@ class TarnActionOperation : public QObject {
     // logs DONE or the failure; true when done.
     bool copyChecked(const TarnDatabaseItem& item, const TarnMediaFileGuard::Checked& source,
                      const QString& target, unsigned flags, const QString& consoleLine);
+    // One copy or move turn: the target folder, the checked source and the
+    // target file in its prepared folder.
+    struct Turn {
+        QString folder;
+        TarnMediaFileGuard::Checked source;
+        QString target;
+        bool folderReady = false;
+    };
+    // Begins the turn, checks the source and prepares the target; false
+    // when the item needs no work or is refused (its turn is counted).
+    bool openTurn(const TarnDatabaseItem& item, const QString& verb, Turn& turn);
     // One item's turn in each action.
     void copyItem(TarnDatabaseItem& item);
     void moveItem(TarnDatabaseItem& item, MoveAnswers& answers);
