@@ -163,28 +163,6 @@ TEST(ItemPath, PortableNameBoundaries) {
         EXPECT_TRUE(portable(withCode(code))) << int(code.unicode());
 }
 
-TEST(ItemPath, IndexNamesKeepTheirHighBytes) {
-    // An index stores the name's bytes on disk; a Latin-1 0xE9 (e acute) must
-    // reach the file of that name and stay visible to the portable-name check.
-    QByteArray bytes(8, '\x01');
-    fixtures::putU16(bytes, 9);
-    bytes += QByteArray("caf\xE9.mxf ", 9);
-    fixtures::putU16(bytes, 1);
-    bytes += "P";
-    bytes += QByteArray(9, '\x02');
-    TarnDatabaseItem item;
-    item.setupWithPmrBytes(bytes.constData(), bytes.size(), 2, false);
-    ASSERT_FALSE(item.DB_ClipName.isNull());
-    EXPECT_EQ(TarnFileName::encode(item.DB_ClipName), QByteArray("caf\xE9.mxf "));
-    testsupport::TempDir dir;
-    item.DB_itemPath = dir.filePath(item.DB_ClipName);
-    ASSERT_TRUE(fixtures::writeFile(item.DB_itemPath, QByteArray(12, 'x')));
-    item.validatePath();
-    EXPECT_TRUE(item.DB_FileExists);
-    EXPECT_EQ(item.DB_filesize.value_or(0), 12u);
-    EXPECT_FALSE(item.DB_isPortableFilename);
-}
-
 TEST(ItemUnreferenced, FileFoundOnlyOnDisk) {
     testsupport::TempDir dir;
     ASSERT_TRUE(fixtures::writeFile(dir.filePath(QStringLiteral("tone.WAV")), QByteArray(10, 0)));
@@ -201,16 +179,6 @@ TEST(ItemUnreferenced, FileFoundOnlyOnDisk) {
     named.DB_ProjectName = QStringLiteral("Mine");
     named.setupWithUnrefFile(dir.path(), QStringLiteral("x.omf"));
     EXPECT_EQ(named.DB_ProjectName, "Mine");
-
-    // An index record counts as unreferenced once its file completes it.
-    for (bool exists : {true, false}) {
-        TarnDatabaseItem record;
-        record.DB_itemPath = dir.filePath(exists ? "tone.WAV" : "gone.wav");
-        record.DB_isReferenced = true;
-        record.validatePath();
-        record.addinfoToItemFromCorrespondingFile();
-        EXPECT_EQ(record.DB_isReferenced, !exists);
-    }
 }
 
 TEST(ItemText, ProjectFallbacksAndDescription) {

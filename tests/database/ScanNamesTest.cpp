@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
-
 #include <functional>
 #include <memory>
 
@@ -13,8 +10,6 @@
 #include "DatabaseTestSupport.h"
 #include "MdbWriter.h"
 #include "MxfWriter.h"
-#include "TestSupport.h"
-#include "database/TarnScanner.h"
 #include "support/TarnFileName.h"
 
 using fixtures::makePmrEntry;
@@ -24,31 +19,12 @@ using fixtures::makePmrEntry;
 // read.
 namespace {
 
-class ScanNamesTest : public ::testing::Test, public dbtest::DatabaseTest {
+class ScanNamesTest : public dbtest::ScanFixture {
   protected:
-    void scanFolder(const QString& folder) {
-        ASSERT_TRUE(scanner.run(TarnScanner::Kind::SingleFolder, {folder}));
-    }
-    // Every item as "path below the root (size)", sorted.
-    QStringList itemLines() const {
-        QStringList lines;
-        for (const auto& item : core.ItemsUnsorted()) {
-            lines << QStringLiteral("%1 (%2)")
-                         .arg(item->DB_itemPath.mid(root.size() + 1))
-                         .arg(item->DB_FileExists ? item->DB_filesize.value_or(0) : -1);
-        }
-        lines.sort();
-        return lines;
-    }
     static bool link(const QString& target, const QString& at) {
         return ::symlink(TarnFileName::encode(target).constData(),
                          TarnFileName::encode(at).constData()) == 0;
     }
-
-    testsupport::TempDir dir;
-    QString root = dir.path();
-    TarnCore core;
-    TarnScanner scanner{&core};
 };
 
 TEST_F(ScanNamesTest, NamesWithPercentSignsAreEachAccountedForOnce) {
@@ -62,7 +38,7 @@ TEST_F(ScanNamesTest, NamesWithPercentSignsAreEachAccountedForOnce) {
     for (const QString& name : listed) entries << makePmrEntry(uid++, name, "P");
     dbtest::writeMediaFolder(root + "/1", entries, unlisted);
 
-    scanFolder(root);
+    ASSERT_TRUE(scanFolder(root));
     EXPECT_EQ(itemLines(), QStringList({"1/Clip One.wav (10)", "1/Clip%20One.wav (100)",
                                         "1/Mix 100%.wav (100)", "1/a%41b.wav (100)",
                                         "1/aAb.wav (10)", "1/end% (100)", "1/two%%.wav (100)"}));
@@ -105,7 +81,7 @@ TEST_F(ScanNamesTest, LinksToFoldersAreNotFollowedAndLinksToFilesAreFiles) {
         fixtures::writeFile(root + "/elsewhere/real.wav", QByteArray(77, 'w'));
         for (const auto& [target, at] : c.links) ASSERT_TRUE(link(target, root + '/' + at));
         core.clear();
-        scanFolder(root + "/media");
+        ASSERT_TRUE(scanFolder(root + "/media"));
         EXPECT_EQ(itemLines(), c.expected);
     }
 }
@@ -168,7 +144,7 @@ TEST_F(ScanNamesTest, FoldersThatCannotBeReadAreLoggedAndTheWalkGoesOn) {
         dbtest::writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
         core.clear();
         testsupport::LogCapture log;
-        scanFolder(root + "/media");
+        ASSERT_TRUE(scanFolder(root + "/media"));
         EXPECT_TRUE(log.contains("An error occurred: "));
         EXPECT_EQ(itemLines(), QStringList({"media/1/a.mxf (100)"}));
     }
@@ -178,8 +154,9 @@ TEST_F(ScanNamesTest, NamesThatAreNotUtf8AreScannedAsTheyAreOnDisk) {
     const QString folder = root + "/MXF/" + TarnFileName::decode("\xFF\xFE_folder");
     const QString listed = TarnFileName::decode("caf\xE9.mxf");
     const QString unlisted = TarnFileName::decode("\xE9t\xE9.wav");
+    const QString track = TarnFileName::decode("piste \xE9.mxf");
     dbtest::writeMediaFolder(folder, {makePmrEntry(1, listed, "P")}, {unlisted});
-    fixtures::writeFile(folder + "/" + TarnFileName::decode("piste \xE9.mxf"),
+    fixtures::writeFile(folder + "/" + track,
                         fixtures::writeMxf({QStringLiteral("From the MXF"), QStringLiteral("P"),
                                             fixtures::umidFor(7), fixtures::umidFor(8)}));
     fixtures::MdbClip clip;
@@ -190,7 +167,7 @@ TEST_F(ScanNamesTest, NamesThatAreNotUtf8AreScannedAsTheyAreOnDisk) {
     fixtures::writeFile(folder + "/msmMMOB.mdb", fixtures::writeMdb({clip}));
 
     testsupport::LogCapture log;
-    scanFolder(root + "/MXF");
+    ASSERT_TRUE(scanFolder(root + "/MXF"));
     ASSERT_EQ(core.getAllItemsCount(), 3);
     for (const auto& item : core.ItemsUnsorted()) {
         SCOPED_TRACE(TarnFileName::displayText(item->DB_itemPath).toStdString());
@@ -198,18 +175,11 @@ TEST_F(ScanNamesTest, NamesThatAreNotUtf8AreScannedAsTheyAreOnDisk) {
         EXPECT_TRUE(item->DB_itemPath.startsWith(folder + '/'));
         EXPECT_FALSE(item->DB_isPortableFilename);
     }
-    auto named = [&](const QString& name) {
-        for (const auto& item : core.ItemsUnsorted())
-            if (item->DB_ClipName == name) return item;
-        return TarnItemPtr();
-    };
-    ASSERT_TRUE(named(listed));
-    EXPECT_EQ(named(listed)->DB_filesize.value_or(0), 100u);
-    EXPECT_EQ(named(listed)->DB_NameInBin, "From the MDB");
-    ASSERT_TRUE(named(unlisted));
-    EXPECT_EQ(named(unlisted)->DB_filesize.value_or(0), 10u);
-    ASSERT_TRUE(named(TarnFileName::decode("piste \xE9.mxf")));
-    EXPECT_EQ(named(TarnFileName::decode("piste \xE9.mxf"))->DB_NameInBin, "From the MXF");
+    ASSERT_TRUE(itemNamed(listed) && itemNamed(unlisted) && itemNamed(track));
+    EXPECT_EQ(itemNamed(listed)->DB_filesize.value_or(0), 100u);
+    EXPECT_EQ(itemNamed(listed)->DB_NameInBin, "From the MDB");
+    EXPECT_EQ(itemNamed(unlisted)->DB_filesize.value_or(0), 10u);
+    EXPECT_EQ(itemNamed(track)->DB_NameInBin, "From the MXF");
     EXPECT_EQ(core.getItemsCount(), 3);
     EXPECT_FALSE(log.contains("can't open"));
 }

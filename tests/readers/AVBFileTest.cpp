@@ -58,69 +58,56 @@ TEST_F(AVBFileTest, TheHeaderAndSizeDecideWhatIsABin) {
     }
 }
 
-TEST_F(AVBFileTest, FindsEveryReferenceWithItsShortIdentifier) {
-    const QList<quint64> uids = {0x0123456789abcdefull, 42, 0xfeedface00c0ffeeull};
-    AVBFile bin;
-    ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBin(uids))));
-    const auto items = bin.getUIDS();
-    EXPECT_EQ(shortUIDs(items), uids);
-    for (const auto& item : items) {
-        const QByteArray whole(reinterpret_cast<const char*>(item->filePackageUID), 32);
-        EXPECT_EQ(whole.left(16), QByteArray(16, '\0'));
-        EXPECT_EQ(whole.mid(24), QByteArray(8, '\0'));
-        EXPECT_TRUE(item->DB_itemPath.isNull());
-        EXPECT_FALSE(item->DB_isAMA);
-    }
-}
-
-TEST_F(AVBFileTest, OneItemPerReferencedFileOfTheMediaKind) {
-    AVBFile bin;
-    ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBin({7, 9, 7, 7, 9, 11}))));
-    EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{7, 9, 11}));
-
-    // Same hash (A xor B) but different identifiers stay apart.
-    const quint64 a = 0x0000000100000002ull, b = 0x0000000200000001ull;
-    ASSERT_TRUE(bin.dataWithContentsOfURL(write(fixtures::writeBin({a, b, a}))));
-    const auto items = bin.getUIDS();
-    ASSERT_EQ(items.size(), 2);
-    EXPECT_EQ(items[0]->hash(), items[1]->hash());
-
-    // Only the media reference kind counts.
-    ASSERT_TRUE(bin.dataWithContentsOfURL(write(
-        fixtures::writeBinReferences(QList<AvbReference>{{1, 0x0203}, {2, 0x0202}, {3, 0x0102}}))));
-    EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{2}));
-}
-
-TEST_F(AVBFileTest, ReferencesAreFoundOutsideTheChunkStructure) {
-    // A chunk whose length is wrong does not hide the reference after it.
-    fixtures::AvbOptions options;
-    options.leadingChunks = {{"JUNK", QByteArray(3, 'x')}};
-    QByteArray bytes = fixtures::writeBin({5}, options);
-    const qsizetype junk = bytes.indexOf("JUNK");
-    bytes[junk + 4] = char(0xff);
-    AVBFile bin;
-    ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
-    EXPECT_EQ(shortUIDs(bin.getUIDS()), (QList<quint64>{5}));
-}
-
-TEST_F(AVBFileTest, ShortBinsAndTheLast32BytesHoldNoReference) {
+// `bytes` padded with zeros to `size`, a reference record written `fromEnd`
+// bytes before the end.
+QByteArray withRecord(QByteArray bytes, qsizetype size, qsizetype fromEnd) {
+    bytes.append(QByteArray(size - bytes.size(), '\0'));
     const QByteArray record = fixtures::avbReferenceRecord({0x99});
-    // A record right at 119: found only when the file has 152 bytes or more.
-    for (qsizetype size : {151, 152}) {
-        QByteArray bytes = fixtures::avbHeader() + record;
-        bytes.append(QByteArray(size - bytes.size(), '\0'));
+    return bytes.replace(size - fromEnd, record.size(), record);
+}
+
+// Every media reference gives one item, once per identifier, carrying only the
+// short identifier (bytes 16..23). References are found by their pattern,
+// whatever the chunks around them say, but not in a short bin or in the last
+// 32 bytes.
+TEST_F(AVBFileTest, FindsEachReferencedFileOfTheMediaKindOnce) {
+    const quint64 a = 0x0000000100000002ull, b = 0x0000000200000001ull;  // the same hash
+    fixtures::AvbOptions junk;
+    junk.leadingChunks = {{"JUNK", QByteArray(3, 'x')}};
+    QByteArray wrongChunk = fixtures::writeBin({5}, junk);
+    wrongChunk[wrongChunk.indexOf("JUNK") + 4] = char(0xff);  // a chunk length that is wrong
+    const QByteArray one = fixtures::writeBin({1}, fixtures::AvbOptions{.tail = false});
+    const struct {
+        const char* label;
+        QByteArray bytes;
+        QList<quint64> uids;
+    } cases[] = {
+        {"three",
+         fixtures::writeBin({0x0123456789abcdefull, 42, 0xfeedface00c0ffeeull}),
+         {0x0123456789abcdefull, 42, 0xfeedface00c0ffeeull}},
+        {"repeated", fixtures::writeBin({7, 9, 7, 7, 9, 11}), {7, 9, 11}},
+        {"same hash", fixtures::writeBin({a, b, a}), {a, b}},
+        {"other kinds",
+         fixtures::writeBinReferences(QList<AvbReference>{{1, 0x0203}, {2, 0x0202}, {3, 0x0102}}),
+         {2}},
+        {"after a wrong chunk length", wrongChunk, {5}},
+        {"at 119 in 151 bytes", withRecord(fixtures::avbHeader(), 151, 32), {}},
+        {"at 119 in 152 bytes", withRecord(fixtures::avbHeader(), 152, 33), {0x99}},
+        {"33 bytes before the end", withRecord(one, one.size() + 100, 33), {1, 0x99}},
+        {"32 bytes before the end", withRecord(one, one.size() + 100, 32), {1}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.label);
         AVBFile bin;
-        ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
-        EXPECT_EQ(bin.getUIDS().size(), size == 152 ? 1 : 0) << size;
-    }
-    // A record starting 33 bytes before the end is found; 32 before, it is not.
-    for (qsizetype fromEnd : {33, 32}) {
-        QByteArray bytes = fixtures::writeBin({1}, fixtures::AvbOptions{.tail = false});
-        bytes.append(QByteArray(100, '\0'));
-        bytes.replace(bytes.size() - fromEnd, record.size(), record);
-        AVBFile bin;
-        ASSERT_TRUE(bin.dataWithContentsOfURL(write(bytes)));
-        EXPECT_EQ(bin.getUIDS().size(), fromEnd == 33 ? 2 : 1) << fromEnd;
+        ASSERT_TRUE(bin.dataWithContentsOfURL(write(c.bytes)));
+        const auto items = bin.getUIDS();
+        EXPECT_EQ(shortUIDs(items), c.uids);
+        for (const auto& item : items) {
+            const QByteArray whole(reinterpret_cast<const char*>(item->filePackageUID), 32);
+            EXPECT_EQ(whole.left(16) + whole.mid(24), QByteArray(24, '\0'));
+            EXPECT_TRUE(item->DB_itemPath.isNull());
+            EXPECT_FALSE(item->DB_isAMA);
+        }
     }
 }
 

@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 
 #include <cstdio>
+#include <tuple>
 
 #include "FixtureFiles.h"
 #include "MxfWriter.h"
@@ -11,6 +12,8 @@
 #include "items/TarnDatabaseItem.h"
 #include "readers/TarnAvidMXFInfo.h"
 #include "readers/TarnMXF.h"
+#include "readers/TarnMediafile.h"
+#include "support/TarnPreferences.h"
 
 namespace {
 
@@ -232,6 +235,72 @@ TEST_F(MxfReader, LibraryLogIsQuietUnlessSwitchedOn) {
         EXPECT_EQ(log.contains(QStringLiteral("[mxf @")), on) << log.text().toStdString();
     }
     TarnAvidMXFInfo::setLibraryLogging(before);
+}
+
+// Media items read their own MXF file when the index does not describe it.
+class MxfItem : public MxfReader {
+  protected:
+    void SetUp() override { TarnDatabaseItem::setOwnFileReader(&TarnMediafile::readItemsOwnFile); }
+    void TearDown() override { TarnPreferences::shared()->clearRunOverrides(); }
+    static void scanMxf(int on) {
+        TarnPreferences::shared()->setRunOverride(QLatin1String(TarnPreferences::kScanMXF), on);
+    }
+};
+
+// 1024 bytes is too small to hold the packages; 1025 is read (and, cut there,
+// fails in the metadata); an OP-1a file gives a 32-byte identifier of zeros,
+// without the UMID label.
+TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
+    scanMxf(1);
+    fixtures::MxfSpec op1a = namedSpec();
+    op1a.opAtom = false;
+    const QByteArray whole = fixtures::writeMxf(namedSpec());
+    const std::tuple<const char*, QByteArray, const char*> cases[] = {
+        {"small.mxf", whole.left(1024), nullptr},
+        {"edge.mxf", whole.left(1025), "Failed to read info"},
+        {"op1a.MXF", fixtures::writeMxf(op1a), "File is not OP-Atom"},
+    };
+    for (const auto& [name, bytes, message] : cases) {
+        SCOPED_TRACE(name);
+        write(QString::fromLatin1(name), bytes);
+        TarnDatabaseItem item;
+        testsupport::LogCapture log;
+        item.setupWithUnrefFile(dir_.path(), QString::fromLatin1(name));
+        EXPECT_EQ(log.contains(QStringLiteral("MXF file : open")), message != nullptr);
+        if (message) {
+            EXPECT_TRUE(log.contains(QString::fromLatin1(message)));
+            EXPECT_EQ(item.DB_SizeofUID, 8u);
+            EXPECT_EQ(bytesOf(item.filePackageUID, 32), QByteArray(32, '\0'));
+            EXPECT_FALSE(item.DB_isGoodUUID);
+        }
+        EXPECT_TRUE(item.DB_NameInBin.isNull());
+        EXPECT_EQ(item.DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
+    }
+}
+
+// An index record whose file exists is completed from the file itself, and
+// then counts as unreferenced; a missing file is left alone.
+TEST_F(MxfItem, CorrespondingFileCompletesAnIndexRecord) {
+    const fixtures::MxfSpec spec = namedSpec();
+    write(QStringLiteral("listed.mxf"), spec);
+    for (int on : {0, 1}) {
+        scanMxf(on);
+        for (const char* name : {"listed.mxf", "gone.mxf"}) {
+            SCOPED_TRACE(::testing::Message() << name << " " << on);
+            const bool exists = name[0] == 'l';
+            TarnDatabaseItem item;
+            item.DB_itemPath = dir_.filePath(QString::fromLatin1(name));
+            item.DB_isReferenced = true;
+            item.validatePath();
+            item.addinfoToItemFromCorrespondingFile();
+            EXPECT_EQ(item.DB_isReferenced, !exists);
+            EXPECT_EQ(item.DB_NameInBin.isNull(), !(exists && on));
+            if (exists && on) {
+                EXPECT_EQ(item.DB_NameInBin, spec.clipName);
+                EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(spec.fileUMID));
+            }
+        }
+    }
 }
 
 }  // namespace

@@ -84,29 +84,23 @@ TEST(OmfLabel, Omf2IsRecognisedAndRefused) {
     EXPECT_TRUE(log.contains(QStringLiteral("OMF 2 not supported")));
 }
 
-TEST(OmfLabel, DatabaseWithoutClipTableOpensAsFalse) {
+// A media database opens only with its clip table; an OMF media file needs
+// none. The front counts the database's compositions.
+TEST(OmfLabel, DatabasesNeedAClipTableAndTheFrontCountsItsCompositions) {
     fixtures::BentoWriter w;
     w.addValue(1, 0x10216, w.u16(0));
     w.addImmediate(0x30000, 66365, w.u32(1));
-    const QByteArray file = w.finish();
-
-    OmfTestFile mdb;
-    EXPECT_FALSE(mdb.open(file));
+    const QByteArray noClips = w.finish();
+    OmfTestFile mdb, omf, good;
+    EXPECT_FALSE(mdb.open(noClips));
     EXPECT_EQ(mdb.reader->getMDBCompositionsCount(), 0u);
-    // An OMF media file needs no clip table.
-    OmfTestFile omf;
-    EXPECT_TRUE(omf.open(file, "clip.omf"));
+    EXPECT_TRUE(omf.open(noClips, "clip.omf"));
+    ASSERT_TRUE(good.open(fixtures::writeMdb({pictureClip(1), audioClip(2), pictureClip(3)})));
 
     TarnMediafile front;
     EXPECT_FALSE(front.openFile(mdb.path, nullptr));
     EXPECT_EQ(front.getMDBCompositionsCount(), 0u);
-}
-
-TEST(OmfLabel, CompositionCountThroughTheFront) {
-    OmfTestFile f;
-    ASSERT_TRUE(f.open(fixtures::writeMdb({pictureClip(1), audioClip(2), pictureClip(3)})));
-    TarnMediafile front;
-    ASSERT_TRUE(front.openFile(f.path, nullptr));
+    ASSERT_TRUE(front.openFile(good.path, nullptr));
     EXPECT_EQ(front.type(), 1u);
     EXPECT_EQ(front.getMDBCompositionsCount(), 3u);
     EXPECT_TRUE(front.capabilityFlags() & TarnMediaReader::kAddInfoToItem);

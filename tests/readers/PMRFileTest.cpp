@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <functional>
+#include <tuple>
 
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
@@ -137,46 +138,21 @@ TEST_F(PMRFileTest, ADamagedEntryEndsTheReadingForGood) {
     }
 }
 
-// After a refused entry the reader stands inside it; bytes there that would
-// pass for an entry are never read as one.
-TEST_F(PMRFileTest, NothingIsReadFromInsideARefusedEntry) {
+// The reading stops for good at the first entry it refuses: one cut by the end
+// of the file, one with fewer than 29 bytes left at its start (even though it
+// would fit), one whose refused name holds bytes that would pass for an entry
+// (the reader stands inside it, but never reads them).
+TEST_F(PMRFileTest, ReadingStopsForGoodAtTheFirstRefusedEntry) {
     auto entries = threeEntries();
-    // Eight bytes after the refused name length, the name holds a valid entry:
-    // name length 3, "abc", no project, identifier, trailer.
-    const char hidden[] =
-        "xxxxxx\x03\x00"
-        "abc\x00\x00"
-        "12345678TRLR";
-    entries[1].name = QString::fromLatin1(hidden, sizeof hidden - 1);
-    entries[1].nameLength = 0;
-    PMRFile pmr;
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr(entries, 2))));
-    ASSERT_TRUE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
-    EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
-    auto after = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
-    EXPECT_FALSE(after) << "read an entry named " << qPrintable(after->DB_ClipName);
-}
-
-TEST_F(PMRFileTest, TruncationEndsTheReadingAtTheCutEntry) {
-    const auto entries = threeEntries();
     const QByteArray whole = fixtures::writePmr(entries);
     const qsizetype firstEnd = 12 + fixtures::pmrEntryBytes(entries[0]).size();
     const qsizetype secondEnd = firstEnd + fixtures::pmrEntryBytes(entries[1]).size();
-    // Cut inside every field of the second entry, and just before its last byte.
-    for (qsizetype cut = firstEnd + 1; cut < secondEnd; cut += 7) {
-        SCOPED_TRACE(cut);
-        PMRFile pmr;
-        ASSERT_TRUE(pmr.dataWithContentsOfURL(write(whole.left(cut))));
-        EXPECT_EQ(readAll(pmr).size(), 1);
-    }
-    PMRFile pmr;
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(whole.left(secondEnd - 1))));
-    EXPECT_EQ(readAll(pmr).size(), 1);
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(whole.left(secondEnd))));
-    EXPECT_EQ(readAll(pmr).size(), 2) << "an entry may end exactly at the end of the file";
-}
+    QList<std::tuple<QString, QByteArray, int>> cases;  // what, file, entries read
+    for (qsizetype cut = firstEnd + 1; cut < secondEnd; cut += 7)
+        cases.append({QStringLiteral("cut at %1").arg(cut), whole.left(cut), 1});
+    cases.append({"cut before the last byte", whole.left(secondEnd - 1), 1});
+    cases.append({"cut right after the entry", whole.left(secondEnd), 2});
 
-TEST_F(PMRFileTest, AnEntryNeedsTwentyNineBytesLeftAtItsStart) {
     // UID size 2: 8 + 2 + name + 2 + project + 8 + 4 bytes.
     auto sized = [](int nameLength) {
         PmrEntry e;
@@ -185,21 +161,27 @@ TEST_F(PMRFileTest, AnEntryNeedsTwentyNineBytesLeftAtItsStart) {
         e.name = QString(nameLength, QLatin1Char('n'));
         return e;
     };
-    const PmrEntry fits = sized(5);      // 29 bytes
-    const PmrEntry shortOne = sized(4);  // 28 bytes: would fit, but is refused
-    ASSERT_EQ(fixtures::pmrEntryBytes(fits, 2).size(), 29);
-    ASSERT_EQ(fixtures::pmrEntryBytes(shortOne, 2).size(), 28);
+    ASSERT_EQ(fixtures::pmrEntryBytes(sized(5), 2).size(), 29);
+    cases.append({"29 bytes then 28", fixtures::writePmr({sized(5), sized(4)}, 2), 1});
+    cases.append({"29 bytes alone", fixtures::writePmr({sized(5)}, 2), 1});
 
-    PMRFile pmr;
-    ASSERT_TRUE(pmr.dataWithContentsOfURL(write(fixtures::writePmr({fits, shortOne}, 2))));
-    auto first = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->DB_ClipName, QStringLiteral("nnnnn"));
-    EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+    // Eight bytes after the refused name length, the name holds a valid entry:
+    // name length 3, "abc", no project, identifier, trailer.
+    const char hidden[] =
+        "xxxxxx\x03\x00"
+        "abc\x00\x00"
+        "12345678TRLR";
+    entries[1].name = QString::fromLatin1(hidden, sizeof hidden - 1);
+    entries[1].nameLength = 0;
+    cases.append({"an entry inside a refused one", fixtures::writePmr(entries, 2), 1});
 
-    PMRFile alone;
-    ASSERT_TRUE(alone.dataWithContentsOfURL(write(fixtures::writePmr({fits}, 2))));
-    EXPECT_TRUE(alone.FillItem(std::make_shared<TarnDatabaseItem>()));
+    for (const auto& [what, bytes, count] : cases) {
+        SCOPED_TRACE(what.toStdString());
+        PMRFile pmr;
+        ASSERT_TRUE(pmr.dataWithContentsOfURL(write(bytes)));
+        EXPECT_EQ(readAll(pmr).size(), count);
+        EXPECT_FALSE(pmr.FillItem(std::make_shared<TarnDatabaseItem>()));
+    }
 }
 
 TEST_F(PMRFileTest, UnreadableFilesGiveNoEntries) {

@@ -69,38 +69,12 @@ TEST(Export, EmptyTableKeepsHeaderAndEmptyBody) {
     EXPECT_EQ(TarnExport::genCsv(noColumns, QStringLiteral(";")), QStringLiteral("\n"));
 }
 
+// The golden files hold the page's shape and the usual entities; an entity
+// already in the text is escaped once, not left as markup.
 TEST(Export, XmlEntitiesAreEscapedAmpersandFirst) {
-    EXPECT_EQ(TarnExport::stringByEncodingXMLEntities(QStringLiteral("Tom & Jerry <x>")),
-              QStringLiteral("Tom &amp; Jerry &lt;x&gt;"));
-    EXPECT_EQ(TarnExport::stringByEncodingXMLEntities(QStringLiteral("it's \"q\"")),
-              QStringLiteral("it&apos;s &quot;q&quot;"));
-    // An entity already in the text is escaped once, not left as markup.
-    EXPECT_EQ(TarnExport::stringByEncodingXMLEntities(QStringLiteral("&lt;")),
-              QStringLiteral("&amp;lt;"));
+    EXPECT_EQ(TarnExport::stringByEncodingXMLEntities(QStringLiteral("&lt; it's \"q\"")),
+              QStringLiteral("&amp;lt; it&apos;s &quot;q&quot;"));
     EXPECT_TRUE(TarnExport::stringByEncodingXMLEntities(QString()).isEmpty());
-}
-
-TEST(Export, HtmlPageShape) {
-    TarnExportTable table(QStringLiteral("A < B & C"), {QStringLiteral("it's")});
-    table.addRow({QStringLiteral("<b>")});
-    const QString html = TarnExport::genHtml(table);
-    // The title goes into the heading as it is.
-    EXPECT_TRUE(html.contains(QLatin1String("<h1>A < B & C</h1>")));
-    EXPECT_TRUE(html.contains(QLatin1String("<th>it&apos;s</th>")));
-    EXPECT_TRUE(html.contains(QLatin1String("<tr><td>&lt;b&gt;</td></tr>")));
-    // The head is one line and loads the pinned library versions.
-    const QString head = html.section(QLatin1Char('\n'), 0, 0);
-    EXPECT_TRUE(head.startsWith(QLatin1String("<!DOCTYPE html>")));
-    EXPECT_TRUE(head.endsWith(QLatin1String("</head>")));
-    EXPECT_TRUE(head.contains(QLatin1String("jquery-2.0.0")));
-    EXPECT_TRUE(head.contains(QLatin1String("/1.10.7/js/jquery.dataTables")));
-    EXPECT_TRUE(head.contains(QLatin1String("/1.10.7/css/jquery.dataTables")));
-    EXPECT_TRUE(head.contains(QLatin1String("'paging': false, 'info': false")));
-    EXPECT_TRUE(head.contains(QLatin1String("max-width: 400px")));
-    EXPECT_EQ(html.count(QLatin1Char('\n')), 1);
-    // Attribute values are single-quoted throughout.
-    EXPECT_FALSE(html.contains(QLatin1String("=\"")));
-    EXPECT_TRUE(html.contains(QLatin1String("<table id='resultTb' class='display cell-border'")));
 }
 
 TEST(Export, JsonCarriesTitleColumnsAndRows) {

@@ -87,27 +87,6 @@ TEST(JsonReport, ItemValuesAndNulls) {
     EXPECT_TRUE(b.value("sample_rate_text").isNull());
 }
 
-TEST(JsonReport, DatesAreQtsIsoDatesInUtc) {
-    const QList<QDateTime> dates = {
-        QDateTime::fromMSecsSinceEpoch(0, QTimeZone::utc()),
-        QDateTime::fromMSecsSinceEpoch(-1, QTimeZone::utc()),
-        QDateTime::fromMSecsSinceEpoch(951782400999, QTimeZone::utc()),  // 2000-02-29
-        QDateTime(QDate(1900, 3, 1), QTime(0, 0, 0), QTimeZone::utc()),
-        QDateTime(QDate(1, 1, 1), QTime(0, 0, 1), QTimeZone::utc()),
-        QDateTime(QDate(-1, 12, 31), QTime(23, 59, 59), QTimeZone::utc()),
-        QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59, 999), QTimeZone::utc()),
-        QDateTime(QDate(10000, 1, 1), QTime(0, 0), QTimeZone::utc()),
-        QDateTime(QDate(2024, 3, 31), QTime(1, 30), QTimeZone(7200)),
-        QDateTime(QDate(2024, 12, 31), QTime(23, 59, 59, 500), QTimeZone::utc()),
-    };
-    for (const QDateTime& date : dates) {
-        TarnDatabaseItem item;
-        item.DB_Date = date;
-        EXPECT_EQ(itemObject(item).value("date").toString(), date.toUTC().toString(Qt::ISODate))
-            << qPrintable(date.toString(Qt::ISODateWithMs));
-    }
-}
-
 TEST(JsonReport, ProjectsAndSummary) {
     const QJsonArray both =
         written([](TarnJsonWriter& json) {

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 #include "database/TarnCore.h"
@@ -118,14 +119,21 @@ TarnItemPtr awkwardItem(int i) {
     item->DB_bits = quint32(i % 3) * 8;
     item->setFrameRateNumerator(quint32(i % 4 == 0 ? 2997 : 25), i % 5 == 0 ? 0 : 100);
     item->setSampleRateNumerator(48000, quint32(i % 2));
+    // Dates at the ends of what ISO 8601 and Qt write, and one not in UTC.
     const QDateTime dates[] = {
         QDateTime(),
         QDateTime(QDate(2024, 1, 31), QTime(9, 45, 2), QTimeZone::utc()),
-        QDateTime(QDate(1969, 7, 20), QTime(20, 17, 40), QTimeZone::utc()),
-        QDateTime::fromMSecsSinceEpoch(1706694302123, QTimeZone::utc()),
-        QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59), QTimeZone::utc()),
+        QDateTime::fromMSecsSinceEpoch(-1, QTimeZone::utc()),
+        QDateTime::fromMSecsSinceEpoch(951782400999, QTimeZone::utc()),  // 2000-02-29
+        QDateTime(QDate(1900, 3, 1), QTime(0, 0, 0), QTimeZone::utc()),
+        QDateTime(QDate(1, 1, 1), QTime(0, 0, 1), QTimeZone::utc()),
+        QDateTime(QDate(-1, 12, 31), QTime(23, 59, 59), QTimeZone::utc()),
+        QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59, 999), QTimeZone::utc()),
+        QDateTime(QDate(10000, 1, 1), QTime(0, 0), QTimeZone::utc()),
+        QDateTime(QDate(2024, 3, 31), QTime(1, 30), QTimeZone(7200)),
+        QDateTime(QDate(2024, 12, 31), QTime(23, 59, 59, 500), QTimeZone::utc()),
     };
-    item->DB_Date = dates[i % 5];
+    item->DB_Date = dates[i % std::size(dates)];
     return item;
 }
 
