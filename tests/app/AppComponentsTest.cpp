@@ -6,19 +6,18 @@
 
 #include <gtest/gtest.h>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "actions/TarnNewActionWindow.h"
 #include "console/xConsoleWindow.h"
 #include "console/xLog.h"
 #include "window/AppComponents.h"
 
-using apptest::AppTest;
+using namespace apptest;
 
 namespace {
 
 QString firstDemoBin() {
-    QDirIterator it(apptest::demoRoot(), {QStringLiteral("*.avb")}, QDir::Files,
-                    QDirIterator::Subdirectories);
+    QDirIterator it(demoRoot(), {"*.avb"}, QDir::Files, QDirIterator::Subdirectories);
     return it.hasNext() ? it.next() : QString();
 }
 
@@ -45,16 +44,16 @@ TEST_F(AppTest, BinDroppedOnTheWindowNarrowsTheShownRows) {
     const QString bin = firstDemoBin();
     ASSERT_FALSE(bin.isEmpty());
     dropOn(window().databaseArea(), bin);
-    apptest::waitUntil([&] { return table().rowCount() != before; });
+    waitUntil([&] { return table().rowCount() != before; });
     EXPECT_GT(table().rowCount(), 0);
-    EXPECT_EQ(apptest::text(*app_->summaryModel(), 0, 2), QString::number(table().rowCount()));
+    EXPECT_EQ(text(*app_->summaryModel(), 0, 2), QString::number(table().rowCount()));
 }
 
 TEST_F(AppTest, NewActionButtonOpensTheSheetOnTheSelection) {
     scanDemo();
     window().databaseTable()->selectAll();
     EXPECT_EQ(app_->components()->selectedItems().size(), table().rowCount());
-    auto* button = window().findChild<QPushButton*>(QStringLiteral("NewActionButton"));
+    auto* button = window().findChild<QPushButton*>("NewActionButton");
     ASSERT_NE(button, nullptr);
     button->click();
     auto* sheet = window().findChild<TarnNewActionWindow*>();
@@ -66,8 +65,8 @@ TEST_F(AppTest, NewActionButtonOpensTheSheetOnTheSelection) {
 TEST_F(AppTest, ConsoleCommandShowsTheConsole) {
     xConsoleWindow* console = app_->components()->console();
     EXPECT_FALSE(console->isVisible());
-    window().command(QStringLiteral("showConsole"))->trigger();
-    apptest::waitUntil([&] { return console->isVisible(); });
+    window().command("showConsole")->trigger();
+    waitUntil([&] { return console->isVisible(); });
     console->flushLog();
-    EXPECT_TRUE(console->theLog()->toPlainText().contains(QLatin1String("OSXVersion:")));
+    EXPECT_TRUE(console->theLog()->toPlainText().contains("OSXVersion:"));
 }

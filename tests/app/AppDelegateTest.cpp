@@ -2,7 +2,7 @@
 #include <QLineEdit>
 #include <QMenu>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "TestSupport.h"
 #include "log/xConsole.h"
 #include "models/SummaryTableModel.h"
@@ -14,14 +14,14 @@
 
 #include <stdexcept>
 
-using apptest::AppTest;
+using namespace apptest;
 
 TEST_F(AppTest, StartsEmptyWithTheVersionAndTheSystemInTheLog) {
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(table().rowCount(), 0);
     EXPECT_EQ(window().versionLabel()->text(), TarnUtilities::versionText());
-    EXPECT_TRUE(window().versionLabel()->text().startsWith(QLatin1String("v")));
-    EXPECT_TRUE(xConsole::sharedInstance()->contents().contains(QLatin1String("OSXVersion:")));
+    EXPECT_TRUE(window().versionLabel()->text().startsWith("v"));
+    EXPECT_TRUE(xConsole::sharedInstance()->contents().contains("OSXVersion:"));
 }
 
 // Every control the program names carries that name for screen readers and
@@ -70,41 +70,39 @@ TEST_F(AppTest, ArgumentsNameWhatToScan) {
         AppDelegate::StartResult result;
         bool scans;
     };
-    const QString root = apptest::demoRoot();
+    const QString root = demoRoot();
     const Case cases[] = {
-        {{QStringLiteral("--volume"), root}, AppDelegate::StartResult::Started, true},
-        {{root + QStringLiteral("/Avid MediaFiles")}, AppDelegate::StartResult::Started, true},
-        {{QStringLiteral("--volume")}, AppDelegate::StartResult::BadArguments, false},
-        {{QStringLiteral("--bogus")}, AppDelegate::StartResult::BadArguments, false},
-        {{QStringLiteral("--help")}, AppDelegate::StartResult::HelpShown, false},
+        {{"--volume", root}, AppDelegate::StartResult::Started, true},
+        {{root + "/Avid MediaFiles"}, AppDelegate::StartResult::Started, true},
+        {{"--volume"}, AppDelegate::StartResult::BadArguments, false},
+        {{"--bogus"}, AppDelegate::StartResult::BadArguments, false},
+        {{"--help"}, AppDelegate::StartResult::HelpShown, false},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.args.join(QLatin1Char(' ')).toStdString());
+        SCOPED_TRACE(c.args.join(' ').toStdString());
         TarnCore core;
         AppDelegate app(&core);
-        ASSERT_EQ(app.start(QStringList{QStringLiteral("tarn-app")} + c.args), c.result);
+        ASSERT_EQ(app.start(QStringList{"tarn-app"} + c.args), c.result);
         if (!c.scans) continue;
-        apptest::waitUntil([&] {
+        waitUntil([&] {
             return !TarnStatusViewController::getTheController()->isRunning() &&
                    app.databaseModel()->rowCount() > 0;
         });
         EXPECT_EQ(app.window()->itemsCountText()->text(),
-                  app.summaryModel()->text(QStringLiteral("Items In Database")));
+                  app.summaryModel()->text("Items In Database"));
     }
 }
 
 TEST_F(AppTest, ToolsMenuHoldsItsItemsInOrder) {
     QMenu* menu = app_->buildToolsMenu(&window());
-    EXPECT_EQ(menu->title(), QStringLiteral("Contextual Menu"));
+    EXPECT_EQ(menu->title(), "Contextual Menu");
     QStringList titles;
     for (QAction* action : menu->actions()) {
-        titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
+        titles << (action->isSeparator() ? "-" : action->text());
         EXPECT_TRUE(action->shortcut().isEmpty());
     }
-    EXPECT_EQ(titles, (QStringList{QStringLiteral("Show Projects Summary"),
-                                   QStringLiteral("Export database view"), QStringLiteral("-"),
-                                   QStringLiteral("MDB/OMF Inspector"),
-                                   QStringLiteral("Scan single folder")}));
+    EXPECT_EQ(titles, (QStringList{"Show Projects Summary", "Export database view", "-",
+                                   "MDB/OMF Inspector", "Scan single folder"}));
     // The export submenu holds the export menu's four items.
     QMenu* exports = menu->actions().at(1)->menu();
     ASSERT_NE(exports, nullptr);
@@ -115,8 +113,8 @@ TEST_F(AppTest, ToolsMenuHoldsItsItemsInOrder) {
     QSignalSpy inspector(app_.get(), &AppDelegate::inspectorRequested);
     QSignalSpy console(app_.get(), &AppDelegate::consoleRequested);
     menu->actions().at(3)->trigger();
-    window().command(QStringLiteral("showConsole"))->trigger();
-    apptest::waitUntil([&] { return inspector.count() == 1 && console.count() == 1; });
+    window().command("showConsole")->trigger();
+    waitUntil([&] { return inspector.count() == 1 && console.count() == 1; });
 }
 
 // The AMA scan clears the database first, like the all-volumes scan; a
@@ -126,20 +124,19 @@ TEST_F(AppTest, AmaScanStartsFromAnEmptyDatabase) {
     ASSERT_GT(table().rowCount(), 0);
     scanWith([this] { app_->scans()->scanAMAManagementFolder(); });
     EXPECT_EQ(table().rowCount(), 0);
-    EXPECT_EQ(window().itemsCountText()->text(), QStringLiteral("0"));
-    EXPECT_TRUE(window().statusStrip()->text().startsWith(QLatin1String("Execution Time: ")));
+    EXPECT_EQ(window().itemsCountText()->text(), "0");
+    EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
 }
 
 TEST_F(AppTest, ClearDatabaseEmptiesTheViewAndTheLog) {
     scanDemo();
     ASSERT_GT(table().rowCount(), 0);
-    xConsole::xPrint(QStringLiteral("before the clear\n"));
+    xConsole::xPrint("before the clear\n");
     app_->ClearDatabase();
     EXPECT_EQ(table().rowCount(), 0);
-    EXPECT_EQ(window().itemsCountText()->text(), QStringLiteral("0"));
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Items In Database")), QStringLiteral("0"));
-    EXPECT_FALSE(
-        xConsole::sharedInstance()->contents().contains(QLatin1String("before the clear")));
+    EXPECT_EQ(window().itemsCountText()->text(), "0");
+    EXPECT_EQ(app_->summaryModel()->text("Items In Database"), "0");
+    EXPECT_FALSE(xConsole::sharedInstance()->contents().contains("before the clear"));
 }
 
 // The alert of an error nothing handled names the error and its reason; a
@@ -151,10 +148,9 @@ TEST(UncaughtError, AlertNamesTheErrorAndItsReason) {
         QString reason;
     };
     const Case cases[] = {
-        {std::make_exception_ptr(std::runtime_error("disk gone")),
-         QStringLiteral("std::runtime_error"), QStringLiteral("disk gone")},
-        {std::make_exception_ptr(std::bad_alloc()), QStringLiteral("std::bad_alloc"),
-         QStringLiteral("std::bad_alloc")},
+        {std::make_exception_ptr(std::runtime_error("disk gone")), "std::runtime_error",
+         "disk gone"},
+        {std::make_exception_ptr(std::bad_alloc()), "std::bad_alloc", "std::bad_alloc"},
         {std::make_exception_ptr(42), QString(), QString()},
     };
     for (const Case& c : cases) {

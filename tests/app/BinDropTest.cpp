@@ -115,7 +115,7 @@ TEST(BinDropMask, OperationFromTheOfferAndTheKeys) {
         EXPECT_EQ(TarnDragDropView::operationForMask(TarnDragDropView::dragMask(c.offered, c.keys)),
                   c.operation);
     }
-    EXPECT_EQ(TarnDragDropView::label(Op::Add), QStringLiteral("Add"));
+    EXPECT_EQ(TarnDragDropView::label(Op::Add), "Add");
     EXPECT_TRUE(TarnDragDropView::label(Op::None).isNull());
 }
 
@@ -131,12 +131,12 @@ TEST_F(BinDropTest, DroppedBinIntersectsTheDatabase) {
     EXPECT_EQ(reload.size(), 1);
     ASSERT_FALSE(scannedInBin(0).isEmpty());
     EXPECT_EQ(shownPaths(), scannedInBin(0));
-    EXPECT_TRUE(log.contains(QStringLiteral("Tarn:: Accepted 1 bins")));
-    EXPECT_TRUE(log.contains(QStringLiteral("Execution Time: ")));
+    EXPECT_TRUE(log.contains("Tarn:: Accepted 1 bins"));
+    EXPECT_TRUE(log.contains("Execution Time: "));
 
     // A drag without files is taken too, and runs on no bins: nothing changes.
     auto* text = new QMimeData;
-    text->setText(QStringLiteral("hello"));
+    text->setText("hello");
     EXPECT_TRUE(drop(text));
     ASSERT_EQ(intersect.size(), 2);
     EXPECT_TRUE(intersect.at(1).at(0).toStringList().isEmpty());
@@ -153,9 +153,9 @@ TEST_F(BinDropTest, KeysSubtractAndAddBack) {
 // Only files ending in ".avb", in any case, are taken; the rest beep.
 TEST_F(BinDropTest, OnlyFilesEndingInAvbAreTaken) {
     const QString bin = demo.bins.at(0).path;
-    const QString upper = dir.filePath(QStringLiteral("SELECTS.AVB"));
-    const QString misnamed = dir.filePath(QStringLiteral("Selects.avb.txt"));
-    const QString folder = dir.filePath(QStringLiteral("Old Bins.avb"));
+    const QString upper = dir.filePath("SELECTS.AVB");
+    const QString misnamed = dir.filePath("Selects.avb.txt");
+    const QString folder = dir.filePath("Old Bins.avb");
     const QString clip = demo.media.at(0).path;
     QFile::copy(bin, upper);
     QFile::copy(bin, misnamed);

@@ -4,7 +4,7 @@
 
 #include <future>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "database/TarnScannerQueue.h"
 #include "models/SummaryTableModel.h"
 #include "sheets/FilterSheet.h"
@@ -16,7 +16,7 @@
 #include "window/FilterCommands.h"
 #include "window/PreferencesCommands.h"
 
-using apptest::AppTest;
+using namespace apptest;
 
 namespace {
 
@@ -45,12 +45,12 @@ class QueueGate {
 // stays what it was; the window keeps answering.
 TEST_F(AppTest, CommandsDoNothingWhileAScanRuns) {
     scanDemo();
-    const QStringList before = apptest::columnTexts(*app_, TarnColumn::Path);
+    const QStringList before = columnTexts(*app_, TarnColumn::Path);
     ASSERT_FALSE(before.isEmpty());
 
     QSignalSpy ended(app_->scans(), &ScanCommands::scanEnded);
     QueueGate gate;
-    app_->scans()->scanPaths({apptest::demoRoot()});
+    app_->scans()->scanPaths({demoRoot()});
     ASSERT_TRUE(app_->guard()->busy());
     QCoreApplication::processEvents();
     EXPECT_TRUE(window().statusStrip()->bigWheel()->isSpinning());
@@ -61,11 +61,11 @@ TEST_F(AppTest, CommandsDoNothingWhileAScanRuns) {
     app_->scans()->beginAllScan();
     app_->scans()->scanAMAManagementFolder();
     app_->filters()->ChangeFilterState(FilterSheet::Flag::AudioMedia, true);
-    app_->sortDescriptorsDidChange({{QStringLiteral("filesize"), false}});
-    QTest::keyClicks(window().searchField(), QStringLiteral("harb"));
+    app_->sortDescriptorsDidChange({{"filesize", false}});
+    QTest::keyClicks(window().searchField(), "harb");
     QCoreApplication::processEvents();
 
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path), before);
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), before);
     EXPECT_FALSE(window().showsSheet());
     EXPECT_EQ(app_->scans()->volumeSelector(), nullptr);
     EXPECT_FALSE(TarnFilter::sharedFilter()->filterFlagAudioMedia());
@@ -73,15 +73,15 @@ TEST_F(AppTest, CommandsDoNothingWhileAScanRuns) {
     EXPECT_EQ(ended.count(), 0);
 
     gate.release();
-    apptest::waitUntil([&] { return ended.count() > 0; });
+    waitUntil([&] { return ended.count() > 0; });
     EXPECT_FALSE(app_->guard()->busy());
     // The same files again: each is kept once. The search typed meanwhile
     // filters once the scan is over.
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Items In Database")),
+    EXPECT_EQ(app_->summaryModel()->text("Items In Database"),
               QString::number(core_.getAllItemsCount()));
-    EXPECT_TRUE(window().statusStrip()->text().startsWith(QLatin1String("Execution Time: ")));
+    EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
     window().searchField()->clear();
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path), before);
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), before);
 }
 
 // A second sheet is refused with the "Pop" sound.

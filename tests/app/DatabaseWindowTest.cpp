@@ -13,7 +13,6 @@
 #include "databases/TarnDatabaseFilesModel.h"
 #include "databases/TarnMDBB_Delete.h"
 
-using namespace actiontest;
 using namespace apptest;
 
 namespace {

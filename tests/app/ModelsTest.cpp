@@ -4,14 +4,12 @@
 #include <QMimeData>
 #include <QUrl>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "models/ProjectsModel.h"
 #include "models/SummaryTableModel.h"
 #include "models/VolumeListModel.h"
 
-using apptest::AppTest;
-using apptest::section;
-using apptest::text;
+using namespace apptest;
 
 namespace {
 
@@ -35,31 +33,30 @@ TEST_F(AppTest, ModelsOfTheDatabaseKeepTheirContracts) {
     scanDemo();
     EXPECT_GT(table().rowCount(), 0);
     EXPECT_GT(app_->projectFilterModel()->rowCount(), 0);
-    app_->sortDescriptorsDidChange({{QStringLiteral("filesize"), false}});
-    window().searchField()->setText(QStringLiteral("harbour"));
+    app_->sortDescriptorsDidChange({{"filesize", false}});
+    window().searchField()->setText("harbour");
     window().searchField()->clear();
     app_->ClearDatabase();
     EXPECT_EQ(table().rowCount(), 0);
 }
 
 TEST(VolumeListModel, ChecksEveryVolumeAndHandsBackTheTickedOnes) {
-    VolumeListModel model(
-        {QStringLiteral("/"), QStringLiteral("/Volumes/Media"), QStringLiteral("/Volumes/Backup")});
+    VolumeListModel model({"/", "/Volumes/Media", "/Volumes/Backup"});
     Tester tester(&model, Tester::FailureReportingMode::Fatal);
-    EXPECT_EQ(model.data(model.index(1, 1)).toString(), QStringLiteral("/Volumes/Media"));
+    EXPECT_EQ(model.data(model.index(1, 1)).toString(), "/Volumes/Media");
     EXPECT_EQ(model.data(model.index(1, 0), Qt::CheckStateRole).toInt(), Qt::Checked);
     model.setData(model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
     EXPECT_EQ(model.selector().createResultingArray(),
-              (QStringList{QStringLiteral("/Volumes/Media"), QStringLiteral("/Volumes/Backup")}));
-    EXPECT_EQ(model.delectDeselectAll(false), QStringLiteral("Select all"));
+              (QStringList{"/Volumes/Media", "/Volumes/Backup"}));
+    EXPECT_EQ(model.delectDeselectAll(false), "Select all");
     EXPECT_TRUE(model.selector().createResultingArray().isEmpty());
-    EXPECT_EQ(model.delectDeselectAll(true), QStringLiteral("Deselect all"));
+    EXPECT_EQ(model.delectDeselectAll(true), "Deselect all");
     EXPECT_EQ(model.selector().createResultingArray().size(), 3);
 }
 
 // Rows go out as the files they stand for; a missing file gives nothing.
 TEST_F(AppTest, DraggedRowsAreTheirExistingFiles) {
-    TarnPreferences::shared()->setValue(QStringLiteral("ShowOnlyExistingFiles"), 0);
+    TarnPreferences::shared()->setValue("ShowOnlyExistingFiles", 0);
     scanDemo();
     const DatabaseTableModel& model = *app_->databaseModel();
     int present = -1;

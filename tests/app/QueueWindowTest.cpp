@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ActionsAppKit.h"
+#include "AppTestKit.h"
 #include "actions/TarnActionCellDelegate.h"
 #include "actions/TarnActionCommands.h"
 #include "actions/TarnActionOperation.h"
@@ -21,7 +21,7 @@
 #include "actions/TarnQueueModel.h"
 #include "actions/TarnQueueWindow.h"
 
-using namespace appactions;
+using namespace apptest;
 
 namespace {
 
@@ -52,9 +52,9 @@ struct QueueWindowFixture : ::testing::Test {
     }
     QString dst() const { return tmp.path() + "/dst"; }
     TarnActionManager::ActionPtr copy(const QString& name, qint64 size = 64 << 10) {
-        writeBytes(tmp.path() + "/src/" + name, size);
+        writeFile(tmp.path() + "/src/" + name, QByteArray(size, 'x'));
         QDir().mkpath(dst());
-        TarnActionOptions o({itemFor(tmp.path() + "/src/" + name)});
+        TarnActionOptions o({makeItem(tmp.path() + "/src/" + name)});
         o.Destination = dst();
         o.Create_projects_folders = o.Create_mxf_folders = false;
         o.mediaFolderRoots = {tmp.path() + "/src"};
@@ -103,12 +103,12 @@ TEST_F(QueueWindowFixture, CopyFromTheSheetCompletesInTheQueue) {
     waitUntil([&] { return cell(0, TarnQueueModel::StatusColumn) == "Done"; });
     waitUntil([&] { return model->index(0, 2).data(TarnQueueModel::ProgressBusyRole).toBool(); });
     EXPECT_TRUE(cell(0, TarnQueueModel::DescriptionColumn)
-                    .startsWith(QStringLiteral("Copy %1 of %1 items").arg(items.size())));
+                    .startsWith(QString("Copy %1 of %1 items").arg(items.size())));
     for (const TarnItemPtr& item : items) {
         const QFileInfo source(item->DB_itemPath);
         const QString target = dst() + "/" + item->get_DB_ProjectName() + "/" +
                                source.suffix().toUpper() + "/" + source.fileName();
-        EXPECT_EQ(readAll(target), readAll(source.filePath())) << target.toStdString();
+        EXPECT_EQ(readFile(target), readFile(source.filePath())) << target.toStdString();
     }
 }
 
@@ -136,25 +136,25 @@ TEST_F(QueueWindowFixture, ClearAsksFirstAndCancelChangesNothing) {
     waitUntil([&] { return bool(stalled); });
     QPushButton* clear = queue->findChild<QPushButton*>("Clear");
     {
-        Answers cancel(TarnAlert::kSecondButton);
+        AnsweringPresenter cancel(always("Cancel"));
         QTest::mouseClick(clear, Qt::LeftButton);
-        EXPECT_EQ(cancel.asked(), QStringList{"Really clear queue?"});
+        EXPECT_EQ(cancel.messages(), QStringList{"Really clear queue?"});
         ASSERT_EQ(model->rowCount(), 2);
         EXPECT_EQ(cell(0, TarnQueueModel::StatusColumn), "Waiting");
         EXPECT_EQ(cell(1, TarnQueueModel::StatusColumn), "Running");
     }
-    Answers ok(TarnAlert::kFirstButton);
+    AnsweringPresenter ok(always("OK"));
     QTest::mouseClick(clear, Qt::LeftButton);
     EXPECT_EQ(model->rowCount(), 0);
     QTest::mouseClick(clear, Qt::LeftButton);  // an empty queue asks nothing
-    EXPECT_EQ(ok.asked(), QStringList{"Really clear queue?"});
+    EXPECT_EQ(ok.messages(), QStringList{"Really clear queue?"});
     EXPECT_EQ(filesUnder(dst()), 0);
 }
 
 TEST_F(QueueWindowFixture, RowsRevealTheirTargetShowTheirLogAndReadAloud) {
     QStringList revealed;
     TarnQueueWindow::setRevealer([&](const QString& folder) { revealed.append(folder); });
-    TarnActionOptions gone({itemFor(tmp.path() + "/missing.mxf")});
+    TarnActionOptions gone({makeItem(tmp.path() + "/missing.mxf")});
     gone.Action = TarnActionOptions::deleteWord();
     commands.ContinueActionSetup(gone);
     copy("C.mxf");
