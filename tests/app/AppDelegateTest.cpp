@@ -1,15 +1,15 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 
 #include "AppTestKit.h"
-#include "TestSupport.h"
+#include "actions/TarnNewActionWindow.h"
+#include "console/xConsoleWindow.h"
+#include "console/xLog.h"
 #include "log/xConsole.h"
-#include "models/SummaryTableModel.h"
 #include "support/TarnUtilities.h"
-#include "window/DatabaseTableView.h"
-#include "window/FilterCommands.h"
-#include "window/PreferencesCommands.h"
+#include "window/AppComponents.h"
 #include "window/UncaughtErrorHandler.h"
 
 #include <stdexcept>
@@ -24,44 +24,16 @@ TEST_F(AppTest, StartsEmptyWithTheVersionAndTheSystemInTheLog) {
     EXPECT_TRUE(xConsole::sharedInstance()->contents().contains("OSXVersion:"));
 }
 
-// Every control the program names carries that name for screen readers and
-// UI tests.
 TEST_F(AppTest, NamedControlsCarryTheirNames) {
-    for (const char* name : {"DatabaseTable",
-                             "SummaryTable",
-                             "searchField",
-                             "itemsCountText",
-                             "VersionLabel",
-                             "BigRedButton",
-                             "SmallRedButton",
-                             "ToolsButton",
-                             "ServiceView",
-                             "InfoTextField",
-                             "CentralProgressWheel",
-                             "FilterSheet",
-                             "ProjectFilterTable",
-                             "FilterSelectAllButton",
-                             "ShowOnlyPrecomputesCheckBox",
-                             "ShowOnlyImportedMediaCheckbox",
-                             "ShowOnlyAudioMediaCheckbox",
-                             "ShowOnlyNonPortableCheckBox",
-                             "ShowOnlyBadUMIDCheckbox",
-                             "ShowOnlyUnreferencedMediaCheckbox",
-                             "Preferences",
-                             "PropertiesExistingFiles",
-                             "PropertiesScanMDB",
-                             "PropertiesScanMXF",
-                             "ExternalBundleTextField",
-                             "ApplescriptTextview",
-                             "ProjectsSummaryWindow",
-                             "ProjectSumaryTable"}) {
-        SCOPED_TRACE(name);
-        const QString wanted = QString::fromLatin1(name);
-        QWidget* widget =
-            window().objectName() == wanted ? &window() : window().findChild<QWidget*>(wanted);
-        ASSERT_NE(widget, nullptr);
-        EXPECT_EQ(widget->accessibleName(), wanted);
-    }
+    expectNamedControls(
+        window(),
+        "DatabaseTable SummaryTable searchField itemsCountText VersionLabel BigRedButton "
+        "SmallRedButton ToolsButton ServiceView InfoTextField CentralProgressWheel FilterSheet "
+        "ProjectFilterTable FilterSelectAllButton ShowOnlyPrecomputesCheckBox "
+        "ShowOnlyImportedMediaCheckbox ShowOnlyAudioMediaCheckbox ShowOnlyNonPortableCheckBox "
+        "ShowOnlyBadUMIDCheckbox ShowOnlyUnreferencedMediaCheckbox Preferences "
+        "PropertiesExistingFiles PropertiesScanMDB PropertiesScanMXF ExternalBundleTextField "
+        "ApplescriptTextview ProjectsSummaryWindow ProjectSumaryTable NewActionButton");
 }
 
 TEST_F(AppTest, ArgumentsNameWhatToScan) {
@@ -109,34 +81,52 @@ TEST_F(AppTest, ToolsMenuHoldsItsItemsInOrder) {
     EXPECT_TRUE(menu->actions().at(1)->isEnabled());
     EXPECT_EQ(exports->actions().size(), 4);
 
-    // The inspector and the console are other windows': the commands ask for them.
+    // The inspector is another window's: the command asks for it. The
+    // console opens from its command.
     QSignalSpy inspector(app_.get(), &AppDelegate::inspectorRequested);
     QSignalSpy console(app_.get(), &AppDelegate::consoleRequested);
+    xConsoleWindow* consoleWindow = app_->components()->console();
+    EXPECT_FALSE(consoleWindow->isVisible());
     menu->actions().at(3)->trigger();
     window().command("showConsole")->trigger();
-    waitUntil([&] { return inspector.count() == 1 && console.count() == 1; });
+    waitUntil([&] { return inspector.count() == 1 && consoleWindow->isVisible(); });
+    EXPECT_EQ(console.count(), 1);
+    consoleWindow->flushLog();
+    EXPECT_TRUE(consoleWindow->theLog()->toPlainText().contains("OSXVersion:"));
 }
 
-// The AMA scan clears the database first, like the all-volumes scan; a
-// missing folder leaves it empty.
-TEST_F(AppTest, AmaScanStartsFromAnEmptyDatabase) {
-    scanDemo();
-    ASSERT_GT(table().rowCount(), 0);
-    scanWith([this] { app_->scans()->scanAMAManagementFolder(); });
-    EXPECT_EQ(table().rowCount(), 0);
-    EXPECT_EQ(window().itemsCountText()->text(), "0");
-    EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
+// Clearing empties the view and the log. The AMA scan clears the database
+// first, like the all-volumes scan; a missing folder leaves it empty.
+TEST_F(AppTest, ClearAndAmaScanEmptyTheView) {
+    for (bool ama : {false, true}) {
+        SCOPED_TRACE(ama ? "AMA scan" : "clear");
+        scanDemo();
+        ASSERT_GT(table().rowCount(), 0);
+        xConsole::xPrint("before the clear\n");
+        if (ama)
+            scanWith([this] { app_->scans()->scanAMAManagementFolder(); });
+        else
+            app_->ClearDatabase();
+        EXPECT_EQ(table().rowCount(), 0);
+        EXPECT_EQ(window().itemsCountText()->text(), "0");
+        EXPECT_EQ(summary("Items In Database"), "0");
+        if (ama) {
+            EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
+        } else {
+            EXPECT_FALSE(xConsole::sharedInstance()->contents().contains("before the clear"));
+        }
+    }
 }
 
-TEST_F(AppTest, ClearDatabaseEmptiesTheViewAndTheLog) {
+TEST_F(AppTest, NewActionButtonOpensTheSheetOnTheSelection) {
     scanDemo();
-    ASSERT_GT(table().rowCount(), 0);
-    xConsole::xPrint("before the clear\n");
-    app_->ClearDatabase();
-    EXPECT_EQ(table().rowCount(), 0);
-    EXPECT_EQ(window().itemsCountText()->text(), "0");
-    EXPECT_EQ(app_->summaryModel()->text("Items In Database"), "0");
-    EXPECT_FALSE(xConsole::sharedInstance()->contents().contains("before the clear"));
+    window().databaseTable()->selectAll();
+    EXPECT_EQ(app_->components()->selectedItems().size(), table().rowCount());
+    window().findChild<QPushButton*>("NewActionButton")->click();
+    auto* sheet = window().findChild<TarnNewActionWindow*>();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_TRUE(sheet->isVisible());
+    sheet->reject();
 }
 
 // The alert of an error nothing handled names the error and its reason; a

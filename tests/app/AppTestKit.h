@@ -132,6 +132,18 @@ inline AnsweringPresenter::Rule always(const QString& text) {
     return [text](const TarnAlert::Request&) { return text; };
 }
 
+// Every control named in `names` (separated by spaces) is found under `root`
+// (or is `root`) by that object name and carries it as accessible name, for
+// screen readers and UI tests.
+inline void expectNamedControls(QWidget& root, const char* names) {
+    for (const QString& name : QString(names).split(' ', Qt::SkipEmptyParts)) {
+        SCOPED_TRACE(name.toStdString());
+        QWidget* widget = root.objectName() == name ? &root : root.findChild<QWidget*>(name);
+        ASSERT_NE(widget, nullptr);
+        EXPECT_EQ(widget->accessibleName(), name);
+    }
+}
+
 // The demo volume, written once for the whole suite.
 inline const QString& demoRoot() {
     static QTemporaryDir folder;

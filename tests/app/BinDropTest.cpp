@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QDropEvent>
 #include <QFile>
 #include <QFileDialog>
@@ -10,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "DemoVolume.h"
+#include "AppTestKit.h"
 #include "TestSupport.h"
 #include "bins/BinCommands.h"
 #include "bins/TarnDragDropView.h"
@@ -37,6 +38,20 @@ QMimeData* filesData(const QStringList& paths) {
     for (const QString& path : paths) urls.append(QUrl::fromLocalFile(path));
     data->setUrls(urls);
     return data;
+}
+
+// A drag that enters `area` and is dropped, as the platform delivers it; the
+// operation runs once the drop has been answered. Takes `data`.
+bool dropOn(QWidget* area, QMimeData* data, Qt::KeyboardModifiers keys = Qt::NoModifier,
+            const TarnDragDropView* view = nullptr, bool* highlighted = nullptr) {
+    std::unique_ptr<QMimeData> owned(data);
+    QDragEnterEvent enter(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
+    QCoreApplication::sendEvent(area, &enter);
+    if (view) *highlighted = view->isHighlighted();
+    QDropEvent dropped(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
+    QCoreApplication::sendEvent(area, &dropped);
+    QCoreApplication::sendPostedEvents();
+    return dropped.isAccepted();
 }
 
 // The demo volume scanned into a database, and a drop target over a table
@@ -67,17 +82,8 @@ class BinDropTest : public ::testing::Test {
         }
         return paths;
     }
-    // A drag that enters the area and is dropped, as the platform delivers
-    // it; the operation runs once the drop has been answered.
     bool drop(QMimeData* data, Qt::KeyboardModifiers keys = Qt::NoModifier) {
-        QDragEnterEvent enter(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
-        QCoreApplication::sendEvent(&area, &enter);
-        highlightedDuringDrag = view.isHighlighted();
-        QDropEvent dropped(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
-        QCoreApplication::sendEvent(&area, &dropped);
-        QCoreApplication::sendPostedEvents();
-        delete data;
-        return dropped.isAccepted();
+        return dropOn(&area, data, keys, &view, &highlightedDuringDrag);
     }
 
     QTemporaryDir dir;
@@ -237,4 +243,19 @@ TEST_F(BinDropTest, BusyScanLeavesTheDatabaseAlone) {
     status->setIsRunning(false);
     EXPECT_EQ(reload.size(), 0);
     EXPECT_EQ(shownPaths(), scanned);
+}
+
+// The main window wires its table area the same way: a bin dropped on it
+// narrows the table itself.
+using apptest::AppTest;
+
+TEST_F(AppTest, BinDroppedOnTheWindowNarrowsTheShownRows) {
+    scanDemo();
+    const int before = table().rowCount();
+    QDirIterator bins(apptest::demoRoot(), {"*.avb"}, QDir::Files, QDirIterator::Subdirectories);
+    ASSERT_TRUE(bins.hasNext());
+    EXPECT_TRUE(dropOn(window().databaseArea(), filesData({bins.next()})));
+    apptest::waitUntil([&] { return table().rowCount() != before; });
+    EXPECT_GT(table().rowCount(), 0);
+    EXPECT_EQ(summary("Filtered Items"), QString::number(table().rowCount()));
 }

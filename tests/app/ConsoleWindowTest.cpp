@@ -5,7 +5,7 @@
 #include <QTextBlock>
 #include <QTextDocument>
 
-#include <gtest/gtest.h>
+#include "AppTestKit.h"
 
 #include <thread>
 
@@ -39,12 +39,9 @@ class ConsoleWindowTest : public ::testing::Test {
 
 TEST_F(ConsoleWindowTest, StartsHiddenWithNamedControls) {
     EXPECT_FALSE(window.isVisible());
-    for (const char* name : {"theLog", "ConsoleSearchField", "HowManyFound", "GotoNextSelection",
-                             "pushHelp", "pushReadme", "pushClear"}) {
-        auto* control = window.findChild<QWidget*>(QString::fromLatin1(name));
-        ASSERT_NE(control, nullptr) << name;
-        EXPECT_EQ(control->accessibleName(), QString::fromLatin1(name));
-    }
+    apptest::expectNamedControls(
+        window,
+        "theLog ConsoleSearchField HowManyFound GotoNextSelection pushHelp pushReadme pushClear");
     window.showWindow();
     EXPECT_TRUE(window.isVisible());
 }

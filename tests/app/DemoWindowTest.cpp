@@ -2,6 +2,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 
 #include "AppTestKit.h"
@@ -18,23 +19,10 @@ namespace {
 // The fields of one line of `tarn scan --format csv`: each quoted, with ""
 // for a quote, and followed by ";".
 QStringList csvFields(const QString& line) {
+    static const QRegularExpression field("\"((?:[^\"]|\"\")*)\";");
     QStringList fields;
-    QString field;
-    bool quoted = false;
-    for (qsizetype i = 0; i < line.size(); ++i) {
-        const QChar c = line.at(i);
-        if (quoted && c == '"' && i + 1 < line.size() && line.at(i + 1) == '"') {
-            field += c;
-            ++i;
-        } else if (c == '"') {
-            quoted = !quoted;
-        } else if (c == ';' && !quoted) {
-            fields << field;
-            field.clear();
-        } else {
-            field += c;
-        }
-    }
+    for (auto it = field.globalMatch(line); it.hasNext();)
+        fields << it.next().captured(1).replace("\"\"", "\"");
     return fields;
 }
 

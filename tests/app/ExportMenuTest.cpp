@@ -14,7 +14,7 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
-#include <gtest/gtest.h>
+#include "AppTestKit.h"
 
 #include "export/ExportMenu.h"
 
@@ -22,13 +22,9 @@ namespace {
 
 // The report suite's golden files (QT_TESTCASE_SOURCEDIR is the tests folder).
 QByteArray golden(const char* name) {
-    QFile file(QStringLiteral(QT_TESTCASE_SOURCEDIR "/report/golden/") + QLatin1String(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing golden>");
-}
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    const QString path = QT_TESTCASE_SOURCEDIR "/report/golden/" + QString(name);
+    EXPECT_TRUE(QFile::exists(path)) << name;
+    return apptest::readFile(path);
 }
 
 // Records the files the app asks the desktop to open.
@@ -77,7 +73,7 @@ TEST_F(ExportMenuTest, WritesTheGoldenFiles) {
     for (const auto& c : cases) {
         const QString out = dir.filePath(QString("out-%1").arg(c.tag));
         ASSERT_TRUE(menu.writeExport(c.tag, out));
-        EXPECT_EQ(contents(out), golden(c.golden)) << c.tag;
+        EXPECT_EQ(apptest::readFile(out), golden(c.golden)) << c.tag;
     }
     EXPECT_FALSE(menu.writeExport(4, dir.filePath("four")));
     // Without a source every cell is empty.
@@ -128,7 +124,8 @@ TEST_F(ExportMenuTest, SavePanelWritesWithTheFixedExtension) {
         EXPECT_EQ(QFileInfo(panel->selectedFiles().value(0)).completeBaseName(), "export");
         panel->selectFile(dir.filePath(QString::fromLatin1(c.typed)));
         static_cast<QDialog*>(panel)->accept();  // as the panel's own button does
-        EXPECT_EQ(contents(dir.filePath(QString::fromLatin1(c.written))), golden(c.golden));
+        EXPECT_EQ(apptest::readFile(dir.filePath(QString::fromLatin1(c.written))),
+                  golden(c.golden));
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }
@@ -148,7 +145,7 @@ TEST_F(ExportMenuTest, MenuItemsAndViewAsHtml) {
     const QFileInfo page(desktop.opened.at(0));
     EXPECT_EQ(page.absolutePath(), QFileInfo(QDir::tempPath()).absoluteFilePath());
     EXPECT_TRUE(page.fileName().contains(QRegularExpression("^\\d{8}-\\d{6}export\\.html$")));
-    EXPECT_EQ(contents(page.filePath()), golden("sample.html"));
+    EXPECT_EQ(apptest::readFile(page.filePath()), golden("sample.html"));
     QFile::remove(page.filePath());
     EXPECT_EQ(ExportMenu::viewFileName(QDateTime(QDate(2024, 1, 31), QTime(9, 45, 2))),
               "20240131-094502export.html");

@@ -49,10 +49,10 @@ struct SheetFixture : ::testing::Test {
 TEST_F(SheetFixture, OpensOnTheDefaultsWithEveryControlNamed) {
     TarnNewActionWindow sheet(items);
     sheet.show();
-    for (const char* name : {"RadioCopy", "RadioMove", "RadioDelete", "CheckProjects", "CheckMXF",
-                             "CheckKeepOriginalFolders", "CheckKeepPMR", "CheckImSure",
-                             "summaryText", "destinationText", "Select", "GO", "Cancel"})
-        EXPECT_EQ(control<QWidget>(sheet, name)->accessibleName(), name);
+    expectNamedControls(sheet,
+                        "RadioCopy RadioMove RadioDelete CheckProjects CheckMXF "
+                        "CheckKeepOriginalFolders CheckKeepPMR CheckImSure summaryText "
+                        "destinationText Select GO Cancel");
     EXPECT_TRUE(control<QRadioButton>(sheet, "RadioCopy")->isChecked());
     EXPECT_EQ(control<QLineEdit>(sheet, "destinationText")->text(), "Unknown");
     EXPECT_TRUE(control<QCheckBox>(sheet, "CheckProjects")->isChecked());

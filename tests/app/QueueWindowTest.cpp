@@ -60,17 +60,12 @@ struct QueueWindowFixture : ::testing::Test {
         o.mediaFolderRoots = {tmp.path() + "/src"};
         return commands.ContinueActionSetup(o);
     }
-    QString cell(int row, int column, int role = Qt::DisplayRole) const {
-        return model->index(row, column).data(role).toString();
-    }
-    QPoint buttonCentre(int row, TarnActionCellDelegate::Button button) const {
-        QRect rect =
-            queue->QueueTable()->visualRect(model->index(row, TarnQueueModel::ButtonsColumn));
-        return TarnActionCellDelegate::buttonRect(rect, button).center();
-    }
+    QString cell(int row, int column) const { return model->index(row, column).data().toString(); }
     void clickButton(int row, TarnActionCellDelegate::Button button) {
-        QTest::mouseClick(queue->QueueTable()->viewport(), Qt::LeftButton, {},
-                          buttonCentre(row, button));
+        QTableView* table = queue->QueueTable();
+        const QRect cell = table->visualRect(model->index(row, TarnQueueModel::ButtonsColumn));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                          TarnActionCellDelegate::buttonRect(cell, button).center());
     }
     int filesUnder(const QString& folder) const {
         int n = 0;
@@ -178,8 +173,7 @@ TEST_F(QueueWindowFixture, RowsRevealTheirTargetShowTheirLogAndReadAloud) {
     ASSERT_TRUE(access && access->tableInterface());
     EXPECT_EQ(access->tableInterface()->cellAt(1, 1)->text(QAccessible::Name), "Done");
     EXPECT_TRUE(access->tableInterface()->cellAt(0, 0)->text(QAccessible::Name).startsWith("Copy"));
-    for (const char* name : {"QueueTable", "Clear", "popover", "popoverText"})
-        EXPECT_EQ(queue->findChild<QWidget*>(name)->accessibleName(), name);
+    expectNamedControls(*queue, "QueueTable Clear popover popoverText");
 }
 
 }  // namespace
