@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include <future>
+#include <utility>
 
 #include "AppTestKit.h"
 #include "database/TarnScannerQueue.h"
@@ -21,22 +22,17 @@ using namespace apptest;
 namespace {
 
 // Holds the scanner queue, and with it the scan, until released.
-class QueueGate {
-  public:
-    QueueGate() : open_(release_.get_future().share()) {
-        std::shared_future<void> open = open_;
-        TarnScannerQueue::shared()->addOperation(QRunnable::create([open] { open.wait(); }));
+struct QueueGate {
+    QueueGate() {
+        TarnScannerQueue::shared()->addOperation(
+            QRunnable::create([opened = open.get_future().share()] { opened.wait(); }));
     }
     ~QueueGate() { release(); }
     void release() {
-        if (!released_) release_.set_value();
-        released_ = true;
+        if (!std::exchange(released, true)) open.set_value();
     }
-
-  private:
-    std::promise<void> release_;
-    std::shared_future<void> open_;
-    bool released_ = false;
+    std::promise<void> open;
+    bool released = false;
 };
 
 }  // namespace

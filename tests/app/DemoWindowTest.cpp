@@ -82,12 +82,10 @@ TEST_F(AppTest, ScanAllVolumesShowsWhatTheCommandLineShows) {
 
     const QJsonObject summary = json.value("summary").toObject();
     const SummaryTableModel& shown = *app_->summaryModel();
-    EXPECT_EQ(shown.text("Items In Database"),
-              QString::number(summary.value("items_in_database").toInt()));
-    EXPECT_EQ(shown.text("Projects count"),
-              QString::number(summary.value("projects_count").toInt()));
-    EXPECT_EQ(shown.text("Filtered Items"),
-              QString::number(summary.value("filtered_items").toInt()));
+    for (const auto& [line, field] : {std::pair{"Items In Database", "items_in_database"},
+                                      {"Projects count", "projects_count"},
+                                      {"Filtered Items", "filtered_items"}})
+        EXPECT_EQ(shown.text(line), QString::number(summary.value(field).toInt())) << line;
     EXPECT_EQ(shown.text("Filtered Size"),
               TarnFileSize::toHumanBytes(summary.value("filtered_size").toDouble()));
     EXPECT_EQ(shown.text("Selected Items"), "0");

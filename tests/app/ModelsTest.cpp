@@ -11,25 +11,14 @@
 
 using namespace apptest;
 
-namespace {
-
 using Tester = QAbstractItemModelTester;
-
-std::unique_ptr<Tester> watch(QAbstractItemModel* model) {
-    return std::make_unique<Tester>(model, Tester::FailureReportingMode::Fatal);
-}
-
-}  // namespace
 
 // The four views of the database stay consistent models through a scan, a
 // filter, a sort and a clear.
 TEST_F(AppTest, ModelsOfTheDatabaseKeepTheirContracts) {
-    std::vector<std::unique_ptr<Tester>> testers;
-    for (QAbstractItemModel* model : std::initializer_list<QAbstractItemModel*>{
-             app_->databaseModel(), app_->summaryModel(), app_->projectSummaryModel(),
-             app_->projectFilterModel()}) {
-        testers.push_back(watch(model));
-    }
+    const Tester::FailureReportingMode fatal = Tester::FailureReportingMode::Fatal;
+    Tester database(app_->databaseModel(), fatal), summary(app_->summaryModel(), fatal),
+        projects(app_->projectSummaryModel(), fatal), filter(app_->projectFilterModel(), fatal);
     scanDemo();
     EXPECT_GT(table().rowCount(), 0);
     EXPECT_GT(app_->projectFilterModel()->rowCount(), 0);
