@@ -1,8 +1,6 @@
 #include <QApplication>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
@@ -13,7 +11,6 @@
 #include "actions/TarnActionManager.h"
 #include "actions/TarnActionOperation.h"
 
-using namespace actiontest;
 using namespace apptest;
 
 namespace {
@@ -30,34 +27,36 @@ QStringList visualOrder(QMessageBox* box) {
 }
 
 TEST(AlertPresenter, EveryFormShowsItsButtonsInOrderAndAnswersByPosition) {
-    const QStringList five{"Skip All", "No", "Yes", "Yes to All", "Cancel"};
+    const auto error = [] {
+        TarnAlert::ShowDialog_with_errorName("Not implemented", "Maybe");
+        return 0;
+    };
+    const auto yesNo = [] { return TarnAlert::ShowDialog_with_YesNo("Really clear?", "Sure?"); };
+    const auto overwrite = [] { return TarnAlert::ShowDialog_with_NoYesYesToAll("Exists", "/t"); };
+    const auto okOrNever = [] {
+        return int(TarnAlert::ShowDialog_with_OkDoNotShowAgain("E", "/t"));
+    };
+    const auto five = [] {
+        return TarnAlert::ShowDialog_with_buttons(
+            "File can not be moved.\nCopy?", "/s",
+            {"Skip All", "No", "Yes", "Yes to All", "Cancel"});
+    };
     const struct {
         std::function<int()> ask;
         const char* buttons;
         const char* press;
         int expected;
     } cases[] = {
-        {[] {
-             TarnAlert::ShowDialog_with_errorName("Not implemented", "Maybe");
-             return 0;
-         },
-         "OK", "OK", 0},
-        {[] { return TarnAlert::ShowDialog_with_YesNo("Really clear queue?", "Are you sure?"); },
-         "OK|Cancel", "Cancel", 1001},
-        {[] { return TarnAlert::ShowDialog_with_YesNo("Really clear queue?", "Are you sure?"); },
-         "OK|Cancel", "OK", 1000},
-        {[] { return TarnAlert::ShowDialog_with_NoYesYesToAll("File exists", "/t"); },
-         "No|Yes|Yes to All", "Yes to All", 1002},
-        {[] { return int(TarnAlert::ShowDialog_with_OkDoNotShowAgain("Error", "/t")); },
-         "Ok|Do NotShow Again", "Do NotShow Again", 0},
-        {[] { return int(TarnAlert::ShowDialog_with_OkDoNotShowAgain("Error", "/t")); },
-         "Ok|Do NotShow Again", "Ok", 1},
-        {[five] {
-             return TarnAlert::ShowDialog_with_buttons("File can not be moved.\nCopy?", "/s", five);
-         },
-         "Skip All|No|Yes|Yes to All|Cancel", "Yes to All", 1003},
+        {error, "OK", "OK", 0},
+        {yesNo, "OK|Cancel", "Cancel", 1001},
+        {yesNo, "OK|Cancel", "OK", 1000},
+        {overwrite, "No|Yes|Yes to All", "Yes to All", 1002},
+        {okOrNever, "Ok|Do NotShow Again", "Do NotShow Again", 0},
+        {okOrNever, "Ok|Do NotShow Again", "Ok", 1},
+        {five, "Skip All|No|Yes|Yes to All|Cancel", "Yes to All", 1003},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.buttons) + " " + c.press);
         AnsweringPresenter answers(always(c.press));
         QStringList order;
         answers.onShown([&](QMessageBox* box, const TarnAlert::Request& request) {
@@ -71,7 +70,7 @@ TEST(AlertPresenter, EveryFormShowsItsButtonsInOrderAndAnswersByPosition) {
                 EXPECT_EQ(button->accessibleName(), button->text());
             }
         });
-        EXPECT_EQ(c.ask(), c.expected) << c.press;
+        EXPECT_EQ(c.ask(), c.expected);
         EXPECT_EQ(answers.buttons(), QStringList({c.buttons}));
         EXPECT_EQ(order.join('|'), c.buttons);
         EXPECT_EQ(answers.presenter().openQuestions(), 0);
@@ -114,49 +113,44 @@ TEST(AlertPresenter, AWorkersQuestionIsAnsweredOnTheGuiThread) {
         answer = TarnAlert::ShowDialog_with_NoYesYesToAll("File exists at destination.\nOverwrite?",
                                                           "/dst/a.mxf", [] { return false; });
     });
-    spinUntil([&] { return answer != -1; });
+    waitUntil([&] { return answer != -1; });
     worker.join();
     EXPECT_EQ(answer, TarnAlert::kSecondButton);
     EXPECT_TRUE(onGuiThread);
     EXPECT_EQ(answers.details(), QStringList({"/dst/a.mxf"}));
 }
 
-TEST(AlertPresenter, AQuestionCancelledBeforeItsTurnIsNeverShown) {
-    AnsweringPresenter answers(always("Yes"));
-    std::atomic<bool> cancelled{false};
-    std::atomic<int> answer{-1};
-    // The question is posted while the GUI thread is busy (this test does
-    // not run its events); the action is cancelled before it gets its turn.
-    std::thread worker([&] {
-        answer = TarnAlert::ShowDialog_with_NoYesYesToAll("Overwrite?", "/t",
-                                                          [&] { return cancelled.load(); });
-    });
-    QThread::msleep(20);
-    cancelled = true;
-    worker.join();  // gives up by itself, without the GUI thread
-    EXPECT_EQ(answer, TarnAlert::kNoAnswer);
-    QCoreApplication::processEvents();
-    EXPECT_TRUE(answers.messages().isEmpty());
-}
-
-TEST(AlertPresenter, AnOpenQuestionClosesWhenItsActionIsCancelled) {
-    AnsweringPresenter answers;  // nobody answers
-    std::atomic<bool> cancelled{false};
-    answers.onShown([&](QMessageBox*, const TarnAlert::Request&) { cancelled = true; });
-    std::atomic<int> answer{-1};
-    std::thread worker([&] {
-        answer = TarnAlert::ShowDialog_with_NoYesYesToAll("Overwrite?", "/t",
-                                                          [&] { return cancelled.load(); });
-    });
-    spinUntil([&] { return answer != -1 && answers.presenter().openQuestions() == 0; });
-    worker.join();
-    EXPECT_EQ(answer, TarnAlert::kNoAnswer);
-    EXPECT_EQ(answers.messages().size(), 1);
+// A question whose action is cancelled goes unanswered: one cancelled before
+// its turn is never shown (the worker gives up without the GUI thread, which
+// runs no events meanwhile), an open one closes.
+TEST(AlertPresenter, ACancelledActionsQuestionIsDroppedOrClosed) {
+    for (bool shownFirst : {false, true}) {
+        SCOPED_TRACE(shownFirst);
+        AnsweringPresenter answers;  // nobody answers
+        std::atomic<bool> cancelled{false};
+        std::atomic<int> answer{-1};
+        answers.onShown([&](QMessageBox*, const TarnAlert::Request&) { cancelled = true; });
+        std::thread worker([&] {
+            answer = TarnAlert::ShowDialog_with_NoYesYesToAll("Overwrite?", "/t",
+                                                              [&] { return cancelled.load(); });
+        });
+        if (shownFirst) {
+            waitUntil([&] { return answer != -1 && answers.presenter().openQuestions() == 0; });
+        } else {
+            QThread::msleep(20);
+            cancelled = true;
+        }
+        worker.join();
+        QCoreApplication::processEvents();
+        EXPECT_EQ(answer, TarnAlert::kNoAnswer);
+        EXPECT_EQ(answers.messages().size(), shownFirst ? 1 : 0);
+    }
 }
 
 // Actions through the queue, as the window runs them.
 struct QueueFixture : ::testing::Test {
     QTemporaryDir tmp;
+    TarnActionManager manager;
     QString src() const { return tmp.path() + "/Vol/Avid MediaFiles/MXF/1"; }
     QString dst() const { return tmp.path() + "/Dst"; }
     QString target(const QString& name) const { return dst() + "/Doc/MXF/" + name; }
@@ -164,45 +158,43 @@ struct QueueFixture : ::testing::Test {
         EXPECT_TRUE(writeFile(src() + "/" + name, content(name)));
         return makeItem(src() + "/" + name);
     }
-    TarnActionOptions options(const QString& action, const QList<TarnItemPtr>& items) {
+    TarnActionManager::ActionPtr start(const QString& action, const QList<TarnItemPtr>& items) {
+        EXPECT_TRUE(writeFile(target("A.mxf"), "old target"));
         TarnActionOptions o(items);
         o.Action = action;
         o.Destination = dst();
         o.Im_sure = true;
         o.mediaFolderRoots = {tmp.path() + "/Vol/Avid MediaFiles/MXF"};
-        return o;
+        return manager.SetUpNewActionWithOptions(o);
+    }
+    bool finished(const TarnActionManager::ActionPtr& action) {
+        return action->Action_Operation()->isFinished();
     }
 };
 
 TEST_F(QueueFixture, AMovesOverwriteQuestionIsAnsweredThroughTheDialog) {
     // A refused overwrite leaves the file "not moveable", which asks again.
     const QString overwrite = "File exists at destination.\nOverwrite?";
-    const QString copyInstead = "File can not be moved.\nCopy?";
     const struct {
         const char* press;
         bool moved;
         QStringList asked;
-    } cases[] = {{"Yes", true, {overwrite}}, {"No", false, {overwrite, copyInstead}}};
+    } cases[] = {{"Yes", true, {overwrite}},
+                 {"No", false, {overwrite, "File can not be moved.\nCopy?"}}};
     for (const auto& c : cases) {
-        TarnItemPtr item = file("A.mxf");
-        ASSERT_TRUE(writeFile(target("A.mxf"), "old target"));
+        SCOPED_TRACE(c.press);
         AnsweringPresenter answers(always(c.press));
-        TarnActionManager manager;
-        auto action = manager.SetUpNewActionWithOptions(options("Move", {item}));
-        spinUntil([&] { return action->Action_Operation()->isFinished(); });
+        auto action = start("Move", {file("A.mxf")});
+        waitUntil([&] { return finished(action); });
         EXPECT_EQ(answers.messages(), c.asked);
         EXPECT_EQ(answers.details().value(0), target("A.mxf"));
-        EXPECT_EQ(readFile(target("A.mxf")), c.moved ? content("A.mxf") : "old target") << c.press;
-        EXPECT_EQ(QFileInfo::exists(src() + "/A.mxf"), !c.moved) << c.press;
+        EXPECT_EQ(readFile(target("A.mxf")), c.moved ? content("A.mxf") : "old target");
+        EXPECT_EQ(QFileInfo::exists(src() + "/A.mxf"), !c.moved);
         QFile::remove(src() + "/A.mxf");
     }
 }
 
 TEST_F(QueueFixture, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
-    TarnItemPtr a = file("A.mxf");
-    TarnItemPtr b = file("B.mxf");
-    ASSERT_TRUE(writeFile(target("A.mxf"), "old target"));
-    TarnActionManager manager;
     bool cleared = false;
     bool clearReturned = false;
     AnsweringPresenter answers([&](const TarnAlert::Request& request) -> QString {
@@ -212,11 +204,11 @@ TEST_F(QueueFixture, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
         clearReturned = true;
         return QString();
     });
-    auto action = manager.SetUpNewActionWithOptions(options("Copy", {a, b}));
-    spinUntil([&] { return clearReturned && answers.presenter().openQuestions() == 0; });
+    auto action = start("Copy", {file("A.mxf"), file("B.mxf")});
+    waitUntil([&] { return clearReturned && answers.presenter().openQuestions() == 0; });
     EXPECT_TRUE(cleared);
     EXPECT_EQ(manager.numberOfRows(), 0);
-    EXPECT_TRUE(action->Action_Operation()->isFinished());
+    EXPECT_TRUE(finished(action));
     EXPECT_TRUE(action->Action_Operation()->isCancelled());
     EXPECT_EQ(answers.messages(),
               QStringList({"File exists at destination.\nOverwrite?", "Really clear queue?"}));
@@ -226,16 +218,12 @@ TEST_F(QueueFixture, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
 }
 
 TEST_F(QueueFixture, ClosingThePresenterAnswersAWaitingWorkerCautiously) {
-    TarnItemPtr a = file("A.mxf");
-    ASSERT_TRUE(writeFile(target("A.mxf"), "old target"));
-    TarnActionManager manager;
     auto answers = std::make_unique<AnsweringPresenter>();
-    std::shared_ptr<TarnActionManager::ActionPtr::element_type> action;
     answers->onShown([&](QMessageBox*, const TarnAlert::Request&) {
         QTimer::singleShot(0, [&] { answers.reset(); });
     });
-    action = manager.SetUpNewActionWithOptions(options("Copy", {a}));
-    spinUntil([&] { return action->Action_Operation()->isFinished(); });
+    auto action = start("Copy", {file("A.mxf")});
+    waitUntil([&] { return finished(action); });
     // "No": the old target stays.
     EXPECT_EQ(readFile(target("A.mxf")), "old target");
     EXPECT_TRUE(action->Action_Operation()->actionLog().contains(":: SKIPPING"));

@@ -1,67 +1,39 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 
-#include "WindowTestKit.h"
-#include "TestSupport.h"
+#include "AppTestKit.h"
+#include "actions/TarnNewActionWindow.h"
+#include "console/xConsoleWindow.h"
+#include "console/xLog.h"
 #include "log/xConsole.h"
-#include "models/SummaryTableModel.h"
 #include "support/TarnUtilities.h"
-#include "window/DatabaseTableView.h"
-#include "window/FilterCommands.h"
-#include "window/PreferencesCommands.h"
+#include "window/AppComponents.h"
 #include "window/UncaughtErrorHandler.h"
 
 #include <stdexcept>
 
-using apptest::AppTest;
+using namespace apptest;
 
 TEST_F(AppTest, StartsEmptyWithTheVersionAndTheSystemInTheLog) {
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(table().rowCount(), 0);
     EXPECT_EQ(window().versionLabel()->text(), TarnUtilities::versionText());
-    EXPECT_TRUE(window().versionLabel()->text().startsWith(QLatin1String("v")));
-    EXPECT_TRUE(xConsole::sharedInstance()->contents().contains(QLatin1String("OSXVersion:")));
+    EXPECT_TRUE(window().versionLabel()->text().startsWith("v"));
+    EXPECT_TRUE(xConsole::sharedInstance()->contents().contains("OSXVersion:"));
 }
 
-// Every control the program names carries that name for screen readers and
-// UI tests.
 TEST_F(AppTest, NamedControlsCarryTheirNames) {
-    for (const char* name : {"DatabaseTable",
-                             "SummaryTable",
-                             "searchField",
-                             "itemsCountText",
-                             "VersionLabel",
-                             "BigRedButton",
-                             "SmallRedButton",
-                             "ToolsButton",
-                             "ServiceView",
-                             "InfoTextField",
-                             "CentralProgressWheel",
-                             "FilterSheet",
-                             "ProjectFilterTable",
-                             "FilterSelectAllButton",
-                             "ShowOnlyPrecomputesCheckBox",
-                             "ShowOnlyImportedMediaCheckbox",
-                             "ShowOnlyAudioMediaCheckbox",
-                             "ShowOnlyNonPortableCheckBox",
-                             "ShowOnlyBadUMIDCheckbox",
-                             "ShowOnlyUnreferencedMediaCheckbox",
-                             "Preferences",
-                             "PropertiesExistingFiles",
-                             "PropertiesScanMDB",
-                             "PropertiesScanMXF",
-                             "ExternalBundleTextField",
-                             "ApplescriptTextview",
-                             "ProjectsSummaryWindow",
-                             "ProjectSumaryTable"}) {
-        SCOPED_TRACE(name);
-        const QString wanted = QString::fromLatin1(name);
-        QWidget* widget =
-            window().objectName() == wanted ? &window() : window().findChild<QWidget*>(wanted);
-        ASSERT_NE(widget, nullptr);
-        EXPECT_EQ(widget->accessibleName(), wanted);
-    }
+    expectNamedControls(
+        window(),
+        "DatabaseTable SummaryTable searchField itemsCountText VersionLabel BigRedButton "
+        "SmallRedButton ToolsButton ServiceView InfoTextField CentralProgressWheel FilterSheet "
+        "ProjectFilterTable FilterSelectAllButton ShowOnlyPrecomputesCheckBox "
+        "ShowOnlyImportedMediaCheckbox ShowOnlyAudioMediaCheckbox ShowOnlyNonPortableCheckBox "
+        "ShowOnlyBadUMIDCheckbox ShowOnlyUnreferencedMediaCheckbox Preferences "
+        "PropertiesExistingFiles PropertiesScanMDB PropertiesScanMXF ExternalBundleTextField "
+        "ApplescriptTextview ProjectsSummaryWindow ProjectSumaryTable NewActionButton");
 }
 
 TEST_F(AppTest, ArgumentsNameWhatToScan) {
@@ -70,76 +42,91 @@ TEST_F(AppTest, ArgumentsNameWhatToScan) {
         AppDelegate::StartResult result;
         bool scans;
     };
-    const QString root = apptest::demoRoot();
+    const QString root = demoRoot();
     const Case cases[] = {
-        {{QStringLiteral("--volume"), root}, AppDelegate::StartResult::Started, true},
-        {{root + QStringLiteral("/Avid MediaFiles")}, AppDelegate::StartResult::Started, true},
-        {{QStringLiteral("--volume")}, AppDelegate::StartResult::BadArguments, false},
-        {{QStringLiteral("--bogus")}, AppDelegate::StartResult::BadArguments, false},
-        {{QStringLiteral("--help")}, AppDelegate::StartResult::HelpShown, false},
+        {{"--volume", root}, AppDelegate::StartResult::Started, true},
+        {{root + "/Avid MediaFiles"}, AppDelegate::StartResult::Started, true},
+        {{"--volume"}, AppDelegate::StartResult::BadArguments, false},
+        {{"--bogus"}, AppDelegate::StartResult::BadArguments, false},
+        {{"--help"}, AppDelegate::StartResult::HelpShown, false},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.args.join(QLatin1Char(' ')).toStdString());
+        SCOPED_TRACE(c.args.join(' ').toStdString());
         TarnCore core;
         AppDelegate app(&core);
-        ASSERT_EQ(app.start(QStringList{QStringLiteral("tarn-app")} + c.args), c.result);
+        ASSERT_EQ(app.start(QStringList{"tarn-app"} + c.args), c.result);
         if (!c.scans) continue;
-        apptest::waitUntil([&] {
+        waitUntil([&] {
             return !TarnStatusViewController::getTheController()->isRunning() &&
                    app.databaseModel()->rowCount() > 0;
         });
         EXPECT_EQ(app.window()->itemsCountText()->text(),
-                  app.summaryModel()->text(QStringLiteral("Items In Database")));
+                  app.summaryModel()->text("Items In Database"));
     }
 }
 
 TEST_F(AppTest, ToolsMenuHoldsItsItemsInOrder) {
     QMenu* menu = app_->buildToolsMenu(&window());
-    EXPECT_EQ(menu->title(), QStringLiteral("Contextual Menu"));
+    EXPECT_EQ(menu->title(), "Contextual Menu");
     QStringList titles;
     for (QAction* action : menu->actions()) {
-        titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
+        titles << (action->isSeparator() ? "-" : action->text());
         EXPECT_TRUE(action->shortcut().isEmpty());
     }
-    EXPECT_EQ(titles, (QStringList{QStringLiteral("Show Projects Summary"),
-                                   QStringLiteral("Export database view"), QStringLiteral("-"),
-                                   QStringLiteral("MDB/OMF Inspector"),
-                                   QStringLiteral("Scan single folder")}));
+    EXPECT_EQ(titles, (QStringList{"Show Projects Summary", "Export database view", "-",
+                                   "MDB/OMF Inspector", "Scan single folder"}));
     // The export submenu holds the export menu's four items.
     QMenu* exports = menu->actions().at(1)->menu();
     ASSERT_NE(exports, nullptr);
     EXPECT_TRUE(menu->actions().at(1)->isEnabled());
     EXPECT_EQ(exports->actions().size(), 4);
 
-    // The inspector and the console are other windows': the commands ask for them.
+    // The inspector is another window's: the command asks for it. The
+    // console opens from its command.
     QSignalSpy inspector(app_.get(), &AppDelegate::inspectorRequested);
     QSignalSpy console(app_.get(), &AppDelegate::consoleRequested);
+    xConsoleWindow* consoleWindow = app_->components()->console();
+    EXPECT_FALSE(consoleWindow->isVisible());
     menu->actions().at(3)->trigger();
-    window().command(QStringLiteral("showConsole"))->trigger();
-    apptest::waitUntil([&] { return inspector.count() == 1 && console.count() == 1; });
+    window().command("showConsole")->trigger();
+    waitUntil([&] { return inspector.count() == 1 && consoleWindow->isVisible(); });
+    EXPECT_EQ(console.count(), 1);
+    consoleWindow->flushLog();
+    EXPECT_TRUE(consoleWindow->theLog()->toPlainText().contains("OSXVersion:"));
 }
 
-// The AMA scan clears the database first, like the all-volumes scan; a
-// missing folder leaves it empty.
-TEST_F(AppTest, AmaScanStartsFromAnEmptyDatabase) {
-    scanDemo();
-    ASSERT_GT(table().rowCount(), 0);
-    scanWith([this] { app_->scans()->scanAMAManagementFolder(); });
-    EXPECT_EQ(table().rowCount(), 0);
-    EXPECT_EQ(window().itemsCountText()->text(), QStringLiteral("0"));
-    EXPECT_TRUE(window().statusStrip()->text().startsWith(QLatin1String("Execution Time: ")));
+// Clearing empties the view and the log. The AMA scan clears the database
+// first, like the all-volumes scan; a missing folder leaves it empty.
+TEST_F(AppTest, ClearAndAmaScanEmptyTheView) {
+    for (bool ama : {false, true}) {
+        SCOPED_TRACE(ama ? "AMA scan" : "clear");
+        scanDemo();
+        ASSERT_GT(table().rowCount(), 0);
+        xConsole::xPrint("before the clear\n");
+        if (ama)
+            scanWith([this] { app_->scans()->scanAMAManagementFolder(); });
+        else
+            app_->ClearDatabase();
+        EXPECT_EQ(table().rowCount(), 0);
+        EXPECT_EQ(window().itemsCountText()->text(), "0");
+        EXPECT_EQ(summary("Items In Database"), "0");
+        if (ama) {
+            EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
+        } else {
+            EXPECT_FALSE(xConsole::sharedInstance()->contents().contains("before the clear"));
+        }
+    }
 }
 
-TEST_F(AppTest, ClearDatabaseEmptiesTheViewAndTheLog) {
+TEST_F(AppTest, NewActionButtonOpensTheSheetOnTheSelection) {
     scanDemo();
-    ASSERT_GT(table().rowCount(), 0);
-    xConsole::xPrint(QStringLiteral("before the clear\n"));
-    app_->ClearDatabase();
-    EXPECT_EQ(table().rowCount(), 0);
-    EXPECT_EQ(window().itemsCountText()->text(), QStringLiteral("0"));
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Items In Database")), QStringLiteral("0"));
-    EXPECT_FALSE(
-        xConsole::sharedInstance()->contents().contains(QLatin1String("before the clear")));
+    window().databaseTable()->selectAll();
+    EXPECT_EQ(app_->components()->selectedItems().size(), table().rowCount());
+    window().findChild<QPushButton*>("NewActionButton")->click();
+    auto* sheet = window().findChild<TarnNewActionWindow*>();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_TRUE(sheet->isVisible());
+    sheet->reject();
 }
 
 // The alert of an error nothing handled names the error and its reason; a
@@ -151,10 +138,9 @@ TEST(UncaughtError, AlertNamesTheErrorAndItsReason) {
         QString reason;
     };
     const Case cases[] = {
-        {std::make_exception_ptr(std::runtime_error("disk gone")),
-         QStringLiteral("std::runtime_error"), QStringLiteral("disk gone")},
-        {std::make_exception_ptr(std::bad_alloc()), QStringLiteral("std::bad_alloc"),
-         QStringLiteral("std::bad_alloc")},
+        {std::make_exception_ptr(std::runtime_error("disk gone")), "std::runtime_error",
+         "disk gone"},
+        {std::make_exception_ptr(std::bad_alloc()), "std::bad_alloc", "std::bad_alloc"},
         {std::make_exception_ptr(42), QString(), QString()},
     };
     for (const Case& c : cases) {

@@ -14,7 +14,7 @@ QtMessageHandler fallback = nullptr;
 
 // The offscreen platform warns on every window with a fixed size.
 void quietOffscreen(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-    if (message.contains(QLatin1String("does not support propagateSizeHints"))) return;
+    if (message.contains("does not support propagateSizeHints")) return;
     if (fallback) fallback(type, context, message);
 }
 
@@ -24,8 +24,8 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM",
             qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen" : qgetenv("QT_QPA_PLATFORM"));
     QTemporaryDir home;
-    qputenv("TARN_SETTINGS", home.filePath(QStringLiteral("settings.ini")).toLocal8Bit());
-    qputenv("XDG_CONFIG_HOME", home.filePath(QStringLiteral("config")).toLocal8Bit());
+    qputenv("TARN_SETTINGS", home.filePath("settings.ini").toLocal8Bit());
+    qputenv("XDG_CONFIG_HOME", home.filePath("config").toLocal8Bit());
     fallback = qInstallMessageHandler(quietOffscreen);
     QApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);

@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QDropEvent>
 #include <QFile>
 #include <QFileDialog>
@@ -10,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "DemoVolume.h"
+#include "AppTestKit.h"
 #include "TestSupport.h"
 #include "bins/BinCommands.h"
 #include "bins/TarnDragDropView.h"
@@ -37,6 +38,20 @@ QMimeData* filesData(const QStringList& paths) {
     for (const QString& path : paths) urls.append(QUrl::fromLocalFile(path));
     data->setUrls(urls);
     return data;
+}
+
+// A drag that enters `area` and is dropped, as the platform delivers it; the
+// operation runs once the drop has been answered. Takes `data`.
+bool dropOn(QWidget* area, QMimeData* data, Qt::KeyboardModifiers keys = Qt::NoModifier,
+            const TarnDragDropView* view = nullptr, bool* highlighted = nullptr) {
+    std::unique_ptr<QMimeData> owned(data);
+    QDragEnterEvent enter(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
+    QCoreApplication::sendEvent(area, &enter);
+    if (view) *highlighted = view->isHighlighted();
+    QDropEvent dropped(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
+    QCoreApplication::sendEvent(area, &dropped);
+    QCoreApplication::sendPostedEvents();
+    return dropped.isAccepted();
 }
 
 // The demo volume scanned into a database, and a drop target over a table
@@ -67,17 +82,8 @@ class BinDropTest : public ::testing::Test {
         }
         return paths;
     }
-    // A drag that enters the area and is dropped, as the platform delivers
-    // it; the operation runs once the drop has been answered.
     bool drop(QMimeData* data, Qt::KeyboardModifiers keys = Qt::NoModifier) {
-        QDragEnterEvent enter(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
-        QCoreApplication::sendEvent(&area, &enter);
-        highlightedDuringDrag = view.isHighlighted();
-        QDropEvent dropped(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
-        QCoreApplication::sendEvent(&area, &dropped);
-        QCoreApplication::sendPostedEvents();
-        delete data;
-        return dropped.isAccepted();
+        return dropOn(&area, data, keys, &view, &highlightedDuringDrag);
     }
 
     QTemporaryDir dir;
@@ -115,7 +121,7 @@ TEST(BinDropMask, OperationFromTheOfferAndTheKeys) {
         EXPECT_EQ(TarnDragDropView::operationForMask(TarnDragDropView::dragMask(c.offered, c.keys)),
                   c.operation);
     }
-    EXPECT_EQ(TarnDragDropView::label(Op::Add), QStringLiteral("Add"));
+    EXPECT_EQ(TarnDragDropView::label(Op::Add), "Add");
     EXPECT_TRUE(TarnDragDropView::label(Op::None).isNull());
 }
 
@@ -131,12 +137,12 @@ TEST_F(BinDropTest, DroppedBinIntersectsTheDatabase) {
     EXPECT_EQ(reload.size(), 1);
     ASSERT_FALSE(scannedInBin(0).isEmpty());
     EXPECT_EQ(shownPaths(), scannedInBin(0));
-    EXPECT_TRUE(log.contains(QStringLiteral("Tarn:: Accepted 1 bins")));
-    EXPECT_TRUE(log.contains(QStringLiteral("Execution Time: ")));
+    EXPECT_TRUE(log.contains("Tarn:: Accepted 1 bins"));
+    EXPECT_TRUE(log.contains("Execution Time: "));
 
     // A drag without files is taken too, and runs on no bins: nothing changes.
     auto* text = new QMimeData;
-    text->setText(QStringLiteral("hello"));
+    text->setText("hello");
     EXPECT_TRUE(drop(text));
     ASSERT_EQ(intersect.size(), 2);
     EXPECT_TRUE(intersect.at(1).at(0).toStringList().isEmpty());
@@ -153,9 +159,9 @@ TEST_F(BinDropTest, KeysSubtractAndAddBack) {
 // Only files ending in ".avb", in any case, are taken; the rest beep.
 TEST_F(BinDropTest, OnlyFilesEndingInAvbAreTaken) {
     const QString bin = demo.bins.at(0).path;
-    const QString upper = dir.filePath(QStringLiteral("SELECTS.AVB"));
-    const QString misnamed = dir.filePath(QStringLiteral("Selects.avb.txt"));
-    const QString folder = dir.filePath(QStringLiteral("Old Bins.avb"));
+    const QString upper = dir.filePath("SELECTS.AVB");
+    const QString misnamed = dir.filePath("Selects.avb.txt");
+    const QString folder = dir.filePath("Old Bins.avb");
     const QString clip = demo.media.at(0).path;
     QFile::copy(bin, upper);
     QFile::copy(bin, misnamed);
@@ -237,4 +243,19 @@ TEST_F(BinDropTest, BusyScanLeavesTheDatabaseAlone) {
     status->setIsRunning(false);
     EXPECT_EQ(reload.size(), 0);
     EXPECT_EQ(shownPaths(), scanned);
+}
+
+// The main window wires its table area the same way: a bin dropped on it
+// narrows the table itself.
+using apptest::AppTest;
+
+TEST_F(AppTest, BinDroppedOnTheWindowNarrowsTheShownRows) {
+    scanDemo();
+    const int before = table().rowCount();
+    QDirIterator bins(apptest::demoRoot(), {"*.avb"}, QDir::Files, QDirIterator::Subdirectories);
+    ASSERT_TRUE(bins.hasNext());
+    EXPECT_TRUE(dropOn(window().databaseArea(), filesData({bins.next()})));
+    apptest::waitUntil([&] { return table().rowCount() != before; });
+    EXPECT_GT(table().rowCount(), 0);
+    EXPECT_EQ(summary("Filtered Items"), QString::number(table().rowCount()));
 }

@@ -3,8 +3,9 @@
 #include <QTest>
 
 #include <future>
+#include <utility>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "database/TarnScannerQueue.h"
 #include "models/SummaryTableModel.h"
 #include "sheets/FilterSheet.h"
@@ -16,27 +17,22 @@
 #include "window/FilterCommands.h"
 #include "window/PreferencesCommands.h"
 
-using apptest::AppTest;
+using namespace apptest;
 
 namespace {
 
 // Holds the scanner queue, and with it the scan, until released.
-class QueueGate {
-  public:
-    QueueGate() : open_(release_.get_future().share()) {
-        std::shared_future<void> open = open_;
-        TarnScannerQueue::shared()->addOperation(QRunnable::create([open] { open.wait(); }));
+struct QueueGate {
+    QueueGate() {
+        TarnScannerQueue::shared()->addOperation(
+            QRunnable::create([opened = open.get_future().share()] { opened.wait(); }));
     }
     ~QueueGate() { release(); }
     void release() {
-        if (!released_) release_.set_value();
-        released_ = true;
+        if (!std::exchange(released, true)) open.set_value();
     }
-
-  private:
-    std::promise<void> release_;
-    std::shared_future<void> open_;
-    bool released_ = false;
+    std::promise<void> open;
+    bool released = false;
 };
 
 }  // namespace
@@ -45,12 +41,12 @@ class QueueGate {
 // stays what it was; the window keeps answering.
 TEST_F(AppTest, CommandsDoNothingWhileAScanRuns) {
     scanDemo();
-    const QStringList before = apptest::columnTexts(*app_, TarnColumn::Path);
+    const QStringList before = columnTexts(*app_, TarnColumn::Path);
     ASSERT_FALSE(before.isEmpty());
 
     QSignalSpy ended(app_->scans(), &ScanCommands::scanEnded);
     QueueGate gate;
-    app_->scans()->scanPaths({apptest::demoRoot()});
+    app_->scans()->scanPaths({demoRoot()});
     ASSERT_TRUE(app_->guard()->busy());
     QCoreApplication::processEvents();
     EXPECT_TRUE(window().statusStrip()->bigWheel()->isSpinning());
@@ -61,11 +57,11 @@ TEST_F(AppTest, CommandsDoNothingWhileAScanRuns) {
     app_->scans()->beginAllScan();
     app_->scans()->scanAMAManagementFolder();
     app_->filters()->ChangeFilterState(FilterSheet::Flag::AudioMedia, true);
-    app_->sortDescriptorsDidChange({{QStringLiteral("filesize"), false}});
-    QTest::keyClicks(window().searchField(), QStringLiteral("harb"));
+    app_->sortDescriptorsDidChange({{"filesize", false}});
+    QTest::keyClicks(window().searchField(), "harb");
     QCoreApplication::processEvents();
 
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path), before);
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), before);
     EXPECT_FALSE(window().showsSheet());
     EXPECT_EQ(app_->scans()->volumeSelector(), nullptr);
     EXPECT_FALSE(TarnFilter::sharedFilter()->filterFlagAudioMedia());
@@ -73,15 +69,15 @@ TEST_F(AppTest, CommandsDoNothingWhileAScanRuns) {
     EXPECT_EQ(ended.count(), 0);
 
     gate.release();
-    apptest::waitUntil([&] { return ended.count() > 0; });
+    waitUntil([&] { return ended.count() > 0; });
     EXPECT_FALSE(app_->guard()->busy());
     // The same files again: each is kept once. The search typed meanwhile
     // filters once the scan is over.
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Items In Database")),
+    EXPECT_EQ(app_->summaryModel()->text("Items In Database"),
               QString::number(core_.getAllItemsCount()));
-    EXPECT_TRUE(window().statusStrip()->text().startsWith(QLatin1String("Execution Time: ")));
+    EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
     window().searchField()->clear();
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path), before);
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), before);
 }
 
 // A second sheet is refused with the "Pop" sound.

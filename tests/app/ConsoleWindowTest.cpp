@@ -5,7 +5,7 @@
 #include <QTextBlock>
 #include <QTextDocument>
 
-#include <gtest/gtest.h>
+#include "AppTestKit.h"
 
 #include <thread>
 
@@ -39,31 +39,27 @@ class ConsoleWindowTest : public ::testing::Test {
 
 TEST_F(ConsoleWindowTest, StartsHiddenWithNamedControls) {
     EXPECT_FALSE(window.isVisible());
-    for (const char* name : {"theLog", "ConsoleSearchField", "HowManyFound", "GotoNextSelection",
-                             "pushHelp", "pushReadme", "pushClear"}) {
-        auto* control = window.findChild<QWidget*>(QString::fromLatin1(name));
-        ASSERT_NE(control, nullptr) << name;
-        EXPECT_EQ(control->accessibleName(), QString::fromLatin1(name));
-    }
+    apptest::expectNamedControls(
+        window,
+        "theLog ConsoleSearchField HowManyFound GotoNextSelection pushHelp pushReadme pushClear");
     window.showWindow();
     EXPECT_TRUE(window.isVisible());
 }
 
 TEST_F(ConsoleWindowTest, ShowsLoggedPiecesInOrderAndInTheirColours) {
-    xConsole::xPrint(QStringLiteral("plain line\n"));
-    xConsole::xPrint(QStringLiteral("red line\n"), QStringLiteral("red"));
-    xConsole::xPrint(QStringLiteral("green piece"), QStringLiteral("#00ff00"));
-    xConsole::xPrint(QStringLiteral(" and more green\n"), QStringLiteral("#00ff00"));
-    log()->addString(QStringLiteral("marked\n"), QColor(Qt::white), QColor(Qt::blue));
+    xConsole::xPrint("plain line\n");
+    xConsole::xPrint("red line\n", "red");
+    xConsole::xPrint("green piece", "#00ff00");
+    xConsole::xPrint(" and more green\n", "#00ff00");
+    log()->addString("marked\n", QColor(Qt::white), QColor(Qt::blue));
     log()->addString(QString(), QColor(Qt::red));  // a null text adds nothing
-    EXPECT_EQ(shown(),
-              QStringLiteral("marked\nplain line\nred line\ngreen piece and more green\n"));
-    EXPECT_FALSE(formatAt(QStringLiteral("plain")).hasProperty(QTextFormat::ForegroundBrush));
-    EXPECT_EQ(formatAt(QStringLiteral("red line")).foreground().color(), QColor(Qt::red));
-    EXPECT_EQ(formatAt(QStringLiteral("more green")).foreground().color(), QColor(0, 255, 0));
-    EXPECT_FALSE(formatAt(QStringLiteral("red line")).hasProperty(QTextFormat::BackgroundBrush));
-    EXPECT_EQ(formatAt(QStringLiteral("marked")).background().color(), QColor(Qt::blue));
-    EXPECT_TRUE(formatAt(QStringLiteral("plain")).font().fixedPitch());
+    EXPECT_EQ(shown(), "marked\nplain line\nred line\ngreen piece and more green\n");
+    EXPECT_FALSE(formatAt("plain").hasProperty(QTextFormat::ForegroundBrush));
+    EXPECT_EQ(formatAt("red line").foreground().color(), QColor(Qt::red));
+    EXPECT_EQ(formatAt("more green").foreground().color(), QColor(0, 255, 0));
+    EXPECT_FALSE(formatAt("red line").hasProperty(QTextFormat::BackgroundBrush));
+    EXPECT_EQ(formatAt("marked").background().color(), QColor(Qt::blue));
+    EXPECT_TRUE(formatAt("plain").font().fixedPitch());
     EXPECT_EQ(log()->lineWrapMode(), QPlainTextEdit::NoWrap);
 }
 
@@ -71,15 +67,15 @@ TEST_F(ConsoleWindowTest, ShowsLoggedPiecesInOrderAndInTheirColours) {
 TEST_F(ConsoleWindowTest, LinesFromOtherThreadsArriveInOrder) {
     constexpr int kLines = 20000;
     std::thread([] {
-        for (int i = 0; i < kLines; ++i) xConsole::xPrint(QStringLiteral("line %1\n").arg(i));
+        for (int i = 0; i < kLines; ++i) xConsole::xPrint(QString("line %1\n").arg(i));
     }).join();
     xConsole::sharedInstance()->flush();
     QTextDocument* document = log()->document();
     while (document->blockCount() <= kLines) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
-    EXPECT_EQ(document->findBlockByNumber(0).text(), QStringLiteral("line 0"));
-    EXPECT_EQ(document->findBlockByNumber(kLines - 1).text(), QStringLiteral("line 19999"));
+    EXPECT_EQ(document->findBlockByNumber(0).text(), "line 0");
+    EXPECT_EQ(document->findBlockByNumber(kLines - 1).text(), "line 19999");
 }
 
 TEST_F(ConsoleWindowTest, SearchSelectsEveryLiteralCaseSensitiveHit) {
@@ -110,11 +106,11 @@ TEST_F(ConsoleWindowTest, SearchSelectsEveryLiteralCaseSensitiveHit) {
 }
 
 TEST_F(ConsoleWindowTest, NextHitGoesRoundAfterTheLast) {
-    xConsole::xPrint(QStringLiteral("one hit\ntwo hit\nthree hit\n"));
+    xConsole::xPrint("one hit\ntwo hit\nthree hit\n");
     shown();
     click("GotoNextSelection");  // nothing searched: nothing happens
     EXPECT_EQ(log()->currentselectionindex(), 0);
-    window.searchField()->setText(QStringLiteral("hit"));
+    window.searchField()->setText("hit");
     QList<int> visited;
     for (int i = 0; i < 4; ++i) {
         click("GotoNextSelection");
@@ -128,9 +124,9 @@ TEST_F(ConsoleWindowTest, NextHitGoesRoundAfterTheLast) {
 }
 
 TEST_F(ConsoleWindowTest, ClearHelpAndReadme) {
-    xConsole::xPrint(QStringLiteral("before\n"));
+    xConsole::xPrint("before\n");
     shown();
-    window.searchField()->setText(QStringLiteral("before"));
+    window.searchField()->setText("before");
     click("pushClear");
     EXPECT_TRUE(shown().isEmpty());
     EXPECT_TRUE(xConsole::sharedInstance()->contents().isEmpty());
@@ -138,20 +134,20 @@ TEST_F(ConsoleWindowTest, ClearHelpAndReadme) {
     EXPECT_TRUE(window.HowManyFound()->text().isEmpty());
 
     click("pushHelp");
-    EXPECT_TRUE(shown().contains(QLatin1String("Ctrl+Shift = Subtract")));
+    EXPECT_TRUE(shown().contains("Ctrl+Shift = Subtract"));
     click("pushReadme");
-    EXPECT_TRUE(shown().startsWith(QLatin1String("Tarn\nTarn keeps track of the media")));
-    xConsole::xPrint(QStringLiteral("after\n"));
-    EXPECT_TRUE(shown().endsWith(QLatin1String("after\n")));
+    EXPECT_TRUE(shown().startsWith("Tarn\nTarn keeps track of the media"));
+    xConsole::xPrint("after\n");
+    EXPECT_TRUE(shown().endsWith("after\n"));
 }
 
 // A reset from another thread empties the view too, lines logged before it
 // included.
 TEST_F(ConsoleWindowTest, ResetFromAnotherThreadEmptiesTheView) {
     std::thread([] {
-        xConsole::xPrint(QStringLiteral("old line\n"));
+        xConsole::xPrint("old line\n");
         xConsole::sharedInstance()->Reset();
     }).join();
     QCoreApplication::processEvents();
-    EXPECT_FALSE(shown().contains(QLatin1String("old line")));
+    EXPECT_FALSE(shown().contains("old line"));
 }

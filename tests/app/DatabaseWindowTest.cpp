@@ -1,3 +1,4 @@
+#include <QAbstractItemModelTester>
 #include <QDir>
 #include <QHeaderView>
 #include <QLabel>
@@ -13,7 +14,6 @@
 #include "databases/TarnDatabaseFilesModel.h"
 #include "databases/TarnMDBB_Delete.h"
 
-using namespace actiontest;
 using namespace apptest;
 
 namespace {
@@ -23,6 +23,8 @@ struct DatabaseWindowFixture : ::testing::Test {
     testsupport::ScopedEnv data{"XDG_DATA_HOME", tmp.path() + "/data"};
     QMainWindow main;
     TarnMDBB_Delete window;
+    QAbstractItemModelTester tester{window.model(),
+                                    QAbstractItemModelTester::FailureReportingMode::Fatal};
 
     void SetUp() override {
         QString error;
@@ -73,10 +75,7 @@ TEST_F(DatabaseWindowFixture, ListsTheDemoVolumesIndexesAndDatabasesNoneTicked) 
         EXPECT_TRUE(text.startsWith(file.fileName)) << text.toStdString();
         EXPECT_TRUE(text.endsWith("\n" + file.folder)) << text.toStdString();
     }
-    for (const char* name : {"Close", "Delete"}) {
-        ASSERT_NE(button(name), nullptr) << name;
-        EXPECT_EQ(button(name)->accessibleName(), name);
-    }
+    expectNamedControls(window, "tableView Close Delete summaryText");
     EXPECT_FALSE(button("Delete")->isEnabled());
     tick(2);
     EXPECT_TRUE(button("Delete")->isEnabled());

@@ -14,7 +14,7 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
-#include <gtest/gtest.h>
+#include "AppTestKit.h"
 
 #include "export/ExportMenu.h"
 
@@ -22,21 +22,17 @@ namespace {
 
 // The report suite's golden files (QT_TESTCASE_SOURCEDIR is the tests folder).
 QByteArray golden(const char* name) {
-    QFile file(QStringLiteral(QT_TESTCASE_SOURCEDIR "/report/golden/") + QLatin1String(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing golden>");
-}
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+    const QString path = QT_TESTCASE_SOURCEDIR "/report/golden/" + QString(name);
+    EXPECT_TRUE(QFile::exists(path)) << name;
+    return apptest::readFile(path);
 }
 
 // Records the files the app asks the desktop to open.
 class UrlCatcher : public QObject {
     Q_OBJECT
   public:
-    UrlCatcher() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~UrlCatcher() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+    UrlCatcher() { QDesktopServices::setUrlHandler("file", this, "open"); }
+    ~UrlCatcher() override { QDesktopServices::unsetUrlHandler("file"); }
     QStringList opened;
   public slots:
     void open(const QUrl& url) { opened.append(url.toLocalFile()); }
@@ -46,9 +42,8 @@ class UrlCatcher : public QObject {
 class ExportMenuTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        window.setWindowTitle(QStringLiteral("Tarn <media>"));
-        model.setHorizontalHeaderLabels(
-            {QStringLiteral("File \"Name\""), QStringLiteral("Project")});
+        window.setWindowTitle("Tarn <media>");
+        model.setHorizontalHeaderLabels({"File \"Name\"", "Project"});
         const char* rows[][2] = {{"A001_C002.mxf", "Tom & Jerry <x>"},
                                  {"say \"hi\"; now, then", "line one\nline two"},
                                  {"Director's cut", ""},
@@ -76,11 +71,11 @@ TEST_F(ExportMenuTest, WritesTheGoldenFiles) {
         const char* golden;
     } cases[] = {{1, "sample-semicolon.csv"}, {2, "sample-comma.csv"}, {3, "sample.html"}};
     for (const auto& c : cases) {
-        const QString out = dir.filePath(QStringLiteral("out-%1").arg(c.tag));
+        const QString out = dir.filePath(QString("out-%1").arg(c.tag));
         ASSERT_TRUE(menu.writeExport(c.tag, out));
-        EXPECT_EQ(contents(out), golden(c.golden)) << c.tag;
+        EXPECT_EQ(apptest::readFile(out), golden(c.golden)) << c.tag;
     }
-    EXPECT_FALSE(menu.writeExport(4, dir.filePath(QStringLiteral("four"))));
+    EXPECT_FALSE(menu.writeExport(4, dir.filePath("four")));
     // Without a source every cell is empty.
     EXPECT_EQ(ExportMenu(table, nullptr).exportTable().rows().at(0), QStringList({"", ""}));
 }
@@ -94,7 +89,7 @@ TEST_F(ExportMenuTest, FollowsTheTablesColumnOrderAndRows) {
     }
     QSortFilterProxyModel shown;
     shown.setSourceModel(&model);
-    shown.setFilterRegularExpression(QStringLiteral("^[A-Z]"));  // drops "say ..."
+    shown.setFilterRegularExpression("^[A-Z]");  // drops "say ..."
     shown.sort(0, Qt::DescendingOrder);
     table->setModel(&shown);
     table->horizontalHeader()->moveSection(2, 0);
@@ -102,7 +97,7 @@ TEST_F(ExportMenuTest, FollowsTheTablesColumnOrderAndRows) {
 
     const TarnExportTable exported =
         ExportMenu(table, ExportMenu::displayTexts(table)).exportTable();
-    EXPECT_EQ(exported.title(), QStringLiteral("Tarn <media>"));
+    EXPECT_EQ(exported.title(), "Tarn <media>");
     EXPECT_EQ(exported.columns(), QStringList({"Size", "Name", "Project"}));
     EXPECT_EQ(exported.rows(), QList<QStringList>({{"2", "Director's cut", ""},
                                                    {"3", "Café été.wav", ""},
@@ -123,14 +118,14 @@ TEST_F(ExportMenuTest, SavePanelWritesWithTheFixedExtension) {
                  {3, "page.HTML", "page.HTML", "sample.html"}};
     for (const auto& c : cases) {
         ExportMenu(table, ExportMenu::displayTexts(table)).onMenuClick(c.tag);
-        auto* panel = window.findChild<QFileDialog*>(QStringLiteral("ExportSavePanel"));
+        auto* panel = window.findChild<QFileDialog*>("ExportSavePanel");
         ASSERT_NE(panel, nullptr);
-        EXPECT_EQ(panel->windowTitle(), QStringLiteral("Choose the path to save"));
-        EXPECT_EQ(QFileInfo(panel->selectedFiles().value(0)).completeBaseName(),
-                  QStringLiteral("export"));
+        EXPECT_EQ(panel->windowTitle(), "Choose the path to save");
+        EXPECT_EQ(QFileInfo(panel->selectedFiles().value(0)).completeBaseName(), "export");
         panel->selectFile(dir.filePath(QString::fromLatin1(c.typed)));
         static_cast<QDialog*>(panel)->accept();  // as the panel's own button does
-        EXPECT_EQ(contents(dir.filePath(QString::fromLatin1(c.written))), golden(c.golden));
+        EXPECT_EQ(apptest::readFile(dir.filePath(QString::fromLatin1(c.written))),
+                  golden(c.golden));
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }
@@ -140,7 +135,7 @@ TEST_F(ExportMenuTest, MenuItemsAndViewAsHtml) {
     ExportMenu menu(table, ExportMenu::displayTexts(table));
     QStringList titles;
     for (QAction* action : menu.actions()) {
-        titles.append(QStringLiteral("%1 %2").arg(action->data().toInt()).arg(action->text()));
+        titles.append(QString("%1 %2").arg(action->data().toInt()).arg(action->text()));
     }
     EXPECT_EQ(titles, QStringList({"1 Export as Mac CSV / Semicolon-Separated",
                                    "2 Export as Windows CSV / Comma-Separated", "3 Export as Html",
@@ -150,10 +145,10 @@ TEST_F(ExportMenuTest, MenuItemsAndViewAsHtml) {
     const QFileInfo page(desktop.opened.at(0));
     EXPECT_EQ(page.absolutePath(), QFileInfo(QDir::tempPath()).absoluteFilePath());
     EXPECT_TRUE(page.fileName().contains(QRegularExpression("^\\d{8}-\\d{6}export\\.html$")));
-    EXPECT_EQ(contents(page.filePath()), golden("sample.html"));
+    EXPECT_EQ(apptest::readFile(page.filePath()), golden("sample.html"));
     QFile::remove(page.filePath());
     EXPECT_EQ(ExportMenu::viewFileName(QDateTime(QDate(2024, 1, 31), QTime(9, 45, 2))),
-              QStringLiteral("20240131-094502export.html"));
+              "20240131-094502export.html");
 }
 
 #include "ExportMenuTest.moc"

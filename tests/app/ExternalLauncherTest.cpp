@@ -8,7 +8,6 @@
 #include "external/TarnExternalLauncher.h"
 #include "support/TarnPreferences.h"
 
-using namespace actiontest;
 using namespace apptest;
 
 namespace {
@@ -100,7 +99,7 @@ TEST_F(LauncherFixture, TheScriptReallyRuns) {
                .arg(out));
     prefer(TarnPreferences::kExternalAppBundleID, "viewer");
     ASSERT_TRUE(launcher.ExecuteApplescript({"/m/a b.mxf", "/m/c.mxf"}));
-    spinUntil([&] { return QFileInfo::exists(out); });
+    waitUntil([&] { return QFileInfo::exists(out); });
     EXPECT_EQ(readFile(out), "viewer|/m/a b.mxf|/m/c.mxf|");
 }
 

@@ -4,62 +4,48 @@
 #include <QMimeData>
 #include <QUrl>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "models/ProjectsModel.h"
 #include "models/SummaryTableModel.h"
 #include "models/VolumeListModel.h"
 
-using apptest::AppTest;
-using apptest::section;
-using apptest::text;
-
-namespace {
+using namespace apptest;
 
 using Tester = QAbstractItemModelTester;
-
-std::unique_ptr<Tester> watch(QAbstractItemModel* model) {
-    return std::make_unique<Tester>(model, Tester::FailureReportingMode::Fatal);
-}
-
-}  // namespace
 
 // The four views of the database stay consistent models through a scan, a
 // filter, a sort and a clear.
 TEST_F(AppTest, ModelsOfTheDatabaseKeepTheirContracts) {
-    std::vector<std::unique_ptr<Tester>> testers;
-    for (QAbstractItemModel* model : std::initializer_list<QAbstractItemModel*>{
-             app_->databaseModel(), app_->summaryModel(), app_->projectSummaryModel(),
-             app_->projectFilterModel()}) {
-        testers.push_back(watch(model));
-    }
+    const Tester::FailureReportingMode fatal = Tester::FailureReportingMode::Fatal;
+    Tester database(app_->databaseModel(), fatal), summary(app_->summaryModel(), fatal),
+        projects(app_->projectSummaryModel(), fatal), filter(app_->projectFilterModel(), fatal);
     scanDemo();
     EXPECT_GT(table().rowCount(), 0);
     EXPECT_GT(app_->projectFilterModel()->rowCount(), 0);
-    app_->sortDescriptorsDidChange({{QStringLiteral("filesize"), false}});
-    window().searchField()->setText(QStringLiteral("harbour"));
+    app_->sortDescriptorsDidChange({{"filesize", false}});
+    window().searchField()->setText("harbour");
     window().searchField()->clear();
     app_->ClearDatabase();
     EXPECT_EQ(table().rowCount(), 0);
 }
 
 TEST(VolumeListModel, ChecksEveryVolumeAndHandsBackTheTickedOnes) {
-    VolumeListModel model(
-        {QStringLiteral("/"), QStringLiteral("/Volumes/Media"), QStringLiteral("/Volumes/Backup")});
+    VolumeListModel model({"/", "/Volumes/Media", "/Volumes/Backup"});
     Tester tester(&model, Tester::FailureReportingMode::Fatal);
-    EXPECT_EQ(model.data(model.index(1, 1)).toString(), QStringLiteral("/Volumes/Media"));
+    EXPECT_EQ(model.data(model.index(1, 1)).toString(), "/Volumes/Media");
     EXPECT_EQ(model.data(model.index(1, 0), Qt::CheckStateRole).toInt(), Qt::Checked);
     model.setData(model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
     EXPECT_EQ(model.selector().createResultingArray(),
-              (QStringList{QStringLiteral("/Volumes/Media"), QStringLiteral("/Volumes/Backup")}));
-    EXPECT_EQ(model.delectDeselectAll(false), QStringLiteral("Select all"));
+              (QStringList{"/Volumes/Media", "/Volumes/Backup"}));
+    EXPECT_EQ(model.delectDeselectAll(false), "Select all");
     EXPECT_TRUE(model.selector().createResultingArray().isEmpty());
-    EXPECT_EQ(model.delectDeselectAll(true), QStringLiteral("Deselect all"));
+    EXPECT_EQ(model.delectDeselectAll(true), "Deselect all");
     EXPECT_EQ(model.selector().createResultingArray().size(), 3);
 }
 
 // Rows go out as the files they stand for; a missing file gives nothing.
 TEST_F(AppTest, DraggedRowsAreTheirExistingFiles) {
-    TarnPreferences::shared()->setValue(QStringLiteral("ShowOnlyExistingFiles"), 0);
+    TarnPreferences::shared()->setValue("ShowOnlyExistingFiles", 0);
     scanDemo();
     const DatabaseTableModel& model = *app_->databaseModel();
     int present = -1;

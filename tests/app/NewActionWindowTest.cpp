@@ -9,11 +9,11 @@
 
 #include <gtest/gtest.h>
 
-#include "ActionsAppKit.h"
+#include "AppTestKit.h"
 #include "actions/TarnActionCommands.h"
 #include "actions/TarnNewActionWindow.h"
 
-using namespace appactions;
+using namespace apptest;
 
 namespace {
 
@@ -22,9 +22,9 @@ struct SheetFixture : ::testing::Test {
     QList<TarnItemPtr> items;
     void SetUp() override {
         for (int i : {1, 2}) {
-            QString path = tmp.path() + QStringLiteral("/src/clip%1.mxf").arg(i);
-            ASSERT_TRUE(writeBytes(path, 1000 * i));
-            items.append(itemFor(path));
+            const QString path = tmp.path() + QString("/src/clip%1.mxf").arg(i);
+            ASSERT_TRUE(writeFile(path, QByteArray(1000 * i, 'x')));
+            items.append(makeItem(path));
         }
     }
     template <typename T>
@@ -49,10 +49,10 @@ struct SheetFixture : ::testing::Test {
 TEST_F(SheetFixture, OpensOnTheDefaultsWithEveryControlNamed) {
     TarnNewActionWindow sheet(items);
     sheet.show();
-    for (const char* name : {"RadioCopy", "RadioMove", "RadioDelete", "CheckProjects", "CheckMXF",
-                             "CheckKeepOriginalFolders", "CheckKeepPMR", "CheckImSure",
-                             "summaryText", "destinationText", "Select", "GO", "Cancel"})
-        EXPECT_EQ(control<QWidget>(sheet, name)->accessibleName(), name);
+    expectNamedControls(sheet,
+                        "RadioCopy RadioMove RadioDelete CheckProjects CheckMXF "
+                        "CheckKeepOriginalFolders CheckKeepPMR CheckImSure summaryText "
+                        "destinationText Select GO Cancel");
     EXPECT_TRUE(control<QRadioButton>(sheet, "RadioCopy")->isChecked());
     EXPECT_EQ(control<QLineEdit>(sheet, "destinationText")->text(), "Unknown");
     EXPECT_TRUE(control<QCheckBox>(sheet, "CheckProjects")->isChecked());
@@ -119,14 +119,14 @@ TEST_F(SheetFixture, GoAcceptsOnlyConfirmedValidOptions) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.radio) + " " + c.destination.toStdString());
-        Answers answers;
+        AnsweringPresenter answers(always("OK"));
         TarnNewActionWindow sheet(c.withItems ? items : QList<TarnItemPtr>{});
         sheet.show();
         click(sheet, c.radio);
         if (!c.destination.isNull()) typeDestination(sheet, c.destination);
         if (c.sure) click(sheet, "CheckImSure");
         click(sheet, "GO");
-        EXPECT_EQ(answers.asked(), c.refusal.isEmpty() ? QStringList() : QStringList{c.refusal});
+        EXPECT_EQ(answers.messages(), c.refusal.isEmpty() ? QStringList() : QStringList{c.refusal});
         EXPECT_EQ(sheet.isVisible(), !c.refusal.isEmpty());
         if (c.refusal.isEmpty()) {
             EXPECT_EQ(sheet.result(), TarnNewActionWindow::kAccept);

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ActionsAppKit.h"
+#include "AppTestKit.h"
 #include "actions/TarnActionCellDelegate.h"
 #include "actions/TarnActionCommands.h"
 #include "actions/TarnActionOperation.h"
@@ -21,7 +21,7 @@
 #include "actions/TarnQueueModel.h"
 #include "actions/TarnQueueWindow.h"
 
-using namespace appactions;
+using namespace apptest;
 
 namespace {
 
@@ -52,25 +52,20 @@ struct QueueWindowFixture : ::testing::Test {
     }
     QString dst() const { return tmp.path() + "/dst"; }
     TarnActionManager::ActionPtr copy(const QString& name, qint64 size = 64 << 10) {
-        writeBytes(tmp.path() + "/src/" + name, size);
+        writeFile(tmp.path() + "/src/" + name, QByteArray(size, 'x'));
         QDir().mkpath(dst());
-        TarnActionOptions o({itemFor(tmp.path() + "/src/" + name)});
+        TarnActionOptions o({makeItem(tmp.path() + "/src/" + name)});
         o.Destination = dst();
         o.Create_projects_folders = o.Create_mxf_folders = false;
         o.mediaFolderRoots = {tmp.path() + "/src"};
         return commands.ContinueActionSetup(o);
     }
-    QString cell(int row, int column, int role = Qt::DisplayRole) const {
-        return model->index(row, column).data(role).toString();
-    }
-    QPoint buttonCentre(int row, TarnActionCellDelegate::Button button) const {
-        QRect rect =
-            queue->QueueTable()->visualRect(model->index(row, TarnQueueModel::ButtonsColumn));
-        return TarnActionCellDelegate::buttonRect(rect, button).center();
-    }
+    QString cell(int row, int column) const { return model->index(row, column).data().toString(); }
     void clickButton(int row, TarnActionCellDelegate::Button button) {
-        QTest::mouseClick(queue->QueueTable()->viewport(), Qt::LeftButton, {},
-                          buttonCentre(row, button));
+        QTableView* table = queue->QueueTable();
+        const QRect cell = table->visualRect(model->index(row, TarnQueueModel::ButtonsColumn));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                          TarnActionCellDelegate::buttonRect(cell, button).center());
     }
     int filesUnder(const QString& folder) const {
         int n = 0;
@@ -103,12 +98,12 @@ TEST_F(QueueWindowFixture, CopyFromTheSheetCompletesInTheQueue) {
     waitUntil([&] { return cell(0, TarnQueueModel::StatusColumn) == "Done"; });
     waitUntil([&] { return model->index(0, 2).data(TarnQueueModel::ProgressBusyRole).toBool(); });
     EXPECT_TRUE(cell(0, TarnQueueModel::DescriptionColumn)
-                    .startsWith(QStringLiteral("Copy %1 of %1 items").arg(items.size())));
+                    .startsWith(QString("Copy %1 of %1 items").arg(items.size())));
     for (const TarnItemPtr& item : items) {
         const QFileInfo source(item->DB_itemPath);
         const QString target = dst() + "/" + item->get_DB_ProjectName() + "/" +
                                source.suffix().toUpper() + "/" + source.fileName();
-        EXPECT_EQ(readAll(target), readAll(source.filePath())) << target.toStdString();
+        EXPECT_EQ(readFile(target), readFile(source.filePath())) << target.toStdString();
     }
 }
 
@@ -136,25 +131,25 @@ TEST_F(QueueWindowFixture, ClearAsksFirstAndCancelChangesNothing) {
     waitUntil([&] { return bool(stalled); });
     QPushButton* clear = queue->findChild<QPushButton*>("Clear");
     {
-        Answers cancel(TarnAlert::kSecondButton);
+        AnsweringPresenter cancel(always("Cancel"));
         QTest::mouseClick(clear, Qt::LeftButton);
-        EXPECT_EQ(cancel.asked(), QStringList{"Really clear queue?"});
+        EXPECT_EQ(cancel.messages(), QStringList{"Really clear queue?"});
         ASSERT_EQ(model->rowCount(), 2);
         EXPECT_EQ(cell(0, TarnQueueModel::StatusColumn), "Waiting");
         EXPECT_EQ(cell(1, TarnQueueModel::StatusColumn), "Running");
     }
-    Answers ok(TarnAlert::kFirstButton);
+    AnsweringPresenter ok(always("OK"));
     QTest::mouseClick(clear, Qt::LeftButton);
     EXPECT_EQ(model->rowCount(), 0);
     QTest::mouseClick(clear, Qt::LeftButton);  // an empty queue asks nothing
-    EXPECT_EQ(ok.asked(), QStringList{"Really clear queue?"});
+    EXPECT_EQ(ok.messages(), QStringList{"Really clear queue?"});
     EXPECT_EQ(filesUnder(dst()), 0);
 }
 
 TEST_F(QueueWindowFixture, RowsRevealTheirTargetShowTheirLogAndReadAloud) {
     QStringList revealed;
     TarnQueueWindow::setRevealer([&](const QString& folder) { revealed.append(folder); });
-    TarnActionOptions gone({itemFor(tmp.path() + "/missing.mxf")});
+    TarnActionOptions gone({makeItem(tmp.path() + "/missing.mxf")});
     gone.Action = TarnActionOptions::deleteWord();
     commands.ContinueActionSetup(gone);
     copy("C.mxf");
@@ -178,8 +173,7 @@ TEST_F(QueueWindowFixture, RowsRevealTheirTargetShowTheirLogAndReadAloud) {
     ASSERT_TRUE(access && access->tableInterface());
     EXPECT_EQ(access->tableInterface()->cellAt(1, 1)->text(QAccessible::Name), "Done");
     EXPECT_TRUE(access->tableInterface()->cellAt(0, 0)->text(QAccessible::Name).startsWith("Copy"));
-    for (const char* name : {"QueueTable", "Clear", "popover", "popoverText"})
-        EXPECT_EQ(queue->findChild<QWidget*>(name)->accessibleName(), name);
+    expectNamedControls(*queue, "QueueTable Clear popover popoverText");
 }
 
 }  // namespace

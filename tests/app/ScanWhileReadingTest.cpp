@@ -1,9 +1,9 @@
 #include <QTableView>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "MediaItems.h"
 
-using apptest::AppTest;
+using namespace apptest;
 
 namespace {
 
@@ -35,7 +35,7 @@ TEST_F(AppTest, TheViewIsReadWhileAScanRewritesTheDatabase) {
     ASSERT_EQ(table().rowCount(), items.size());
 
     QSignalSpy ended(app_->scans(), &ScanCommands::scanEnded);
-    app_->scans()->scanPaths({apptest::demoRoot()});
+    app_->scans()->scanPaths({demoRoot()});
     int passes = 0;
     // The busy flag is cleared after the scan's last touch of the database.
     while (app_->guard()->busy()) {
@@ -46,9 +46,9 @@ TEST_F(AppTest, TheViewIsReadWhileAScanRewritesTheDatabase) {
         EXPECT_EQ(table().rowCount(), items.size());
         ++passes;
     }
-    apptest::waitUntil([&] { return ended.count() > 0; });
+    waitUntil([&] { return ended.count() > 0; });
     EXPECT_GT(passes, 0);
     EXPECT_GT(table().rowCount(), items.size());
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Items In Database")),
+    EXPECT_EQ(app_->summaryModel()->text("Items In Database"),
               QString::number(core_.getAllItemsCount()));
 }

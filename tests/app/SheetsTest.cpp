@@ -4,16 +4,16 @@
 #include <QTableView>
 #include <QTest>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "sheets/FilterSheet.h"
 #include "sheets/PreferencesSheet.h"
 
-using apptest::AppTest;
+using namespace apptest;
 
 namespace {
 
 QStringList projectsShown(const AppDelegate& app) {
-    QStringList names = apptest::columnTexts(app, TarnColumn::Project);
+    QStringList names = columnTexts(app, TarnColumn::Project);
     names.removeDuplicates();
     return names;
 }
@@ -28,24 +28,24 @@ TEST_F(AppTest, FilterSheetBoxesFilterTheTable) {
     FilterSheet* sheet = app_->filters()->filterSheet();
     ASSERT_TRUE(sheet->isVisible());
     // Opening the sheet changes no row: the selection stays.
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Selected Items")), QStringLiteral("1"));
+    EXPECT_EQ(app_->summaryModel()->text("Selected Items"), "1");
     EXPECT_EQ(sheet->projectFilterTable()->model()->rowCount(),
               app_->projectSummaryModel()->rowCount());
 
     sheet->flagBox(FilterSheet::Flag::AudioMedia)->click();
     EXPECT_TRUE(TarnFilter::sharedFilter()->filterFlagAudioMedia());
-    const QStringList kinds = apptest::columnTexts(*app_, TarnColumn::Compression);
+    const QStringList kinds = columnTexts(*app_, TarnColumn::Compression);
     EXPECT_GT(kinds.size(), 0);
     EXPECT_LT(kinds.size(), all);
-    for (const QString& kind : kinds) EXPECT_EQ(kind, QStringLiteral("Audio"));
+    for (const QString& kind : kinds) EXPECT_EQ(kind, "Audio");
 
     // Reset: every box clear, every row back, the search field empty.
-    window().searchField()->setText(QStringLiteral("harbour"));
+    window().searchField()->setText("harbour");
     app_->filters()->ResetFilterState();
     EXPECT_FALSE(sheet->flagBox(FilterSheet::Flag::AudioMedia)->isChecked());
     EXPECT_TRUE(window().searchField()->text().isEmpty());
     EXPECT_EQ(table().rowCount(), all);
-    EXPECT_EQ(sheet->selectAllButton()->text(), QStringLiteral("Deselect all"));
+    EXPECT_EQ(sheet->selectAllButton()->text(), "Deselect all");
     app_->filters()->CloseFilter();
     EXPECT_FALSE(sheet->isVisible());
 }
@@ -66,10 +66,10 @@ TEST_F(AppTest, ProjectBoxesChooseTheProjectsShown) {
     EXPECT_EQ(list->data(list->index(0, 1)).toString(), first);
 
     sheet->selectAllButton()->click();
-    EXPECT_EQ(sheet->selectAllButton()->text(), QStringLiteral("Select all"));
+    EXPECT_EQ(sheet->selectAllButton()->text(), "Select all");
     EXPECT_EQ(table().rowCount(), 0);
     sheet->selectAllButton()->click();
-    EXPECT_EQ(sheet->selectAllButton()->text(), QStringLiteral("Deselect all"));
+    EXPECT_EQ(sheet->selectAllButton()->text(), "Deselect all");
     EXPECT_EQ(projectsShown(*app_), projects);
 }
 
@@ -84,20 +84,18 @@ TEST_F(AppTest, PreferencesAreStoredAsTheyChange) {
 
     // Showing missing files too brings their rows in at once.
     sheet->propertiesExistingFiles()->click();
-    EXPECT_EQ(TarnPreferences::shared()->integer(QStringLiteral("ShowOnlyExistingFiles")), 0);
+    EXPECT_EQ(TarnPreferences::shared()->integer("ShowOnlyExistingFiles"), 0);
     EXPECT_GT(table().rowCount(), existing);
 
     sheet->propertiesScanMDB()->click();
-    EXPECT_EQ(TarnPreferences::shared()->integer(QStringLiteral("ScanMDB")), 0);
-    sheet->externalBundleTextField()->setText(QStringLiteral("org.example.player"));
+    EXPECT_EQ(TarnPreferences::shared()->integer("ScanMDB"), 0);
+    sheet->externalBundleTextField()->setText("org.example.player");
     emit sheet->externalBundleTextField()->editingFinished();
-    EXPECT_EQ(TarnPreferences::shared()->string(QStringLiteral("ExternalAppBundleID")),
-              QStringLiteral("org.example.player"));
+    EXPECT_EQ(TarnPreferences::shared()->string("ExternalAppBundleID"), "org.example.player");
 
-    sheet->applescriptTextview()->setPlainText(QStringLiteral("echo mine"));
+    sheet->applescriptTextview()->setPlainText("echo mine");
     app_->preferences()->SaveScript();
-    EXPECT_EQ(TarnPreferences::shared()->string(QStringLiteral("ExtApplescript")),
-              QStringLiteral("echo mine"));
+    EXPECT_EQ(TarnPreferences::shared()->string("ExtApplescript"), "echo mine");
     app_->preferences()->ResetScript();
     EXPECT_EQ(sheet->applescriptTextview()->toPlainText(), TarnPreferences::basescript());
 
@@ -106,5 +104,5 @@ TEST_F(AppTest, PreferencesAreStoredAsTheyChange) {
     app_->preferences()->ResetPreferencesToDefaults();
     EXPECT_TRUE(quit);
     EXPECT_FALSE(sheet->isVisible());
-    EXPECT_EQ(TarnPreferences::shared()->integer(QStringLiteral("ScanMDB")), 1);
+    EXPECT_EQ(TarnPreferences::shared()->integer("ScanMDB"), 1);
 }

@@ -6,28 +6,25 @@
 #include <QSettings>
 #include <QTest>
 
-#include "WindowTestKit.h"
+#include "AppTestKit.h"
 #include "items/TarnFileSize.h"
 #include "models/SummaryTableModel.h"
 #include "window/ColumnMenu.h"
 #include "window/DatabaseTableView.h"
 #include "window/PreviewPopover.h"
 
-using apptest::AppTest;
-using apptest::section;
+using namespace apptest;
 
 namespace {
 
 // The paths of `tarn scan ROOT ARGS...` in its order.
 QStringList cliPaths(const QStringList& args) {
-    const QString out =
-        apptest::tarnScan(QStringList{apptest::demoRoot()} + args +
-                          QStringList{QStringLiteral("--format"), QStringLiteral("json")});
+    const QString out = tarnScan(QStringList{demoRoot()} + args + QStringList{"--format", "json"});
     QStringList paths;
     const QJsonArray items =
-        QJsonDocument::fromJson(out.toUtf8()).object().value(QStringLiteral("items")).toArray();
+        QJsonDocument::fromJson(out.toUtf8()).object().value("items").toArray();
     for (const QJsonValue& item : items) {
-        paths << item.toObject().value(QStringLiteral("path")).toString();
+        paths << item.toObject().value("path").toString();
     }
     return paths;
 }
@@ -46,45 +43,41 @@ TEST_F(AppTest, HeaderClickSortsAndASecondClickTurnsTheOrder) {
     scanDemo();
     DatabaseTableView* view = window().databaseTable();
     clickHeader(view, TarnColumn::Filename);
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path),
-              cliPaths({QStringLiteral("--sort"), QStringLiteral("filename")}));
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), cliPaths({"--sort", "filename"}));
     EXPECT_EQ(view->horizontalHeader()->sortIndicatorSection(), section(TarnColumn::Filename));
     clickHeader(view, TarnColumn::Filename);
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path),
-              cliPaths({QStringLiteral("--sort"), QStringLiteral("filename:desc")}));
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), cliPaths({"--sort", "filename:desc"}));
     // The earlier column breaks the ties of the new one.
     clickHeader(view, TarnColumn::Size);
     ASSERT_EQ(view->sortDescriptors().size(), 2);
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path),
-              cliPaths({QStringLiteral("--sort"), QStringLiteral("filesize"),
-                        QStringLiteral("--sort"), QStringLiteral("filename:desc")}));
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path),
+              cliPaths({"--sort", "filesize", "--sort", "filename:desc"}));
     // Kind has no order of its own: the click changes nothing.
-    const QStringList before = apptest::columnTexts(*app_, TarnColumn::Path);
+    const QStringList before = columnTexts(*app_, TarnColumn::Path);
     clickHeader(view, TarnColumn::Kind);
-    EXPECT_EQ(apptest::columnTexts(*app_, TarnColumn::Path), before);
+    EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), before);
     EXPECT_EQ(view->horizontalHeader()->sortIndicatorSection(), section(TarnColumn::Size));
 }
 
 TEST_F(AppTest, TypingInTheSearchFieldFilters) {
     scanDemo();
     const int all = table().rowCount();
-    QTest::keyClicks(window().searchField(), QStringLiteral("HARB"));
-    const QStringList shown = apptest::columnTexts(*app_, TarnColumn::Path);
+    QTest::keyClicks(window().searchField(), "HARB");
+    const QStringList shown = columnTexts(*app_, TarnColumn::Path);
     EXPECT_LT(shown.size(), all);
-    EXPECT_EQ(shown, cliPaths({QStringLiteral("--search"), QStringLiteral("harb")}));
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Filtered Items")),
-              QString::number(shown.size()));
+    EXPECT_EQ(shown, cliPaths({"--search", "harb"}));
+    EXPECT_EQ(app_->summaryModel()->text("Filtered Items"), QString::number(shown.size()));
     window().searchField()->clear();
     EXPECT_EQ(table().rowCount(), all);
 }
 
 TEST_F(AppTest, HiddenColumnsAreRememberedForTheNextWindow) {
     ColumnMenu* menu = window().databaseTable()->headerMenu();
-    EXPECT_EQ(menu->actionFor(QStringLiteral("FilenameCellID")), nullptr);
-    EXPECT_EQ(menu->actionFor(QStringLiteral("ClipnameCellID")), nullptr);
+    EXPECT_EQ(menu->actionFor("FilenameCellID"), nullptr);
+    EXPECT_EQ(menu->actionFor("ClipnameCellID"), nullptr);
     // The defaults: UMIDs hidden, path shown.
     EXPECT_TRUE(window().databaseTable()->isColumnHidden(section(TarnColumn::FilePackageUID)));
-    QAction* path = menu->actionFor(QStringLiteral("PathCellID"));
+    QAction* path = menu->actionFor("PathCellID");
     ASSERT_NE(path, nullptr);
     EXPECT_TRUE(path->isChecked());
     path->trigger();
@@ -93,15 +86,15 @@ TEST_F(AppTest, HiddenColumnsAreRememberedForTheNextWindow) {
 
     const QVariantMap stored =
         QSettings(QString::fromLocal8Bit(qgetenv("TARN_SETTINGS")), QSettings::IniFormat)
-            .value(QStringLiteral("kUserDefaultsKeyVisisbleColumns"))
+            .value("kUserDefaultsKeyVisisbleColumns")
             .toMap();
-    EXPECT_EQ(stored.value(QStringLiteral("PathCellID")).toInt(), 0);
-    EXPECT_EQ(stored.value(QStringLiteral("FilenameCellID")).toInt(), 1);
+    EXPECT_EQ(stored.value("PathCellID").toInt(), 0);
+    EXPECT_EQ(stored.value("FilenameCellID").toInt(), 1);
     EXPECT_EQ(stored.size(), TarnColumns::all().size());
 
     TarnCore core;
     AppDelegate next(&core);
-    ASSERT_EQ(next.start({QStringLiteral("tarn-app")}), AppDelegate::StartResult::Started);
+    ASSERT_EQ(next.start({"tarn-app"}), AppDelegate::StartResult::Started);
     EXPECT_TRUE(next.window()->databaseTable()->isColumnHidden(section(TarnColumn::Path)));
     EXPECT_FALSE(next.window()->databaseTable()->isColumnHidden(section(TarnColumn::Project)));
 }
@@ -109,11 +102,11 @@ TEST_F(AppTest, HiddenColumnsAreRememberedForTheNextWindow) {
 // A stored dictionary that lacks a column hides it, but never the file name
 // or the clip name.
 TEST_F(AppTest, ColumnsMissingFromTheStoredDictionaryStartHidden) {
-    TarnPreferences::shared()->setValue(QStringLiteral("kUserDefaultsKeyVisisbleColumns"),
-                                        QVariantMap{{QStringLiteral("ProjectCellID"), 1}});
+    TarnPreferences::shared()->setValue("kUserDefaultsKeyVisisbleColumns",
+                                        QVariantMap{{"ProjectCellID", 1}});
     TarnCore core;
     AppDelegate next(&core);
-    ASSERT_EQ(next.start({QStringLiteral("tarn-app")}), AppDelegate::StartResult::Started);
+    ASSERT_EQ(next.start({"tarn-app"}), AppDelegate::StartResult::Started);
     const DatabaseTableView* view = next.window()->databaseTable();
     EXPECT_FALSE(view->isColumnHidden(section(TarnColumn::Project)));
     EXPECT_FALSE(view->isColumnHidden(section(TarnColumn::Filename)));
@@ -127,7 +120,7 @@ TEST_F(AppTest, SpaceBarPreviewsTheLastSelectedItem) {
     view->setFocus();
     QTest::keyClick(view, Qt::Key_Space);
     ASSERT_TRUE(view->previewPanel()->isShown());
-    EXPECT_EQ(view->previewPanel()->text(), QStringLiteral("no item selected"));
+    EXPECT_EQ(view->previewPanel()->text(), "no item selected");
     EXPECT_EQ(view->previewPanel()->width(), view->parentWidget()->width());
 
     view->selectRow(2);
@@ -138,15 +131,14 @@ TEST_F(AppTest, SpaceBarPreviewsTheLastSelectedItem) {
 }
 
 TEST_F(AppTest, SelectionFillsTheSummaryAndDoubleClickRevealsTheFile) {
-    TarnPreferences::shared()->setValue(QStringLiteral("ShowOnlyExistingFiles"), 0);
+    TarnPreferences::shared()->setValue("ShowOnlyExistingFiles", 0);
     scanDemo();
     DatabaseTableView* view = window().databaseTable();
     const TarnViewSnapshot& shown = view->databaseModel()->snapshot();
     view->selectAll();
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Selected Items")),
-              QString::number(table().rowCount()));
+    EXPECT_EQ(app_->summaryModel()->text("Selected Items"), QString::number(table().rowCount()));
     // Missing files count with their recorded size.
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Selected Size")),
+    EXPECT_EQ(app_->summaryModel()->text("Selected Size"),
               TarnFileSize::toHumanBytes(double(shown.sizeOfRows(0, table().rowCount() - 1))));
 
     const QRect cell = view->visualRect(table().index(1, section(TarnColumn::Filename)));
@@ -154,5 +146,5 @@ TEST_F(AppTest, SelectionFillsTheSummaryAndDoubleClickRevealsTheFile) {
     QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
     QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
     EXPECT_EQ(revealed_, QStringList{shown.itemAt(1)->DB_itemPath});
-    EXPECT_EQ(app_->summaryModel()->text(QStringLiteral("Selected Items")), QStringLiteral("1"));
+    EXPECT_EQ(app_->summaryModel()->text("Selected Items"), "1");
 }

@@ -25,7 +25,7 @@ class LocalSite : public QObject {
             }
         });
     }
-    QString url() const { return QStringLiteral("http://127.0.0.1:%1").arg(server_.serverPort()); }
+    QString url() const { return QString("http://127.0.0.1:%1").arg(server_.serverPort()); }
     QByteArray requestLine() const { return requestLine_; }
     bool requested() const { return !requestLine_.isEmpty(); }
     void release() {
@@ -79,7 +79,7 @@ struct VersionCheckFixture : ::testing::Test {
             done = true;
         });
         EXPECT_TRUE(checker.checkTarnVersion());
-        spinUntil([&] { return done; });
+        waitUntil([&] { return done; });
         return status;
     }
 };
@@ -147,10 +147,10 @@ TEST_F(VersionCheckFixture, TheGuiThreadRunsOnWhileTheSiteIsSlow) {
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] { ++ticks; });
     timer.start(1);
-    spinUntil([&] { return site.requested() && ticks >= 3; });
+    waitUntil([&] { return site.requested() && ticks >= 3; });
     EXPECT_FALSE(done);
     site.release();
-    spinUntil([&] { return done; });
+    waitUntil([&] { return done; });
     EXPECT_FALSE(checker.isChecking());
 }
 
