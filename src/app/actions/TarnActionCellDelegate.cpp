@@ -193,7 +193,10 @@ bool TarnActionCellDelegate::mouseRelease(const QModelIndex& index, Button butto
 }
 
 bool TarnActionCellDelegate::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != view_->viewport()) return false;
+    // While the view is being destroyed it is no view any more (the cast
+    // fails), and its viewport still sends events.
+    if (!qobject_cast<QAbstractItemView*>(watched->parent()) || watched != view_->viewport())
+        return false;
     switch (event->type()) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonRelease:
