@@ -37,7 +37,7 @@ TEST_F(DemoCommand, UsageErrorsRefusalsAndDryRunsChangeNothing) {
         {{"copy", "--to", dst(), "--sure"}, 2, "", ""},
         {{"move", vol(), "--to", dst()},  // not sure
          2,
-         "",
+         "^will Move \n",
          "Please don't hurry, be patient...\nPlease verify everything"},
         {{"delete", vol(), "--dry-run"},
          0,
@@ -59,7 +59,6 @@ TEST_F(DemoCommand, UsageErrorsRefusalsAndDryRunsChangeNothing) {
             << r.out.toStdString();
         EXPECT_TRUE(r.err.contains(c.err)) << r.err.toStdString();
     }
-    EXPECT_TRUE(tarn({"move", vol(), "--to", dst()}).out.startsWith("will Move \n"));
     EXPECT_EQ(filesUnder(dst()), 0);
     EXPECT_EQ(filesUnder(vol()), before);
 }
