@@ -1,6 +1,7 @@
 #pragma once
 
-// Shared pieces of the action tests: scripted answers, real files, items.
+// Shared pieces of the action tests: scripted answers, real files, items, and
+// a volume for runs of the action engine.
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -8,26 +9,28 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMutex>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <deque>
 #include <memory>
-#include <ostream>
 
 #include <gtest/gtest.h>
 
+#include "FixtureFiles.h"
+#include "QtPrinters.h"
+#include "TestSupport.h"
+#include "actions/TarnActionOperation.h"
 #include "actions/TarnAlert.h"
+#include "actions/TarnFileCopier.h"
 #include "items/TarnDatabaseItem.h"
-
-// Readable failure messages for texts.
-inline void PrintTo(const QString& text, std::ostream* os) {
-    *os << '"' << text.toStdString() << '"';
-}
-inline void PrintTo(const QStringList& list, std::ostream* os) {
-    *os << '[' << list.join(QStringLiteral("\", \"")).toStdString() << ']';
-}
 
 namespace actiontest {
 
@@ -42,44 +45,27 @@ class ScriptedAnswers {
             details_.append(request.detail);
             buttons_.append(request.buttons.join(QLatin1Char('|')));
             if (answers_.empty()) return int(TarnAlert::kNoAnswer);
-            int answer = answers_.front();
+            const int answer = answers_.front();
             answers_.pop_front();
-            if (onAsk_) onAsk_();
             return answer;
         });
     }
     ~ScriptedAnswers() { TarnAlert::setPresenter({}); }
-    void onAsk(std::function<void()> f) { onAsk_ = std::move(f); }
-    QStringList asked() const {
-        QMutexLocker lock(&mutex_);
-        return asked_;
-    }
-    QStringList details() const {
-        QMutexLocker lock(&mutex_);
-        return details_;
-    }
-    QStringList buttons() const {
-        QMutexLocker lock(&mutex_);
-        return buttons_;
-    }
-    std::size_t left() const {
-        QMutexLocker lock(&mutex_);
-        return answers_.size();
-    }
+    QStringList asked() const { return locked(asked_); }
+    QStringList details() const { return locked(details_); }
+    QStringList buttons() const { return locked(buttons_); }
 
   private:
+    QStringList locked(const QStringList& list) const {
+        QMutexLocker lock(&mutex_);
+        return list;
+    }
     mutable QMutex mutex_;
     std::deque<int> answers_;
     QStringList asked_, details_, buttons_;
-    std::function<void()> onAsk_;
 };
 
-inline bool writeFile(const QString& path, const QByteArray& bytes) {
-    QDir().mkpath(QFileInfo(path).path());
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
-    return f.write(bytes) == bytes.size();
-}
+using fixtures::writeFile;
 
 inline QByteArray readFile(const QString& path) {
     QFile f(path);
@@ -94,6 +80,17 @@ inline QByteArray content(const QString& name, int size = 4096) {
     QByteArray seed = name.toUtf8();
     for (int i = 0; b.size() < size; ++i) b.append(char(seed.at(i % seed.size()) ^ (i & 0x7f)));
     return b;
+}
+
+// A large file that takes no disk space; its first and last bytes are set.
+inline bool makeSparse(const QString& path, qint64 size) {
+    QDir().mkpath(QFileInfo(path).path());
+    int fd = ::open(QFile::encodeName(path).constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+    if (fd < 0) return false;
+    bool ok = ::pwrite(fd, "head", 4, 0) == 4 && ::ftruncate(fd, size) == 0 &&
+              ::pwrite(fd, "tail", 4, size - 4) == 4;
+    ::close(fd);
+    return ok;
 }
 
 // An item for a file on disk, as the scanner would make it.
@@ -119,5 +116,78 @@ inline QStringList entries(const QString& folder) {
     return QDir(folder).entryList(
         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
+
+// The partial copies in a folder.
+inline QStringList partials(const QString& folder) {
+    return entries(folder).filter(
+        QRegularExpression("^" + QRegularExpression::escape(TarnFileCopier::temporaryPrefix())));
+}
+
+// Whether /dev/shm is a file system of its own next to `path` (a second
+// volume to move to).
+inline bool shmIsAnotherVolume(const QString& path) {
+    struct stat here {
+    }, shm{};
+    return ::stat(QFile::encodeName(path).constData(), &here) == 0 &&
+           ::stat("/dev/shm", &shm) == 0 && here.st_dev != shm.st_dev;
+}
+
+// Makes a file or folder that the engine must treat as locked: read-only
+// (`userMode`) for a normal user; immutable for root, who may write anything
+// else. Undone when it goes.
+class Locked {
+  public:
+    Locked(const QString& path, mode_t userMode) : path_(path) {
+        struct stat st {};
+        ::stat(QFile::encodeName(path).constData(), &st);
+        mode_ = st.st_mode & 07777;
+        ok_ = asRoot_ ? QProcess::execute("chattr", {"+i", path}) == 0
+                      : ::chmod(QFile::encodeName(path).constData(), userMode) == 0;
+    }
+    ~Locked() {
+        if (ok_ && asRoot_) QProcess::execute("chattr", {"-i", path_});
+        if (ok_ && !asRoot_) ::chmod(QFile::encodeName(path_).constData(), mode_);
+    }
+    bool ok() const { return ok_; }
+
+  private:
+    QString path_;
+    mode_t mode_ = 0;
+    bool asRoot_ = ::geteuid() == 0, ok_ = false;
+};
+
+// A volume with a media folder, a destination next to it, and options for
+// runs of the action engine over files made in that media folder.
+// Its own Trash is under `dataHome()`.
+struct ActionFixture : ::testing::Test {
+    QTemporaryDir tmp;
+    testsupport::ScopedEnv data{"XDG_DATA_HOME", dataHome()};
+    QString dataHome() const { return tmp.path() + "/data"; }
+    QString src() const { return tmp.path() + "/Vol/Avid MediaFiles/MXF/1"; }
+    QString dst() const { return tmp.path() + "/Dst"; }
+    TarnActionOptions options(const QList<TarnItemPtr>& items, const QString& action = "Copy") {
+        TarnActionOptions o(items);
+        o.Action = action;
+        if (action != "Delete") o.Destination = dst();
+        o.mediaFolderRoots = {tmp.path() + "/Vol"};
+        return o;
+    }
+    // The same without project and type folders, into an existing destination.
+    TarnActionOptions flat(const QList<TarnItemPtr>& items, const QString& action = "Copy") {
+        TarnActionOptions o = options(items, action);
+        o.Create_projects_folders = o.Create_mxf_folders = false;
+        QDir().mkpath(dst());
+        return o;
+    }
+    TarnItemPtr file(const QString& name, int size = 4096, const QString& folder = {}) {
+        const QString path = (folder.isEmpty() ? src() : folder) + "/" + name;
+        EXPECT_TRUE(writeFile(path, content(name, size)));
+        return makeItem(path);
+    }
+    TarnItemPtr big(const QString& name, qint64 size) {
+        EXPECT_TRUE(makeSparse(src() + "/" + name, size));
+        return makeItem(src() + "/" + name);
+    }
+};
 
 }  // namespace actiontest

@@ -17,7 +17,7 @@ struct TextFixture : ::testing::Test {
     QList<TarnItemPtr> items(int count) {
         QList<TarnItemPtr> list;
         for (int i = 0; i < count; ++i) {
-            QString path = tmp.path() + QStringLiteral("/src/F%1.mxf").arg(i);
+            const QString path = tmp.path() + "/src/F" + QString::number(i) + ".mxf";
             writeFile(path, content(path, 1500));
             list << makeItem(path);
         }
@@ -26,29 +26,27 @@ struct TextFixture : ::testing::Test {
 };
 
 TEST_F(TextFixture, DescriptionsCountItemsAndShowTheDestination) {
-    TarnActionOptions one(items(1));
-    one.Destination = tmp.path();
-    TarnAction a(one);
-    a.SetStatusText();
-    EXPECT_EQ(a.descriptionText(),
-              QStringLiteral("Copy 1 item 1.50 kB \ndestination:\n%1").arg(tmp.path()));
-
-    TarnActionOptions two(items(2));
-    two.Action = "Move";
-    two.Destination = tmp.path() + "/not/there";
-    TarnAction b(two);
-    b.SetStatusText();
-    EXPECT_EQ(b.descriptionText(), "Move 2 items 3.00 kB \ndestination:\nInvalid path");
-    EXPECT_EQ(b.progressDescription(), "Move 0 of 2 items 3.00 kB \ndestination:\nInvalid path");
-
-    TarnActionOptions del(items(2));
-    del.Action = "Delete";
-    del.Destination = tmp.path();
-    TarnAction c(del);
-    c.SetStatusText();
-    EXPECT_EQ(c.descriptionText(),
-              "Delete 2 items 3.00 kB \ndestination:\nSuper Secret Annihilator (SSA)");
-
+    const struct Case {
+        int items;
+        QString action, destination, description, progress;
+    } cases[] = {
+        {1, "Copy", tmp.path(), "Copy 1 item 1.50 kB \ndestination:\n" + tmp.path(),
+         "Copy 0 of 1 item 1.50 kB \ndestination:\n" + tmp.path()},
+        {2, "Move", tmp.path() + "/not/there", "Move 2 items 3.00 kB \ndestination:\nInvalid path",
+         "Move 0 of 2 items 3.00 kB \ndestination:\nInvalid path"},
+        {2, "Delete", tmp.path(),
+         "Delete 2 items 3.00 kB \ndestination:\nSuper Secret Annihilator (SSA)",
+         "Delete 0 of 2 items 3.00 kB \ndestination:\nSuper Secret Annihilator (SSA)"},
+    };
+    for (const Case& c : cases) {
+        TarnActionOptions o(items(c.items));
+        o.Action = c.action;
+        o.Destination = c.destination;
+        TarnAction a(o);
+        a.SetStatusText();
+        EXPECT_EQ(a.descriptionText(), c.description);
+        EXPECT_EQ(a.progressDescription(), c.progress);
+    }
     TarnAction none(TarnActionOptions(QList<TarnItemPtr>{}));
     none.SetStatusText();
     EXPECT_EQ(none.descriptionText(), "InvalidAction");
@@ -89,9 +87,8 @@ TEST_F(TextFixture, SummaryOfTheNewActionDialog) {
 
     TarnActionOptions o(items(2));
     o.Destination = tmp.path();
-    EXPECT_EQ(
-        TarnNewActionRules::updateStatusText(o, total),
-        QStringLiteral("will Copy \n2 items of 3.00 kB size\ndestination: %1").arg(tmp.path()));
+    EXPECT_EQ(TarnNewActionRules::updateStatusText(o, total),
+              "will Copy \n2 items of 3.00 kB size\ndestination: " + tmp.path());
     EXPECT_EQ(total, 3000u);
     o.items->removeLast();  // the total is kept from the first time
     o.Destination = "/no/such/folder";

@@ -5,11 +5,10 @@
 
 #include <QDirIterator>
 #include <QProcess>
-#include <QProcessEnvironment>
-#include <QTemporaryDir>
 
 #include "ActionTestKit.h"
 #include "PmrWriter.h"
+#include "TestSupport.h"
 
 namespace actiontest {
 
@@ -22,29 +21,41 @@ struct CommandFixture : ::testing::Test {
     QTemporaryDir tmp;
     QString vol() const { return tmp.path() + "/vol"; }
     QString dst() const { return tmp.path() + "/dst"; }
-    QProcessEnvironment env() const {
+    QMap<QString, QString> env() const {
+        return {{"TARN_SETTINGS", tmp.path() + "/settings.ini"},
+                {"XDG_DATA_HOME", tmp.path() + "/data"}};
+    }
+    // No Trash can be made in runs with this environment: a file is where
+    // their data folder should be.
+    QMap<QString, QString> withoutTrash() const {
+        writeFile(tmp.path() + "/blocked", "x");
+        return {{"XDG_DATA_HOME", tmp.path() + "/blocked/data"}};
+    }
+    // Runs `program args` to its end with env() and then `setup.env` set.
+    Outcome run(const QStringList& args, testsupport::ProcessSetup setup = {},
+                const QString& program = QStringLiteral(TARN_CLI_PATH)) const {
+        QMap<QString, QString> environment = env();
+        environment.insert(setup.env);
+        setup.env = environment;
+        const testsupport::ProcessRun r = testsupport::runProcessWith(program, args, setup);
+        return {r.exitCode, QString::fromUtf8(r.out), QString::fromUtf8(r.err)};
+    }
+    Outcome tarn(const QStringList& args) const { return run(args); }
+    // Starts tarn with `args` and waits until it writes a partial copy into
+    // `folder` (true) or ends (false).
+    bool startCopying(QProcess& p, const QStringList& args, const QString& folder) const {
         QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-        e.insert("TARN_SETTINGS", tmp.path() + "/settings.ini");
-        e.insert("XDG_DATA_HOME", tmp.path() + "/data");
-        return e;
-    }
-    // Runs `program args` (default: tarn) with its input closed, or taken
-    // from `input` (a file or terminal).
-    Outcome run(const QStringList& args, const QString& program = QStringLiteral(TARN_CLI_PATH),
-                const QProcessEnvironment& environment = {}, const QString& workingFolder = {},
-                const QString& input = {}) {
-        QProcess p;
-        p.setProcessEnvironment(environment.isEmpty() ? env() : environment);
-        if (!workingFolder.isEmpty()) p.setWorkingDirectory(workingFolder);
-        if (!input.isEmpty()) p.setStandardInputFile(input);
-        p.start(program, args);
+        const QMap<QString, QString> settings = env();
+        for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+            e.insert(it.key(), it.value());
+        p.setProcessEnvironment(e);
+        p.start(QStringLiteral(TARN_CLI_PATH), args);
         p.closeWriteChannel();
-        p.waitForFinished(-1);
-        return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
-                QString::fromUtf8(p.readAllStandardOutput()),
-                QString::fromUtf8(p.readAllStandardError())};
+        // Waiting on the process (not sleeping) is what notices a run that ended early.
+        while (partials(folder).isEmpty() && p.state() != QProcess::NotRunning)
+            p.waitForFinished(5);
+        return !partials(folder).isEmpty();
     }
-    Outcome tarn(const QStringList& args) { return run(args); }
     // A media folder whose index lists `listed` (project "Doc"); each name
     // in `files` is written as a file of its own content.
     static void writeMediaFolder(const QString& folder, const QStringList& listed,
@@ -54,17 +65,14 @@ struct CommandFixture : ::testing::Test {
         quint64 id = 0x5F3A0000;
         for (const QString& name : listed)
             entries << fixtures::makePmrEntry(++id, name, QStringLiteral("Doc"));
-        entries << extra;
-        writeFile(folder + "/msmFMID.pmr", fixtures::writePmr(entries));
+        writeFile(folder + "/msmFMID.pmr", fixtures::writePmr(entries + extra));
         for (const QString& name : files) writeFile(folder + "/" + name, content(name));
     }
-    int filesUnder(const QString& folder) {
+    static int filesUnder(const QString& folder) {
         int n = 0;
-        QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            it.next();
+        for (QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+             it.hasNext(); it.next())
             ++n;
-        }
         return n;
     }
 };

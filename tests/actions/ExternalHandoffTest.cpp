@@ -1,4 +1,3 @@
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -123,13 +122,8 @@ TEST(ExternalHandoff, TheScriptGetsThePathsAsArguments) {
     const TarnExternalHandoff::Launch launch =
         TarnExternalHandoff::scriptCommand("printf '%s|' \"$0\" \"$@\" > \"$OUT\"", paths);
     EXPECT_EQ(launch.program, "/bin/sh");
-    QProcess sh;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("OUT", out);
-    sh.setProcessEnvironment(env);
-    sh.start(launch.program, launch.arguments);
-    ASSERT_TRUE(sh.waitForFinished(-1));
-    EXPECT_EQ(sh.exitCode(), 0);
+    EXPECT_EQ(testsupport::runProcess(launch.program, launch.arguments, {{"OUT", out}}).exitCode,
+              0);
     EXPECT_EQ(readFile(out), "tarn|/m/a b.mxf|/m/it's.mxf|/m/$HOME.mxf|");
 }
 
@@ -158,10 +152,8 @@ TEST(ExternalHandoff, DefaultScriptAndApplicationOfThisPlatform) {
     EXPECT_EQ(TarnPreferences::defaultValue(TarnPreferences::kExternalAppBundleID).toString(),
               "mediainfo-gui");
     // The default script is valid shell.
-    QProcess sh;
-    sh.start("/bin/sh", {"-n", "-c", script});
-    ASSERT_TRUE(sh.waitForFinished(-1));
-    EXPECT_EQ(sh.exitCode(), 0) << sh.readAllStandardError().toStdString();
+    const testsupport::ProcessRun check = testsupport::runProcess("/bin/sh", {"-n", "-c", script});
+    EXPECT_EQ(check.exitCode, 0) << check.err.toStdString();
 }
 
 }  // namespace

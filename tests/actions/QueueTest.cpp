@@ -1,5 +1,3 @@
-#include <QCoreApplication>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <atomic>
@@ -44,34 +42,25 @@ void waitUntil(Condition condition) {
 struct QueueFixture : ::testing::Test {
     QTemporaryDir tmp;
     TarnActionManager manager;
-    QString dst() const { return tmp.path() + QStringLiteral("/Dst"); }
-    // A copy whose target exists: its run stops at the overwrite question.
-    TarnActionOptions heldCopy(const QString& name) {
-        QString path = tmp.path() + "/src/" + name;
-        writeFile(path, content(name));
-        writeFile(dst() + "/" + name, "old");
-        TarnActionOptions o({makeItem(path)});
-        o.Destination = dst();
-        o.Create_projects_folders = o.Create_mxf_folders = false;
-        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/src")};
-        return o;
-    }
-    TarnActionOptions plainCopy(const QString& name) {
-        QString path = tmp.path() + "/src/" + name;
-        writeFile(path, content(name));
+    QString dst() const { return tmp.path() + "/Dst"; }
+    // A copy into an existing folder; when its target exists (`held`), its
+    // run stops at the overwrite question.
+    TarnActionOptions copy(const QString& name, bool held = false) {
+        writeFile(tmp.path() + "/src/" + name, content(name));
         QDir().mkpath(dst());
-        TarnActionOptions o({makeItem(path)});
+        if (held) writeFile(dst() + "/" + name, "old");
+        TarnActionOptions o({makeItem(tmp.path() + "/src/" + name)});
         o.Destination = dst();
         o.Create_projects_folders = o.Create_mxf_folders = false;
-        o.mediaFolderRoots = {tmp.path() + QStringLiteral("/src")};
+        o.mediaFolderRoots = {tmp.path() + "/src"};
         return o;
     }
 };
 
 TEST_F(QueueFixture, ActionsRunOneAtATimeNewestOnTop) {
     HeldQuestion held;
-    auto first = manager.SetUpNewActionWithOptions(heldCopy("A.mxf"));
-    auto second = manager.SetUpNewActionWithOptions(plainCopy("B.mxf"));
+    auto first = manager.SetUpNewActionWithOptions(copy("A.mxf", true));
+    auto second = manager.SetUpNewActionWithOptions(copy("B.mxf"));
     ASSERT_EQ(manager.numberOfRows(), 2);
     EXPECT_EQ(manager.actions().at(0), second);
     EXPECT_EQ(manager.actions().at(1), first);
@@ -81,8 +70,7 @@ TEST_F(QueueFixture, ActionsRunOneAtATimeNewestOnTop) {
     EXPECT_TRUE(manager.timerRunning());
     EXPECT_EQ(first->statusText(), "Running");
     EXPECT_EQ(second->statusText(), "Waiting");
-    EXPECT_EQ(second->descriptionText(),
-              QStringLiteral("Copy 1 item 4.10 kB \ndestination:\n%1").arg(dst()));
+    EXPECT_EQ(second->descriptionText(), "Copy 1 item 4.10 kB \ndestination:\n" + dst());
     EXPECT_EQ(second->progressMaximum(), 4096.0);
     EXPECT_EQ(TarnActionManager::progressValue(*first), 0.0);
     EXPECT_FALSE(TarnActionManager::progressValue(*second).has_value());
@@ -92,16 +80,15 @@ TEST_F(QueueFixture, ActionsRunOneAtATimeNewestOnTop) {
     manager.waitForIdle();
     EXPECT_EQ(first->statusText(), "Done");
     EXPECT_EQ(second->statusText(), "Done");
-    EXPECT_EQ(first->progressDescription(),
-              QStringLiteral("Copy 1 of 1 item 4.10 kB \ndestination:\n%1").arg(dst()));
+    EXPECT_EQ(first->progressDescription(), "Copy 1 of 1 item 4.10 kB \ndestination:\n" + dst());
     EXPECT_EQ(readFile(dst() + "/A.mxf"), content("A.mxf"));
     EXPECT_EQ(readFile(dst() + "/B.mxf"), content("B.mxf"));
 }
 
 TEST_F(QueueFixture, RemovingARunningActionWaitsForItsWorker) {
     HeldQuestion held;
-    auto running = manager.SetUpNewActionWithOptions(heldCopy("A.mxf"));
-    auto waiting = manager.SetUpNewActionWithOptions(plainCopy("B.mxf"));
+    auto running = manager.SetUpNewActionWithOptions(copy("A.mxf", true));
+    auto waiting = manager.SetUpNewActionWithOptions(copy("B.mxf"));
     manager.SetCellForRow(0);
     manager.SetCellForRow(1);
     waitUntil([&] { return bool(held.asked); });
@@ -129,8 +116,8 @@ TEST_F(QueueFixture, ClearAsksAndOnOkCancelsAndEmptiesTheQueue) {
     EXPECT_FALSE(manager.clearQueue());  // empty: nothing asked
     EXPECT_EQ(held.clearAsked, 0);
 
-    auto running = manager.SetUpNewActionWithOptions(heldCopy("A.mxf"));
-    auto waiting = manager.SetUpNewActionWithOptions(plainCopy("B.mxf"));
+    auto running = manager.SetUpNewActionWithOptions(copy("A.mxf", true));
+    auto waiting = manager.SetUpNewActionWithOptions(copy("B.mxf"));
     waitUntil([&] { return bool(held.asked); });
     held.clearAnswer = TarnAlert::kSecondButton;  // "Cancel"
     EXPECT_FALSE(manager.clearQueue());

@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
+#include "CliRun.h"
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
-#include "TestSupport.h"
 #include "support/TarnFileName.h"
 
 // A volume whose media folder and files have names that are not UTF-8, as a
@@ -31,37 +28,25 @@ class RawNamesCliTest : public ::testing::Test {
         fixtures::writeFile(folder() + '/' + listed(), QByteArray(700, 'm'));
         fixtures::writeFile(folder() + '/' + unlisted(), QByteArray(10, 'u'));
     }
-    QString volume() const { return tmp.path() + "/vol"; }
+    QString volume() const { return run_.tempPath("vol"); }
     QString folder() const { return volume() + "/Avid MediaFiles/MXF/" + raw("\xFF\xFE_folder"); }
-    QString target() const { return tmp.path() + "/copies"; }
+    QString target() const { return run_.tempPath("copies"); }
     static QString listed() { return raw("caf\xE9.mxf"); }
     static QString unlisted() { return raw("\xE9t\xE9.wav"); }
-
-    struct Result {
-        int code = -1;
-        QByteArray out;
-        QByteArray err;
-    };
-    Result tarn(QStringList args) const {
-        args << QStringLiteral("--volume") << volume();
-        const testsupport::ProcessRun run = testsupport::runProcess(
-            QStringLiteral(TARN_CLI_PATH), args,
-            {{QStringLiteral("TARN_SETTINGS"), tmp.path() + "/settings.ini"},
-             {QStringLiteral("XDG_DATA_HOME"), tmp.path() + "/data"}});
-        return {run.exitCode, run.out, run.err};
+    CliResult tarn(const QStringList& args) const {
+        return run_(args + QStringList{"--volume", volume()});
     }
 
-    testsupport::TempDir tmp;
+    CliRun run_;
 };
 
 TEST_F(RawNamesCliTest, ScannedShownCopiedAndDeletedWithTheirBytes) {
     // Scanned as existing, with their sizes; shown with replacement characters.
-    const Result scan = tarn({"scan", "--format", "json"});
-    ASSERT_EQ(scan.code, 0) << scan.err.constData();
-    const QJsonArray items = QJsonDocument::fromJson(scan.out).object().value("items").toArray();
-    ASSERT_EQ(items.size(), 2) << scan.out.constData();
+    const CliResult scan = tarn({"scan", "--format", "json"});
+    ASSERT_EQ(scan.exitCode, 0) << qPrintable(scan.err);
+    ASSERT_EQ(scan.items().size(), 2) << qPrintable(scan.out);
     QMap<QString, qint64> sizes;
-    for (const QJsonValue& v : items) {
+    for (const QJsonValue& v : scan.items()) {
         const QJsonObject item = v.toObject();
         EXPECT_TRUE(item.value("exists").toBool());
         EXPECT_TRUE(
@@ -71,19 +56,19 @@ TEST_F(RawNamesCliTest, ScannedShownCopiedAndDeletedWithTheirBytes) {
     EXPECT_EQ(sizes, (QMap<QString, qint64>{{QStringLiteral("caf\uFFFD.mxf"), 700},
                                             {QStringLiteral("\uFFFDt\uFFFD.wav"), 10}}));
 
-    const Result copy =
+    const CliResult copy =
         tarn({"copy", "--to", target(), "--no-project-folders", "--no-type-folders", "--sure"});
-    ASSERT_EQ(copy.code, 0) << copy.out.constData() << copy.err.constData();
+    ASSERT_EQ(copy.exitCode, 0) << qPrintable(copy.out) << qPrintable(copy.err);
     EXPECT_EQ(contentOf(target() + '/' + listed()), QByteArray(700, 'm'));
     EXPECT_EQ(contentOf(target() + '/' + unlisted()), QByteArray(10, 'u'));
     EXPECT_EQ(contentOf(folder() + '/' + listed()), QByteArray(700, 'm'));
 
-    const Result remove = tarn({"delete", "--sure"});
-    ASSERT_EQ(remove.code, 0) << remove.out.constData() << remove.err.constData();
+    const CliResult remove = tarn({"delete", "--sure"});
+    ASSERT_EQ(remove.exitCode, 0) << qPrintable(remove.out) << qPrintable(remove.err);
     EXPECT_FALSE(exists(folder() + '/' + listed()));
     EXPECT_FALSE(exists(folder() + '/' + unlisted()));
     EXPECT_TRUE(exists(folder() + "/msmFMID.pmr"));
-    const QString trash = tmp.path() + "/data/Trash";
+    const QString trash = run_.dataHome() + "/Trash";
     EXPECT_EQ(contentOf(trash + "/files/" + listed()), QByteArray(700, 'm'));
     const QByteArray info = contentOf(trash + "/info/" + listed() + ".trashinfo");
     EXPECT_TRUE(info.startsWith("[Trash Info]\nPath=/")) << info.constData();
@@ -91,8 +76,8 @@ TEST_F(RawNamesCliTest, ScannedShownCopiedAndDeletedWithTheirBytes) {
 }
 
 TEST_F(RawNamesCliTest, MovedByRenameIntoNewFoldersWithTheIndex) {
-    const Result move = tarn({"move", "--to", target(), "--sure"});
-    ASSERT_EQ(move.code, 0) << move.out.constData() << move.err.constData();
+    const CliResult move = tarn({"move", "--to", target(), "--sure"});
+    ASSERT_EQ(move.exitCode, 0) << qPrintable(move.out) << qPrintable(move.err);
     EXPECT_FALSE(exists(folder() + '/' + listed()));
     EXPECT_EQ(contentOf(target() + "/Doc/MXF/" + listed()), QByteArray(700, 'm'));
     EXPECT_EQ(contentOf(target() + "/_00_TRN_UNMANAGED_FILES/WAV/" + unlisted()),

@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 
@@ -16,4 +17,7 @@ inline void PrintTo(const QStringList& list, std::ostream* os) {
 }
 inline void PrintTo(const QJsonArray& array, std::ostream* os) {
     *os << QJsonDocument(array).toJson(QJsonDocument::Compact).toStdString();
+}
+inline void PrintTo(const QJsonObject& object, std::ostream* os) {
+    *os << QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString();
 }

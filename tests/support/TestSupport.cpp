@@ -59,11 +59,19 @@ ScopedEnv::~ScopedEnv() {
 
 ProcessRun runProcess(const QString& program, const QStringList& args,
                       const QMap<QString, QString>& env) {
+    return runProcessWith(program, args, {env, {}, {}});
+}
+
+ProcessRun runProcessWith(const QString& program, const QStringList& args,
+                          const ProcessSetup& setup) {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
-    for (auto it = env.cbegin(); it != env.cend(); ++it) environment.insert(it.key(), it.value());
+    for (auto it = setup.env.cbegin(); it != setup.env.cend(); ++it)
+        environment.insert(it.key(), it.value());
     process.setProcessEnvironment(environment);
+    if (!setup.workingFolder.isEmpty()) process.setWorkingDirectory(setup.workingFolder);
+    if (!setup.input.isEmpty()) process.setStandardInputFile(setup.input);
     process.start(program, args);
     process.closeWriteChannel();
     process.waitForFinished(-1);

@@ -70,6 +70,16 @@ struct ProcessRun {
 ProcessRun runProcess(const QString& program, const QStringList& args,
                       const QMap<QString, QString>& env = {});
 
+// How runProcessWith starts a process: `env` set over the system environment,
+// its working folder, and a file (or terminal) for its standard input.
+struct ProcessSetup {
+    QMap<QString, QString> env;
+    QString workingFolder;
+    QString input;
+};
+ProcessRun runProcessWith(const QString& program, const QStringList& args,
+                          const ProcessSetup& setup);
+
 // The original paths of the files in the freedesktop.org Trash under
 // `dataHome` (XDG_DATA_HOME), read from its .trashinfo records, sorted.
 QStringList trashedPaths(const QString& dataHome);
