@@ -2,12 +2,13 @@
 
 #include <QApplication>
 #include <QMessageBox>
-#include <QMutex>
-#include <QMutexLocker>
 #include <QPushButton>
 #include <QThread>
 #include <QTimer>
-#include <QWaitCondition>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 
 namespace {
 
@@ -23,24 +24,31 @@ struct Pending {
     bool gaveUp = false;  // the worker stopped waiting: its action was cancelled
     int answer = TarnAlert::kNoAnswer;
     int cautious = TarnAlert::kNoAnswer;  // the answer when nobody can ask any more
+    bool taken = false;                   // the GUI thread has taken it up
+    TarnAlert::Request request;
 };
 
 }  // namespace
 
 struct TarnAlertPresenter::Hub {
-    QMutex mutex;
-    QWaitCondition answered;
+    // Standard ones rather than Qt's: a worker waits on them, and the thread
+    // sanitizer sees a pthread wait release its lock, not a QWaitCondition's.
+    std::mutex mutex;
+    std::condition_variable answered;
     TarnAlertPresenter* presenter = nullptr;  // null once destroyed
     QList<std::shared_ptr<Pending>> waiting;
 
     static int present(const std::shared_ptr<Hub>& hub, const TarnAlert::Request& request);
     static void showPosted(const std::shared_ptr<Hub>& hub, const std::shared_ptr<Pending>& pending,
                            const TarnAlert::Request& request);
+    // The oldest question no one has taken up yet, with its request; null
+    // when there is none.
+    std::shared_ptr<Pending> takeNext(TarnAlert::Request* request);
 };
 
 int TarnAlertPresenter::Hub::present(const std::shared_ptr<Hub>& hub,
                                      const TarnAlert::Request& request) {
-    QMutexLocker lock(&hub->mutex);
+    std::unique_lock lock(hub->mutex);
     TarnAlertPresenter* presenter = hub->presenter;
     if (!presenter) return TarnAlert::kNoAnswer;
     if (QThread::currentThread() == presenter->thread()) {
@@ -50,21 +58,41 @@ int TarnAlertPresenter::Hub::present(const std::shared_ptr<Hub>& hub,
     }
     auto pending = std::make_shared<Pending>();
     pending->cautious = cautiousAnswer(request.buttons);
+    pending->request = request;
     hub->waiting.append(pending);
     // Posted under the lock: the presenter cannot be destroyed meanwhile, and
-    // a posted call dies with it.
-    QMetaObject::invokeMethod(
-        presenter, [hub, pending, request] { showPosted(hub, pending, request); },
-        Qt::QueuedConnection);
+    // a posted call dies with it. The call carries nothing: the question goes
+    // over through the hub, under its lock.
+    QMetaObject::invokeMethod(presenter, "showNextQuestion", Qt::QueuedConnection);
     while (!pending->done) {
         if (request.abandoned && request.abandoned()) {
             pending->gaveUp = true;
             break;
         }
-        hub->answered.wait(&hub->mutex, kPollMilliseconds);
+        hub->answered.wait_for(lock, std::chrono::milliseconds(kPollMilliseconds));
     }
     hub->waiting.removeOne(pending);
     return pending->done ? pending->answer : TarnAlert::kNoAnswer;
+}
+
+std::shared_ptr<Pending> TarnAlertPresenter::Hub::takeNext(TarnAlert::Request* request) {
+    std::unique_lock lock(mutex);
+    for (const std::shared_ptr<Pending>& pending : waiting) {
+        if (pending->taken) continue;
+        pending->taken = true;
+        *request = pending->request;
+        return pending;
+    }
+    return nullptr;
+}
+
+void TarnAlertPresenter::showNextQuestion() {
+    // A copy: the box's event loop may destroy this presenter, and its hub
+    // must outlive the answer.
+    const std::shared_ptr<Hub> hub = hub_;
+    TarnAlert::Request request;
+    if (std::shared_ptr<Pending> pending = hub->takeNext(&request))
+        Hub::showPosted(hub, pending, request);
 }
 
 void TarnAlertPresenter::Hub::showPosted(const std::shared_ptr<Hub>& hub,
@@ -72,24 +100,24 @@ void TarnAlertPresenter::Hub::showPosted(const std::shared_ptr<Hub>& hub,
                                          const TarnAlert::Request& request) {
     TarnAlertPresenter* presenter = nullptr;
     {
-        QMutexLocker lock(&hub->mutex);
+        std::unique_lock lock(hub->mutex);
         if (pending->gaveUp || pending->done || !hub->presenter) return;
         presenter = hub->presenter;
     }
     // The asker's own test may only run while the asker still waits (it reads
     // the action's state); the lock keeps it from leaving in between.
     auto gone = [hub, pending, request] {
-        QMutexLocker lock(&hub->mutex);
+        std::unique_lock lock(hub->mutex);
         if (pending->gaveUp || pending->done) return true;
         return request.abandoned && request.abandoned();
     };
     const int answer = presenter->ask(request, gone);
-    QMutexLocker lock(&hub->mutex);
+    std::unique_lock lock(hub->mutex);
     if (!pending->gaveUp && !pending->done) {
         pending->done = true;
         pending->answer = answer;
     }
-    hub->answered.wakeAll();
+    hub->answered.notify_all();
 }
 
 TarnAlertPresenter::TarnAlertPresenter(QWidget* window, QObject* parent)
@@ -107,13 +135,13 @@ TarnAlertPresenter::~TarnAlertPresenter() {
     *alive_ = false;
     {
         // Workers still waiting get no answer; questions asked later none either.
-        QMutexLocker lock(&hub_->mutex);
+        std::unique_lock lock(hub_->mutex);
         hub_->presenter = nullptr;
         for (const std::shared_ptr<Pending>& pending : hub_->waiting) {
             pending->done = true;
             pending->answer = pending->cautious;
         }
-        hub_->answered.wakeAll();
+        hub_->answered.notify_all();
     }
     dismissOpenQuestions();
 }

@@ -53,6 +53,9 @@ class TarnAlertPresenter : public QObject {
     static int cautiousAnswer(const QStringList& buttons);
 
   private:
+    // Shows the oldest question a worker posted (one per posted call).
+    Q_INVOKABLE void showNextQuestion();
+
     struct Hub;  // what the installed presenter function and the waiting workers share
     // Runs one box on the GUI thread; `gone` tells when the asker gave up.
     int ask(const TarnAlert::Request& request, const std::function<bool()>& gone);
