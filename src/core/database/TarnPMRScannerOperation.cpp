@@ -111,8 +111,8 @@ void TarnPMRScannerOperation::main() {
     }
 
     const FolderHandle folderHandle(scan.folder);
-    QList<TarnFolderReader::Entry> entries;
-    TarnFolderReader::list(scan.folder, entries);
+    QList<TarnFolderReader::Entry> entries = std::move(folderEntries_);
+    if (!hasFolderEntries_) TarnFolderReader::list(scan.folder, entries);
     if (entries.size() >= kLargeFolder) {
         TARN_LOG(QStringLiteral("**** Warning **** %1 contains %2 files")
                      .arg(scan.folder)

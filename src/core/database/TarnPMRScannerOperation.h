@@ -28,6 +28,12 @@ class TarnPMRScannerOperation : public QRunnable {
     QString pmrURL() const { return pmrURL_; }
     void setCore(TarnCore* core) { core_ = core; }
     void setCoreLock(std::mutex* lock) { coreLock_ = lock; }
+    // The listing of the index file's folder when the walk that found the
+    // index has just read it; without one the operation lists the folder.
+    void setFolderEntries(const QList<TarnFolderReader::Entry>& entries) {
+        folderEntries_ = entries;
+        hasFolderEntries_ = true;
+    }
 
     void run() override { main(); }
     void main();
@@ -48,4 +54,6 @@ class TarnPMRScannerOperation : public QRunnable {
     QString pmrURL_;
     TarnCore* core_ = nullptr;
     std::mutex* coreLock_ = nullptr;
+    QList<TarnFolderReader::Entry> folderEntries_;
+    bool hasFolderEntries_ = false;
 };

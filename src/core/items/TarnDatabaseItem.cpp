@@ -292,9 +292,8 @@ void TarnDatabaseItem::setMaterialUIDWithNSData(const QByteArray& data) {
 }
 
 void TarnDatabaseItem::checkForAudioTypeByExtension() {
-    const QString ext = TarnFileName::extension(DB_ClipName);
     for (const char* audio : {"aif", "wav", "sd2", "lrc"}) {
-        if (ext.compare(QLatin1String(audio), Qt::CaseInsensitive) == 0) {
+        if (TarnFileName::hasExtension(DB_ClipName, QLatin1String(audio))) {
             std::memcpy(CompressionFourCC, "_AUD", 4);
             break;
         }
