@@ -68,6 +68,14 @@ QString lastComponent(const QString& path) {
     return p.mid(p.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
+// Equal texts, as QString's == has them, without its general comparison:
+// the passes over every item compare project names item by item.
+bool sameText(const QString& a, const QString& b) {
+    return a.size() == b.size() &&
+           (a.constData() == b.constData() ||
+            std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0);
+}
+
 // A project by name, for passes over every item: items of one folder come
 // together and mostly share a project, so the last name found is tried
 // before the table. Names must outlive the pass (they are the items' own).
@@ -75,7 +83,7 @@ auto projectLookup(const QHash<QString, TarnProjectPtr>& projects) {
     return [&projects, lastName = static_cast<const QString*>(nullptr),
             lastProject =
                 static_cast<TarnProject*>(nullptr)](const QString& name) mutable -> TarnProject* {
-        if (lastName && name == *lastName) return lastProject;
+        if (lastName && sameText(name, *lastName)) return lastProject;
         const auto found = projects.constFind(name);
         if (found == projects.constEnd()) return nullptr;
         lastName = &name;
@@ -547,7 +555,7 @@ void TarnCore::SortDefault() {
             const TarnDatabaseItem* item = items_[qsizetype(i)].get();
             if (!item) continue;
             const QString& name = projectNameOf(*item);
-            if (lastName && name == *lastName) {
+            if (lastName && sameText(name, *lastName)) {
                 projectIds[i] = lastId;
                 continue;
             }

@@ -63,7 +63,19 @@ struct TarnPMRScannerOperation::FolderScan {
                             QStringLiteral("msmFMID.pmr"), QStringLiteral("amaFMID.pmr"),
                             QStringLiteral("Creating")};
     QList<TarnItemPtr> result;
+    QString lastProject;
 };
+
+// The items of a folder mostly belong to one project: they share one copy of
+// its name (a null or empty name is kept as it is, the two differ).
+void TarnPMRScannerOperation::shareProjectName(FolderScan& scan, QString& project) {
+    if (project.isEmpty()) return;
+    if (project == scan.lastProject) {
+        project = scan.lastProject;
+    } else {
+        scan.lastProject = project;
+    }
+}
 
 namespace {
 
@@ -172,6 +184,7 @@ quint32 TarnPMRScannerOperation::addIndexedItems(FolderScan& scan, PMRFile& pmr,
         } else if (item->DB_FileExists && item->DB_NameInBin.isEmpty()) {
             item->addinfoToItemFromCorrespondingFile();
         }
+        shareProjectName(scan, item->DB_ProjectName);
         scan.result.append(std::move(item));
     }
     return counter;

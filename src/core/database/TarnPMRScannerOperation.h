@@ -50,6 +50,7 @@ class TarnPMRScannerOperation : public QRunnable {
     void addUnlistedFiles(FolderScan& scan, const QList<TarnFolderReader::Entry>& entries,
                           int folderFd) const;
     void completeFromMediaDatabase(const FolderScan& scan, TarnDatabaseItem* item) const;
+    static void shareProjectName(FolderScan& scan, QString& project);
 
     QString pmrURL_;
     TarnCore* core_ = nullptr;
