@@ -3,6 +3,7 @@
 #include <QSet>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstring>
 
 #include "items/TarnDatabaseItem.h"
@@ -97,6 +98,8 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     secondTree_ = std::make_unique<UIDtoBentoObjTree>();
     fileTree_ = std::make_unique<UIDtoBentoObjTree>();
     objectTree_ = std::make_unique<TarnRBTree_u32t_u32t>();
+    objectStarts_.clear();
+    objectsInOrder_ = true;
     compositions_ = 0;
     entryCount_ = 0;
     clipTableSeen_ = false;
@@ -168,7 +171,9 @@ bool TarnOMFI::readTOC() {
     for (quint32 i = 0; i < entryCount_; ++i) {
         const quint32 objectID = objectIDAt(i);
         if (i == 0 || objectID != objectIDAt(i - 1)) {
-            objectTree_->TreeInsert(objectID, i);
+            if (!objectStarts_.empty() && objectID <= objectStarts_.back().first)
+                objectsInOrder_ = false;
+            objectStarts_.emplace_back(objectID, i);
             ++seen;
             if (seen % kObjectsPerProgressStep == 0 && progressShown(indicator_)) {
                 indicator_->setDoubleValue(double(seen / kObjectsPerProgressStep));
@@ -186,6 +191,11 @@ bool TarnOMFI::readTOC() {
             }
         }
         if (propertyID == kGlobalTypeName || propertyID == kGlobalPropName) readGlobalName(i);
+    }
+    if (!objectsInOrder_) {
+        for (const auto& [objectID, index] : objectStarts_)
+            objectTree_->TreeInsert(objectID, index);
+        objectStarts_.clear();
     }
     if (indicator_) indicator_->setDoubleValue(steps);
     return true;
@@ -276,7 +286,15 @@ quint32 TarnOMFI::lookForProperty(quint32 propertyID, quint32 index) const {
 
 quint32 TarnOMFI::tocIndexForObject(quint32 objectID) const {
     if (!objectTree_) return kNoIndex;
-    const quint32 index = objectTree_->TreefindNode(objectID);
+    quint32 index = kNoIndex;
+    if (objectsInOrder_) {
+        const auto at = std::lower_bound(
+            objectStarts_.begin(), objectStarts_.end(), objectID,
+            [](const std::pair<quint32, quint32>& start, quint32 id) { return start.first < id; });
+        if (at != objectStarts_.end() && at->first == objectID) index = at->second;
+    } else {
+        index = objectTree_->TreefindNode(objectID);
+    }
     return index < entryCount_ ? index : kNoIndex;
 }
 
