@@ -59,9 +59,10 @@ struct TarnPMRScannerOperation::FolderScan {
     std::unique_ptr<TarnMediafile> mdb;
     quint64 compositions = 0;
     // The names on disk that the index accounts for.
-    QSet<QString> accounted{QStringLiteral("msmMMOB.mdb"), QStringLiteral("amaMMOB.mdb"),
-                            QStringLiteral("msmFMID.pmr"), QStringLiteral("amaFMID.pmr"),
-                            QStringLiteral("Creating")};
+    // Views into the items' paths (kept in `result` until the folder is
+    // done) and into static texts: no name is copied.
+    QSet<QStringView> accounted{u"msmMMOB.mdb", u"amaMMOB.mdb", u"msmFMID.pmr", u"amaFMID.pmr",
+                                u"Creating"};
     QList<TarnItemPtr> result;
     QString lastProject;
 };
@@ -171,7 +172,7 @@ quint32 TarnPMRScannerOperation::addIndexedItems(FolderScan& scan, PMRFile& pmr,
         // round trip gives back exactly ("a%41b.wav" stays "a%41b.wav"). An
         // AMA link's path now ends in ".aaf": that name is accounted for too.
         const QString& path = item->DB_itemPath;
-        scan.accounted.insert(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
+        scan.accounted.insert(QStringView(path).mid(path.lastIndexOf(QLatin1Char('/')) + 1));
         ++counter;
         if (scan.wheel && scan.compositions != 0)
             scan.wheel->setDoubleValue(double(scan.compositions) - counter);
@@ -195,7 +196,7 @@ void TarnPMRScannerOperation::addUnlistedFiles(FolderScan& scan,
                                                const QList<TarnFolderReader::Entry>& entries,
                                                int folderFd) const {
     for (const auto& entry : entries) {
-        if (entry.isDir || scan.accounted.contains(entry.name)) continue;
+        if (entry.isDir || scan.accounted.contains(QStringView(entry.name))) continue;
         auto item = std::make_shared<TarnDatabaseItem>();
         item->setupWithUnrefFile(scan.folder, entry.name);
         item->validatePathAt(folderFd, entry.name);
