@@ -4,6 +4,8 @@
 
 #include <fcntl.h>
 #include <unistd.h>
+#include <optional>
+#include <utility>
 
 #include "database/TarnCore.h"
 #include "database/TarnFolderReader.h"
@@ -65,6 +67,7 @@ struct TarnPMRScannerOperation::FolderScan {
                                 u"Creating"};
     QList<TarnItemPtr> result;
     QString lastProject;
+    std::optional<std::pair<std::pair<quint32, quint32>, QString>> lastCompression;
 };
 
 // The items of a folder mostly belong to one project: they share one copy of
@@ -205,12 +208,20 @@ void TarnPMRScannerOperation::addUnlistedFiles(FolderScan& scan,
     }
 }
 
-void TarnPMRScannerOperation::completeFromMediaDatabase(const FolderScan& scan,
+void TarnPMRScannerOperation::completeFromMediaDatabase(FolderScan& scan,
                                                         TarnDatabaseItem* item) const {
     scan.mdb->addInfoToItem(item);
     if (item->isAudio()) {
         item->DB_CompressionString = QStringLiteral("Audio");
-    } else {
+        return;
+    }
+    // The text follows from the code and the resolution alone, and the
+    // items of a folder mostly share both.
+    const auto key = std::make_pair(item->compressionCode(), item->DB_DIDResolutionID);
+    if (!scan.lastCompression || scan.lastCompression->first != key) {
         setCompressionStringForItem(item);
+        scan.lastCompression = std::make_pair(key, item->DB_CompressionString);
+    } else {
+        item->DB_CompressionString = scan.lastCompression->second;
     }
 }

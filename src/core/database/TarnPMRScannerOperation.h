@@ -49,7 +49,7 @@ class TarnPMRScannerOperation : public QRunnable {
     quint32 addIndexedItems(FolderScan& scan, PMRFile& pmr, int folderFd) const;
     void addUnlistedFiles(FolderScan& scan, const QList<TarnFolderReader::Entry>& entries,
                           int folderFd) const;
-    void completeFromMediaDatabase(const FolderScan& scan, TarnDatabaseItem* item) const;
+    void completeFromMediaDatabase(FolderScan& scan, TarnDatabaseItem* item) const;
     static void shareProjectName(FolderScan& scan, QString& project);
 
     QString pmrURL_;
