@@ -113,6 +113,28 @@ QDateTime localDate(const QDateTime& date) {
     return zone.isValid() ? date.toTimeZone(zone) : date.toLocalTime();
 }
 
+// The date in the user's locale (short date and time). The files of a media
+// folder are often made within the same millisecond: the last text made in
+// this thread serves an equal date in the same locale.
+QString shortDateText(const QDateTime& date) {
+    struct Last {
+        qint64 msecs = 0;
+        QLocale locale;
+        QString text;
+        bool made = false;
+    };
+    thread_local Last last;
+    const qint64 msecs = date.toMSecsSinceEpoch();
+    const QLocale locale;
+    if (!last.made || last.msecs != msecs || last.locale != locale) {
+        last.text = locale.toString(localDate(date), QLocale::ShortFormat);
+        last.msecs = msecs;
+        last.locale = locale;
+        last.made = true;
+    }
+    return last.text;
+}
+
 }  // namespace
 
 TarnDatabaseItem::TarnDatabaseItem() {
@@ -429,8 +451,7 @@ QString TarnDatabaseItem::DB_Date_String() const {
     if (dateStringMade_.load(std::memory_order_acquire)) return dateString_;
     QMutexLocker locker(&mutex);
     if (!dateStringMade_.load(std::memory_order_relaxed)) {
-        if (DB_Date.isValid())
-            dateString_ = QLocale().toString(localDate(DB_Date), QLocale::ShortFormat);
+        if (DB_Date.isValid()) dateString_ = shortDateText(DB_Date);
         dateStringMade_.store(true, std::memory_order_release);
     }
     return dateString_;
