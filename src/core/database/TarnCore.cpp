@@ -334,8 +334,8 @@ void TarnCore::keepFirstOfEach(const std::vector<quint64>& order) {
     // A repeat follows the first of its kind; it is logged as the tree would,
     // in the order the items were found.
     std::vector<std::pair<quint32, quint32>> repeats;  // the repeat, its first
-    QList<TarnItemPtr> kept;
-    kept.reserve(items_.size());
+    std::vector<quint32> firsts;
+    firsts.reserve(positions.size());
     quint32 first = 0;
     for (size_t k = 0; k < positions.size(); ++k) {
         const quint32 i = positions[k];
@@ -345,10 +345,14 @@ void TarnCore::keepFirstOfEach(const std::vector<quint64>& order) {
             continue;
         }
         first = i;
-        kept.append(items_[i]);
+        firsts.push_back(i);
     }
     std::sort(repeats.begin(), repeats.end());
     for (const auto& [repeat, original] : repeats) uniqueEqual(items_[repeat], items_[original]);
+    // The kept items move over; the list is replaced whole.
+    QList<TarnItemPtr> kept;
+    kept.reserve(qsizetype(firsts.size()));
+    for (const quint32 i : firsts) kept.append(std::move(items_[i]));
     items_ = std::move(kept);
     invalidateCaches();
 }
