@@ -100,6 +100,8 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     objectTree_ = std::make_unique<TarnRBTree_u32t_u32t>();
     objectStarts_.clear();
     objectsInOrder_ = true;
+    objectByID_.clear();
+    firstObjectID_ = 0;
     compositions_ = 0;
     entryCount_ = 0;
     clipTableSeen_ = false;
@@ -196,6 +198,15 @@ bool TarnOMFI::readTOC() {
         for (const auto& [objectID, index] : objectStarts_)
             objectTree_->TreeInsert(objectID, index);
         objectStarts_.clear();
+    } else if (!objectStarts_.empty()) {
+        // A table at most four times the objects (and a little) is worth it.
+        const quint64 range = quint64(objectStarts_.back().first) - objectStarts_.front().first + 1;
+        if (range <= 4 * quint64(objectStarts_.size()) + 1024) {
+            firstObjectID_ = objectStarts_.front().first;
+            objectByID_.assign(size_t(range), kNoIndex);
+            for (const auto& [objectID, index] : objectStarts_)
+                objectByID_[objectID - firstObjectID_] = index;
+        }
     }
     if (indicator_) indicator_->setDoubleValue(steps);
     return true;
@@ -287,7 +298,10 @@ quint32 TarnOMFI::lookForProperty(quint32 propertyID, quint32 index) const {
 quint32 TarnOMFI::tocIndexForObject(quint32 objectID) const {
     if (!objectTree_) return kNoIndex;
     quint32 index = kNoIndex;
-    if (objectsInOrder_) {
+    if (!objectByID_.empty()) {
+        if (objectID >= firstObjectID_ && objectID - firstObjectID_ < objectByID_.size())
+            index = objectByID_[objectID - firstObjectID_];
+    } else if (objectsInOrder_) {
         const auto at = std::lower_bound(
             objectStarts_.begin(), objectStarts_.end(), objectID,
             [](const std::pair<quint32, quint32>& start, quint32 id) { return start.first < id; });

@@ -176,6 +176,11 @@ class TarnOMFI : public TarnMediaReader {
     // here finds an object; otherwise objectTree_ holds them.
     std::vector<std::pair<quint32, quint32>> objectStarts_;
     bool objectsInOrder_ = true;
+    // When the IDs in order are also dense (as a media database numbers its
+    // objects), the first entry of object firstObjectID_ + k is at
+    // objectByID_[k] (kNoIndex for an ID no object has).
+    std::vector<quint32> objectByID_;
+    quint32 firstObjectID_ = 0;
     TarnProgressIndicator* indicator_ = nullptr;
 
     mutable quint64 work_ = 0;
