@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <optional>
+#include <vector>
+
 #include <QStringDecoder>
 #include <QtEndian>
 
@@ -8,6 +12,7 @@
 #include "TestSupport.h"
 #include "readers/TarnMacText.h"
 #include "readers/UIDtoBentoObj.h"
+#include "readers/UIDtoBentoObjTree.h"
 
 namespace {
 
@@ -100,6 +105,28 @@ TEST(OmfValues, IdentifierTreeRulesLogMissingNodes) {
 }
 
 // Each table gives what the platform's codec gives, where there is one.
+// Tables come in any order and may list an identifier twice: the last
+// listing wins, and a look-up between or beyond the keys finds nothing.
+TEST(OmfValues, IdentifierTableLookUps) {
+    const std::vector<std::pair<quint64, quint32>> listed = {
+        {0x50, 1}, {0x10, 2}, {0xFFFFFFFF00000000ull, 3}, {0x50, 4}, {0x30, 5},
+        {0x10, 6}, {0x50, 7}};
+    const std::vector<std::pair<quint64, std::optional<quint32>>> asked = {
+        {0x50, 7}, {0x10, 6},  {0x30, 5},  {0xFFFFFFFF00000000ull, 3},
+        {0x0, {}}, {0x20, {}}, {0x51, {}}, {0xFFFFFFFFFFFFFFFFull, {}}};
+    for (const bool inOrder : {false, true}) {
+        UIDtoBentoObjTree table;
+        EXPECT_EQ(table.find(0x50), std::nullopt);
+        auto entries = listed;
+        if (inOrder)
+            std::stable_sort(entries.begin(), entries.end(),
+                             [](auto& a, auto& b) { return a.first < b.first; });
+        for (const auto& [key, object] : entries) table.insert(key, object);
+        EXPECT_EQ(table.count(), qsizetype(listed.size()));
+        for (const auto& [key, object] : asked) EXPECT_EQ(table.find(key), object) << key;
+    }
+}
+
 TEST(OmfValues, MacTextTablesMatchThePlatformCodecs) {
     const struct {
         TarnMacText::Encoding encoding;

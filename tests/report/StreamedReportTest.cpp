@@ -21,6 +21,7 @@
 #include "report/TarnColumns.h"
 #include "report/TarnExport.h"
 #include "report/TarnExportTable.h"
+#include "report/TarnItemRows.h"
 #include "report/TarnJsonReport.h"
 #include "report/TarnReportSink.h"
 
@@ -240,6 +241,44 @@ TEST(StreamedReport, LargeTableIsItsRowsWrittenAlone) {
     const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes);
     EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
     EXPECT_EQ(parsed.object().value(QStringLiteral("rows")).toArray().size(), 2500);
+}
+
+// The same rows, read by one thread only.
+class OneThreadRows : public TarnReportRows {
+  public:
+    explicit OneThreadRows(const TarnReportRows& rows) : rows_(rows) {}
+    QString title() const override { return rows_.title(); }
+    QStringList headers() const override { return rows_.headers(); }
+    qsizetype rowCount() const override { return rows_.rowCount(); }
+    void cells(qsizetype row, QStringList& cells) const override { rows_.cells(row, cells); }
+
+  private:
+    const TarnReportRows& rows_;
+};
+
+// Rows of the database are formatted on several threads: the report has the
+// bytes of the same rows formatted in turn, and a failing device still fails
+// it (and ends it).
+TEST(StreamedReport, ItemRowsFormattedTogetherAreTheRowsInTurn) {
+    QList<TarnItemPtr> items;
+    for (int i = 0; i < 2100; ++i) items.append(awkwardItem(i));
+    const TarnItemRows rows(items, QStringLiteral("Tarn"));
+    const OneThreadRows oneThread(rows);
+    const QList<std::pair<const char*, std::function<bool(const TarnReportRows&, QIODevice*)>>>
+        formats = {{"csv",
+                    [](const TarnReportRows& r, QIODevice* device) {
+                        return TarnExport::writeCsv(r, QStringLiteral(","), device);
+                    }},
+                   {"html", &TarnExport::writeHtml}};
+    for (const auto& [name, write] : formats) {
+        TrickleDevice together, inTurn;
+        ASSERT_TRUE(write(rows, &together)) << name;
+        ASSERT_TRUE(write(oneThread, &inTurn)) << name;
+        EXPECT_GT(together.bytes.size(), 100000) << name;
+        EXPECT_TRUE(together.bytes == inTurn.bytes) << name;
+        FullDevice full;
+        EXPECT_FALSE(write(rows, &full)) << name;
+    }
 }
 
 TEST(StreamedReport, AFailedDeviceFailsTheReport) {

@@ -68,6 +68,30 @@ QString lastComponent(const QString& path) {
     return p.mid(p.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
+// Equal texts, as QString's == has them, without its general comparison:
+// the passes over every item compare project names item by item.
+bool sameText(const QString& a, const QString& b) {
+    return a.size() == b.size() &&
+           (a.constData() == b.constData() ||
+            std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0);
+}
+
+// A project by name, for passes over every item: items of one folder come
+// together and mostly share a project, so the last name found is tried
+// before the table. Names must outlive the pass (they are the items' own).
+auto projectLookup(const QHash<QString, TarnProjectPtr>& projects) {
+    return [&projects, lastName = static_cast<const QString*>(nullptr),
+            lastProject =
+                static_cast<TarnProject*>(nullptr)](const QString& name) mutable -> TarnProject* {
+        if (lastName && sameText(name, *lastName)) return lastProject;
+        const auto found = projects.constFind(name);
+        if (found == projects.constEnd()) return nullptr;
+        lastName = &name;
+        lastProject = found->get();
+        return lastProject;
+    };
+}
+
 }  // namespace
 
 TarnCore::TarnCore(TarnScannerQueue* queue)
@@ -202,7 +226,9 @@ void TarnCore::walkFolder(const QString& root) {
             if (entry.isDir) {
                 subfolders.append(base + entry.name);
             } else if (dispatchesByExtension(entry.name)) {
-                AddFile_TypeSelector(base + entry.name);
+                // The operation takes this listing rather than reading the
+                // folder a second time.
+                dispatchFile(base + entry.name, &entries);
             }
         }
         std::sort(subfolders.begin(), subfolders.end());
@@ -211,6 +237,11 @@ void TarnCore::walkFolder(const QString& root) {
 }
 
 void TarnCore::AddFile_TypeSelector(const QString& path) {
+    dispatchFile(path, nullptr);
+}
+
+void TarnCore::dispatchFile(const QString& path,
+                            const QList<TarnFolderReader::Entry>* folderEntries) {
     auto* status = TarnStatusViewController::getTheController();
     if (TarnFileName::hasExtension(path, QLatin1String("pmr"))) {
         status->Status_SetTextWithString(path);
@@ -218,6 +249,7 @@ void TarnCore::AddFile_TypeSelector(const QString& path) {
         operation->setCore(this);
         operation->setCoreLock(&coreLock_);
         operation->setPmrURL(path);
+        if (folderEntries) operation->setFolderEntries(*folderEntries);
         queue_->addOperation(operation);
     } else if (TarnFileName::hasExtension(path, QLatin1String("aaf"))) {
         status->Status_SetTextWithString(path);
@@ -271,11 +303,63 @@ quint64 TarnCore::identifierOrder(const TarnDatabaseItem& item) {
     return (quint64(a) << 32) | b;
 }
 
-// The tree holds positions; the identifiers are read from one contiguous
-// array, and the items themselves are touched only when identifiers tie.
+// Keeps the first item of each identifier and path, in the order of
+// identifier and path. When every item has a path the rules are a total
+// order, and a sort of positions gives what the tree gives; an item without a
+// path makes the outcome depend on the tree's shape, so the tree decides.
 void TarnCore::makeUnique() {
     std::vector<quint64> order(size_t(items_.size()));
-    for (qsizetype i = 0; i < items_.size(); ++i) order[size_t(i)] = identifierOrder(*items_[i]);
+    bool everyPath = true;
+    for (qsizetype i = 0; i < items_.size(); ++i) {
+        order[size_t(i)] = identifierOrder(*items_[i]);
+        everyPath = everyPath && !items_[i]->DB_itemPath.isNull();
+    }
+    if (items_.isEmpty()) return;
+    if (everyPath) {
+        keepFirstOfEach(order);
+    } else {
+        keepFirstOfEachInTree(order);
+    }
+}
+
+void TarnCore::keepFirstOfEach(const std::vector<quint64>& order) {
+    std::vector<quint32> positions(order.size());
+    for (size_t i = 0; i < positions.size(); ++i) positions[i] = quint32(i);
+    std::sort(positions.begin(), positions.end(), [&](quint32 a, quint32 b) {
+        if (order[a] != order[b]) return order[a] < order[b];
+        const int c =
+            QString::compare(items_[a]->DB_itemPath, items_[b]->DB_itemPath, Qt::CaseSensitive);
+        return c != 0 ? c < 0 : a < b;
+    });
+    // A repeat follows the first of its kind; it is logged as the tree would,
+    // in the order the items were found.
+    std::vector<std::pair<quint32, quint32>> repeats;  // the repeat, its first
+    std::vector<quint32> firsts;
+    firsts.reserve(positions.size());
+    quint32 first = 0;
+    for (size_t k = 0; k < positions.size(); ++k) {
+        const quint32 i = positions[k];
+        if (k > 0 && order[i] == order[first] &&
+            items_[i]->DB_itemPath == items_[first]->DB_itemPath) {
+            repeats.emplace_back(i, first);
+            continue;
+        }
+        first = i;
+        firsts.push_back(i);
+    }
+    std::sort(repeats.begin(), repeats.end());
+    for (const auto& [repeat, original] : repeats) uniqueEqual(items_[repeat], items_[original]);
+    // The kept items move over; the list is replaced whole.
+    QList<TarnItemPtr> kept;
+    kept.reserve(qsizetype(firsts.size()));
+    for (const quint32 i : firsts) kept.append(std::move(items_[i]));
+    items_ = std::move(kept);
+    invalidateCaches();
+}
+
+// The tree holds positions; the identifiers are read from one contiguous
+// array, and the items themselves are touched only when identifiers tie.
+void TarnCore::keepFirstOfEachInTree(const std::vector<quint64>& order) {
     TarnRBTree<quint32> tree;
     tree.setEQBlock([&](const quint32& a, const quint32& b) {
         return order[a] == order[b] && uniqueEqual(items_[a], items_[b]);
@@ -350,10 +434,9 @@ void TarnCore::invalidateCaches() {
 void TarnCore::refreshProjectCache() {
     projectOf_.assign(size_t(items_.size()), nullptr);
     if (!projectByName_.isEmpty()) {
-        for (qsizetype i = 0; i < items_.size(); ++i) {
-            const auto found = projectByName_.constFind(projectNameOf(*items_[i]));
-            if (found != projectByName_.constEnd()) projectOf_[size_t(i)] = found->get();
-        }
+        auto lookup = projectLookup(projectByName_);
+        for (qsizetype i = 0; i < items_.size(); ++i)
+            projectOf_[size_t(i)] = lookup(projectNameOf(*items_[i]));
     }
     projectCacheValid_ = true;
 }
@@ -468,16 +551,26 @@ void TarnCore::SortDefault() {
     {
         QHash<QString, quint32> idOf;
         QStringList names;
+        // Items of one folder come together and mostly share a project: the
+        // last name found is tried before the table.
+        const QString* lastName = nullptr;
+        quint32 lastId = 0;
         for (size_t i = 0; i < count; ++i) {
             const TarnDatabaseItem* item = items_[qsizetype(i)].get();
             if (!item) continue;
             const QString& name = projectNameOf(*item);
+            if (lastName && sameText(name, *lastName)) {
+                projectIds[i] = lastId;
+                continue;
+            }
             auto it = idOf.constFind(name);
             if (it == idOf.cend()) {
                 it = idOf.insert(name, quint32(names.size()));
                 names.append(name);
             }
             projectIds[i] = it.value();
+            lastName = &name;
+            lastId = it.value();
         }
         std::vector<quint32> byName(size_t(names.size()));
         for (size_t r = 0; r < byName.size(); ++r) byName[r] = quint32(r);
@@ -553,19 +646,20 @@ void TarnCore::prepareProjectsSummary() {
     // project cache of applyFilter.
     const auto filter = TarnFilter::sharedFilter()->snapshot();
     projectOf_.assign(size_t(items_.size()), nullptr);
+    auto lookup = projectLookup(projectByName_);
     for (qsizetype i = 0; i < items_.size(); ++i) {
         const TarnDatabaseItem* item = items_[i].get();
         const QString& name = projectNameOf(*item);
-        auto found = projectByName_.find(name);
+        TarnProject* project = lookup(name);
         const bool counted = item->DB_isValid && filter.itemPassFilter(item);
-        if (found == projectByName_.end()) {
+        if (!project) {
             if (!counted) continue;
-            found = projectByName_.insert(name, std::make_shared<TarnProject>(name));
+            project = projectByName_.insert(name, std::make_shared<TarnProject>(name))->get();
         }
-        projectOf_[size_t(i)] = found->get();
+        projectOf_[size_t(i)] = project;
         if (!counted) continue;
-        (*found)->SizeValue += item->DB_filesize.value_or(0);
-        (*found)->FilesCount += 1;
+        project->SizeValue += item->DB_filesize.value_or(0);
+        project->FilesCount += 1;
     }
     // A project made for a later item is missed by earlier ones of its name.
     for (qsizetype i = 0; i < items_.size(); ++i) {

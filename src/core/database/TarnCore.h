@@ -11,6 +11,7 @@
 #include <mutex>
 #include <vector>
 
+#include "database/TarnFolderReader.h"
 #include "database/TarnProject.h"
 #include "database/TarnSortDescriptor.h"
 #include "items/TarnDatabaseItem.h"
@@ -129,6 +130,11 @@ class TarnCore : public QObject {
     void applySetOperation(const QList<TarnItemPtr>& binItems, SetOperation operation);
     void runBinOperation(const QStringList& binPaths, SetOperation operation);
     void walkFolder(const QString& root);
+    // The two ways of makeUnique (see there).
+    void keepFirstOfEach(const std::vector<quint64>& order);
+    void keepFirstOfEachInTree(const std::vector<quint64>& order);
+    // AddFile_TypeSelector with the listing of the file's folder, when known.
+    void dispatchFile(const QString& path, const QList<TarnFolderReader::Entry>* folderEntries);
     // Bytes 16..23 of each item's file package UMID as one number that orders
     // like isLessByUUID (word 16..19, then word 20..23).
     static quint64 identifierOrder(const TarnDatabaseItem& item);

@@ -4,6 +4,8 @@
 
 #include <fcntl.h>
 #include <unistd.h>
+#include <optional>
+#include <utility>
 
 #include "database/TarnCore.h"
 #include "database/TarnFolderReader.h"
@@ -59,11 +61,25 @@ struct TarnPMRScannerOperation::FolderScan {
     std::unique_ptr<TarnMediafile> mdb;
     quint64 compositions = 0;
     // The names on disk that the index accounts for.
-    QSet<QString> accounted{QStringLiteral("msmMMOB.mdb"), QStringLiteral("amaMMOB.mdb"),
-                            QStringLiteral("msmFMID.pmr"), QStringLiteral("amaFMID.pmr"),
-                            QStringLiteral("Creating")};
+    // Views into the items' paths (kept in `result` until the folder is
+    // done) and into static texts: no name is copied.
+    QSet<QStringView> accounted{u"msmMMOB.mdb", u"amaMMOB.mdb", u"msmFMID.pmr", u"amaFMID.pmr",
+                                u"Creating"};
     QList<TarnItemPtr> result;
+    QString lastProject;
+    std::optional<std::pair<std::pair<quint32, quint32>, QString>> lastCompression;
 };
+
+// The items of a folder mostly belong to one project: they share one copy of
+// its name (a null or empty name is kept as it is, the two differ).
+void TarnPMRScannerOperation::shareProjectName(FolderScan& scan, QString& project) {
+    if (project.isEmpty()) return;
+    if (project == scan.lastProject) {
+        project = scan.lastProject;
+    } else {
+        scan.lastProject = project;
+    }
+}
 
 namespace {
 
@@ -111,8 +127,8 @@ void TarnPMRScannerOperation::main() {
     }
 
     const FolderHandle folderHandle(scan.folder);
-    QList<TarnFolderReader::Entry> entries;
-    TarnFolderReader::list(scan.folder, entries);
+    QList<TarnFolderReader::Entry> entries = std::move(folderEntries_);
+    if (!hasFolderEntries_) TarnFolderReader::list(scan.folder, entries);
     if (entries.size() >= kLargeFolder) {
         TARN_LOG(QStringLiteral("**** Warning **** %1 contains %2 files")
                      .arg(scan.folder)
@@ -159,7 +175,7 @@ quint32 TarnPMRScannerOperation::addIndexedItems(FolderScan& scan, PMRFile& pmr,
         // round trip gives back exactly ("a%41b.wav" stays "a%41b.wav"). An
         // AMA link's path now ends in ".aaf": that name is accounted for too.
         const QString& path = item->DB_itemPath;
-        scan.accounted.insert(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1));
+        scan.accounted.insert(QStringView(path).mid(path.lastIndexOf(QLatin1Char('/')) + 1));
         ++counter;
         if (scan.wheel && scan.compositions != 0)
             scan.wheel->setDoubleValue(double(scan.compositions) - counter);
@@ -172,6 +188,7 @@ quint32 TarnPMRScannerOperation::addIndexedItems(FolderScan& scan, PMRFile& pmr,
         } else if (item->DB_FileExists && item->DB_NameInBin.isEmpty()) {
             item->addinfoToItemFromCorrespondingFile();
         }
+        shareProjectName(scan, item->DB_ProjectName);
         scan.result.append(std::move(item));
     }
     return counter;
@@ -182,7 +199,7 @@ void TarnPMRScannerOperation::addUnlistedFiles(FolderScan& scan,
                                                const QList<TarnFolderReader::Entry>& entries,
                                                int folderFd) const {
     for (const auto& entry : entries) {
-        if (entry.isDir || scan.accounted.contains(entry.name)) continue;
+        if (entry.isDir || scan.accounted.contains(QStringView(entry.name))) continue;
         auto item = std::make_shared<TarnDatabaseItem>();
         item->setupWithUnrefFile(scan.folder, entry.name);
         item->validatePathAt(folderFd, entry.name);
@@ -191,12 +208,20 @@ void TarnPMRScannerOperation::addUnlistedFiles(FolderScan& scan,
     }
 }
 
-void TarnPMRScannerOperation::completeFromMediaDatabase(const FolderScan& scan,
+void TarnPMRScannerOperation::completeFromMediaDatabase(FolderScan& scan,
                                                         TarnDatabaseItem* item) const {
     scan.mdb->addInfoToItem(item);
     if (item->isAudio()) {
         item->DB_CompressionString = QStringLiteral("Audio");
-    } else {
+        return;
+    }
+    // The text follows from the code and the resolution alone, and the
+    // items of a folder mostly share both.
+    const auto key = std::make_pair(item->compressionCode(), item->DB_DIDResolutionID);
+    if (!scan.lastCompression || scan.lastCompression->first != key) {
         setCompressionStringForItem(item);
+        scan.lastCompression = std::make_pair(key, item->DB_CompressionString);
+    } else {
+        item->DB_CompressionString = scan.lastCompression->second;
     }
 }

@@ -28,6 +28,12 @@ class TarnPMRScannerOperation : public QRunnable {
     QString pmrURL() const { return pmrURL_; }
     void setCore(TarnCore* core) { core_ = core; }
     void setCoreLock(std::mutex* lock) { coreLock_ = lock; }
+    // The listing of the index file's folder when the walk that found the
+    // index has just read it; without one the operation lists the folder.
+    void setFolderEntries(const QList<TarnFolderReader::Entry>& entries) {
+        folderEntries_ = entries;
+        hasFolderEntries_ = true;
+    }
 
     void run() override { main(); }
     void main();
@@ -43,9 +49,12 @@ class TarnPMRScannerOperation : public QRunnable {
     quint32 addIndexedItems(FolderScan& scan, PMRFile& pmr, int folderFd) const;
     void addUnlistedFiles(FolderScan& scan, const QList<TarnFolderReader::Entry>& entries,
                           int folderFd) const;
-    void completeFromMediaDatabase(const FolderScan& scan, TarnDatabaseItem* item) const;
+    void completeFromMediaDatabase(FolderScan& scan, TarnDatabaseItem* item) const;
+    static void shareProjectName(FolderScan& scan, QString& project);
 
     QString pmrURL_;
     TarnCore* core_ = nullptr;
     std::mutex* coreLock_ = nullptr;
+    QList<TarnFolderReader::Entry> folderEntries_;
+    bool hasFolderEntries_ = false;
 };

@@ -70,11 +70,28 @@ QDateTime utcDate(qint64 seconds, qint64 nanoseconds) {
 // The file is looked up as `lookup` relative to dirFd (AT_FDCWD for a full
 // path). Links are followed.
 bool statFile(int dirFd, const QString& lookup, quint64& size, QDateTime& created) {
-    const QByteArray native = TarnFileName::encode(lookup);
+    // A short ASCII name (nearly every media file's) is its own bytes: it is
+    // copied to the stack rather than encoded into a new array.
+    char ascii[256];
+    QByteArray encoded;
+    const char* native = ascii;
+    const qsizetype n = lookup.size();
+    const auto* units = reinterpret_cast<const char16_t*>(lookup.constData());
+    bool plain = n < qsizetype(sizeof ascii);
+    for (qsizetype i = 0; plain && i < n; ++i) {
+        plain = units[i] < 0x80;
+        ascii[i] = char(units[i]);
+    }
+    if (plain) {
+        ascii[n] = 0;
+    } else {
+        encoded = TarnFileName::encode(lookup);
+        native = encoded.constData();
+    }
     struct statx sx;
-    if (::statx(dirFd, native.constData(), 0, STATX_BASIC_STATS | STATX_BTIME, &sx) != 0) {
+    if (::statx(dirFd, native, 0, STATX_BASIC_STATS | STATX_BTIME, &sx) != 0) {
         struct stat st;
-        if (errno != ENOSYS || ::fstatat(dirFd, native.constData(), &st, 0) != 0) return false;
+        if (errno != ENOSYS || ::fstatat(dirFd, native, &st, 0) != 0) return false;
         size = quint64(st.st_size);
         created = st.st_ctim.tv_sec != 0 ? utcDate(st.st_ctim.tv_sec, st.st_ctim.tv_nsec)
                                          : utcDate(st.st_mtim.tv_sec, st.st_mtim.tv_nsec);
@@ -94,6 +111,28 @@ bool statFile(int dirFd, const QString& lookup, quint64& size, QDateTime& create
 QDateTime localDate(const QDateTime& date) {
     static const QTimeZone zone = QTimeZone::systemTimeZone();
     return zone.isValid() ? date.toTimeZone(zone) : date.toLocalTime();
+}
+
+// The date in the user's locale (short date and time). The files of a media
+// folder are often made within the same millisecond: the last text made in
+// this thread serves an equal date in the same locale.
+QString shortDateText(const QDateTime& date) {
+    struct Last {
+        qint64 msecs = 0;
+        QLocale locale;
+        QString text;
+        bool made = false;
+    };
+    thread_local Last last;
+    const qint64 msecs = date.toMSecsSinceEpoch();
+    const QLocale locale;
+    if (!last.made || last.msecs != msecs || last.locale != locale) {
+        last.text = locale.toString(localDate(date), QLocale::ShortFormat);
+        last.msecs = msecs;
+        last.locale = locale;
+        last.made = true;
+    }
+    return last.text;
 }
 
 }  // namespace
@@ -143,19 +182,16 @@ void TarnDatabaseItem::setupWithPmrBytes(const void* bytes, qsizetype length, qu
                                          bool useByteSwap) {
     if ((uidSize != 2 && uidSize != 8) || !bytes || length <= 0) return;
     DB_SizeofUID = uidSize;
-    // A working copy: the counts are swapped in place when asked.
-    QByteArray entry(static_cast<const char*>(bytes), length);
-    auto* b = reinterpret_cast<quint8*>(entry.data());
+    const auto* b = static_cast<const quint8*>(bytes);
     const qsizetype uidBytes = uidSize == 8 ? 32 : 8;
     // A short identifier sits in bytes 16..23 of the 32-byte buffer.
     const qsizetype uidOffset = uidSize == 8 ? 0 : 16;
 
-    // Reads a 16-bit count at p, swapping it in the copy first when asked.
+    // Reads a 16-bit count at p, its bytes swapped when asked.
     auto count16 = [&](qsizetype p) -> quint16 {
-        if (useByteSwap) std::swap(b[p], b[p + 1]);
         quint16 v;
         std::memcpy(&v, b + p, 2);
-        return v;
+        return useByteSwap ? quint16((v >> 8) | (v << 8)) : v;
     };
 
     qsizetype p = 0;
@@ -292,9 +328,8 @@ void TarnDatabaseItem::setMaterialUIDWithNSData(const QByteArray& data) {
 }
 
 void TarnDatabaseItem::checkForAudioTypeByExtension() {
-    const QString ext = TarnFileName::extension(DB_ClipName);
     for (const char* audio : {"aif", "wav", "sd2", "lrc"}) {
-        if (ext.compare(QLatin1String(audio), Qt::CaseInsensitive) == 0) {
+        if (TarnFileName::hasExtension(DB_ClipName, QLatin1String(audio))) {
             std::memcpy(CompressionFourCC, "_AUD", 4);
             break;
         }
@@ -416,8 +451,7 @@ QString TarnDatabaseItem::DB_Date_String() const {
     if (dateStringMade_.load(std::memory_order_acquire)) return dateString_;
     QMutexLocker locker(&mutex);
     if (!dateStringMade_.load(std::memory_order_relaxed)) {
-        if (DB_Date.isValid())
-            dateString_ = QLocale().toString(localDate(DB_Date), QLocale::ShortFormat);
+        if (DB_Date.isValid()) dateString_ = shortDateText(DB_Date);
         dateStringMade_.store(true, std::memory_order_release);
     }
     return dateString_;

@@ -3,6 +3,7 @@
 #include <QSet>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstring>
 
 #include "items/TarnDatabaseItem.h"
@@ -97,6 +98,10 @@ bool TarnOMFI::openFile(const QString& path, TarnProgressIndicator* indicator) {
     secondTree_ = std::make_unique<UIDtoBentoObjTree>();
     fileTree_ = std::make_unique<UIDtoBentoObjTree>();
     objectTree_ = std::make_unique<TarnRBTree_u32t_u32t>();
+    objectStarts_.clear();
+    objectsInOrder_ = true;
+    objectByID_.clear();
+    firstObjectID_ = 0;
     compositions_ = 0;
     entryCount_ = 0;
     clipTableSeen_ = false;
@@ -168,7 +173,9 @@ bool TarnOMFI::readTOC() {
     for (quint32 i = 0; i < entryCount_; ++i) {
         const quint32 objectID = objectIDAt(i);
         if (i == 0 || objectID != objectIDAt(i - 1)) {
-            objectTree_->TreeInsert(objectID, i);
+            if (!objectStarts_.empty() && objectID <= objectStarts_.back().first)
+                objectsInOrder_ = false;
+            objectStarts_.emplace_back(objectID, i);
             ++seen;
             if (seen % kObjectsPerProgressStep == 0 && progressShown(indicator_)) {
                 indicator_->setDoubleValue(double(seen / kObjectsPerProgressStep));
@@ -186,6 +193,20 @@ bool TarnOMFI::readTOC() {
             }
         }
         if (propertyID == kGlobalTypeName || propertyID == kGlobalPropName) readGlobalName(i);
+    }
+    if (!objectsInOrder_) {
+        for (const auto& [objectID, index] : objectStarts_)
+            objectTree_->TreeInsert(objectID, index);
+        objectStarts_.clear();
+    } else if (!objectStarts_.empty()) {
+        // A table at most four times the objects (and a little) is worth it.
+        const quint64 range = quint64(objectStarts_.back().first) - objectStarts_.front().first + 1;
+        if (range <= 4 * quint64(objectStarts_.size()) + 1024) {
+            firstObjectID_ = objectStarts_.front().first;
+            objectByID_.assign(size_t(range), kNoIndex);
+            for (const auto& [objectID, index] : objectStarts_)
+                objectByID_[objectID - firstObjectID_] = index;
+        }
     }
     if (indicator_) indicator_->setDoubleValue(steps);
     return true;
@@ -276,7 +297,18 @@ quint32 TarnOMFI::lookForProperty(quint32 propertyID, quint32 index) const {
 
 quint32 TarnOMFI::tocIndexForObject(quint32 objectID) const {
     if (!objectTree_) return kNoIndex;
-    const quint32 index = objectTree_->TreefindNode(objectID);
+    quint32 index = kNoIndex;
+    if (!objectByID_.empty()) {
+        if (objectID >= firstObjectID_ && objectID - firstObjectID_ < objectByID_.size())
+            index = objectByID_[objectID - firstObjectID_];
+    } else if (objectsInOrder_) {
+        const auto at = std::lower_bound(
+            objectStarts_.begin(), objectStarts_.end(), objectID,
+            [](const std::pair<quint32, quint32>& start, quint32 id) { return start.first < id; });
+        if (at != objectStarts_.end() && at->first == objectID) index = at->second;
+    } else {
+        index = objectTree_->TreefindNode(objectID);
+    }
     return index < entryCount_ ? index : kNoIndex;
 }
 

@@ -8,6 +8,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "items/TarnDatabaseItem.h"
 #include "items/TarnRBTree_u32t_u32t.h"
@@ -169,6 +171,16 @@ class TarnOMFI : public TarnMediaReader {
     std::unique_ptr<UIDtoBentoObjTree> secondTree_;
     std::unique_ptr<UIDtoBentoObjTree> fileTree_;
     std::unique_ptr<TarnRBTree_u32t_u32t> objectTree_;
+    // The first TOC entry of each object, in TOC order. When the object IDs
+    // rise through the TOC (as the container writes them) a binary search
+    // here finds an object; otherwise objectTree_ holds them.
+    std::vector<std::pair<quint32, quint32>> objectStarts_;
+    bool objectsInOrder_ = true;
+    // When the IDs in order are also dense (as a media database numbers its
+    // objects), the first entry of object firstObjectID_ + k is at
+    // objectByID_[k] (kNoIndex for an ID no object has).
+    std::vector<quint32> objectByID_;
+    quint32 firstObjectID_ = 0;
     TarnProgressIndicator* indicator_ = nullptr;
 
     mutable quint64 work_ = 0;

@@ -2,18 +2,22 @@
 
 #include <QtGlobal>
 
-#include <deque>
 #include <optional>
+#include <vector>
 
-#include "items/TarnRBTree.h"
 #include "readers/UIDtoBentoObj.h"
 
-// An identifier table of a media database as an ordered tree: short
-// identifier -> Bento object ID. The nodes live here; the tree orders them.
-// When an identifier is listed more than once, the last listing wins.
+// An identifier table of a media database, ordered for look-ups: short
+// identifier -> Bento object ID. When an identifier is listed more than once,
+// the last listing wins.
+//
+// A table is read whole before it is asked: the nodes are kept in the order
+// listed and put in key order (equal keys in listing order) at the first
+// look-up, so a look-up is a binary search over one array rather than a walk
+// through nodes of a tree.
 class UIDtoBentoObjTree {
   public:
-    UIDtoBentoObjTree();
+    UIDtoBentoObjTree() = default;
     UIDtoBentoObjTree(const UIDtoBentoObjTree&) = delete;
     UIDtoBentoObjTree& operator=(const UIDtoBentoObjTree&) = delete;
 
@@ -23,6 +27,6 @@ class UIDtoBentoObjTree {
     qsizetype count() const { return qsizetype(nodes_.size()); }
 
   private:
-    std::deque<UIDtoBentoObj> nodes_;  // stable addresses for the tree
-    TarnRBTree<const UIDtoBentoObj*> tree_;
+    std::vector<UIDtoBentoObj> nodes_;
+    bool ordered_ = true;
 };

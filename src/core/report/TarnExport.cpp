@@ -6,6 +6,7 @@
 
 #include "report/TarnJsonWriter.h"
 #include "report/TarnReportSink.h"
+#include "report/TarnRowChunks.h"
 
 namespace {
 
@@ -55,14 +56,33 @@ const char* kHtmlHead =
     "<style type='text/css'>td { max-width: 400px; word-wrap:break-word; }</style>  "
     "</head>\n";
 
-// Runs `write` over each row in turn, the cell list reused from row to row.
-void eachRow(const TarnReportRows& rows, const std::function<void(const QStringList&)>& write) {
+// Runs `write` over rows [first, end) in turn, the cell list reused from row
+// to row.
+void eachRow(const TarnReportRows& rows, qsizetype first, qsizetype end,
+             const std::function<void(const QStringList&)>& write) {
     QStringList cells;
-    const qsizetype count = rows.rowCount();
-    for (qsizetype r = 0; r < count; ++r) {
+    for (qsizetype r = first; r < end; ++r) {
         cells.clear();
         rows.cells(r, cells);
         write(cells);
+    }
+}
+
+void eachRow(const TarnReportRows& rows, const std::function<void(const QStringList&)>& write) {
+    eachRow(rows, 0, rows.rowCount(), write);
+}
+
+// The rows written by `line` into the sink, formatted on several threads
+// when the rows allow it.
+void allRows(const TarnReportRows& rows, TarnReportSink& sink,
+             const std::function<void(TarnReportSink&, const QStringList&)>& line) {
+    const auto format = [&](qsizetype first, qsizetype end, TarnReportSink& part) {
+        eachRow(rows, first, end, [&](const QStringList& cells) { line(part, cells); });
+    };
+    if (rows.cellsFromAnyThread()) {
+        TarnRowChunks::write(rows.rowCount(), format, sink);
+    } else {
+        format(0, rows.rowCount(), sink);
     }
 }
 
@@ -79,8 +99,9 @@ bool TarnExport::writeCsv(const TarnReportRows& rows, const QString& separator, 
     TarnReportSink sink(device);
     const QStringList headers = rows.headers();
     csvLine(sink, headers, headers.size(), separator);
-    eachRow(rows,
-            [&](const QStringList& cells) { csvLine(sink, cells, headers.size(), separator); });
+    allRows(rows, sink, [&](TarnReportSink& part, const QStringList& cells) {
+        csvLine(part, cells, headers.size(), separator);
+    });
     return sink.flush();
 }
 
@@ -96,11 +117,11 @@ bool TarnExport::writeHtml(const TarnReportRows& rows, QIODevice* device) {
         "<thead><tr>"));
     htmlCells(sink, headers, headers.size(), QLatin1StringView("<th>"), QLatin1StringView("</th>"));
     sink.append(QLatin1StringView("</tr></thead><tbody>"));
-    eachRow(rows, [&](const QStringList& cells) {
-        sink.append(QLatin1StringView("<tr>"));
-        htmlCells(sink, cells, headers.size(), QLatin1StringView("<td>"),
+    allRows(rows, sink, [&](TarnReportSink& part, const QStringList& cells) {
+        part.append(QLatin1StringView("<tr>"));
+        htmlCells(part, cells, headers.size(), QLatin1StringView("<td>"),
                   QLatin1StringView("</td>"));
-        sink.append(QLatin1StringView("</tr>"));
+        part.append(QLatin1StringView("</tr>"));
     });
     sink.append(QLatin1StringView("</tbody></table></div></body></html>"));
     return sink.flush();

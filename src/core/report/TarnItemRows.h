@@ -28,6 +28,7 @@ class TarnItemRows : public TarnReportRows {
     QStringList headers() const override;
     qsizetype rowCount() const override;
     void cells(qsizetype row, QStringList& cells) const override;
+    bool cellsFromAnyThread() const override { return true; }
 
   private:
     const TarnCore* core_ = nullptr;

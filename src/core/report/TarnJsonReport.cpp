@@ -5,6 +5,7 @@
 #include "report/TarnColumns.h"
 #include "report/TarnJsonWriter.h"
 #include "report/TarnReportSink.h"
+#include "report/TarnRowChunks.h"
 #include "support/TarnFileName.h"
 
 namespace {
@@ -216,9 +217,25 @@ bool TarnJsonReport::write(const TarnCore& core, QIODevice* device) {
     json.beginObject();
     json.key(QLatin1StringView("items"));
     json.beginArray();
-    for (qsizetype row = 0; row < core.getFilteredIndexesCount(); ++row) {
-        if (const TarnItemPtr item = core.ObjectAtIndexFiltered(row)) writeItem(json, *item);
-    }
+    // Every shown row has an item, so the array has a member before each row
+    // but the first.
+    std::vector<char> nesting = json.nesting();
+    const qsizetype rows = core.getFilteredIndexesCount();
+    TarnRowChunks::write(
+        rows,
+        [&core, nesting](qsizetype first, qsizetype end, TarnReportSink& part) {
+            TarnJsonWriter items(part);
+            std::vector<char> inArray = nesting;
+            inArray.back() = first > 0 ? 1 : 0;
+            items.setNesting(std::move(inArray));
+            for (qsizetype row = first; row < end; ++row) {
+                if (const TarnItemPtr item = core.ObjectAtIndexFiltered(row))
+                    writeItem(items, *item);
+            }
+        },
+        sink);
+    nesting.back() = rows > 0 ? 1 : 0;
+    json.setNesting(std::move(nesting));
     json.endArray();
     json.key(QLatin1StringView("projects"));
     json.beginArray();

@@ -3,6 +3,7 @@
 #include <QLatin1StringView>
 #include <QStringView>
 
+#include <utility>
 #include <vector>
 
 class TarnReportSink;
@@ -33,6 +34,15 @@ class TarnJsonWriter {
     void number(qint64 value);
     void boolean(bool value);
     void null();
+
+    // For a document written in parts by several writers: the open
+    // containers, outermost first, each 1 when it has a member already. A
+    // writer given the nesting of another goes on where that one stands.
+    std::vector<char> nesting() const { return hasMembers_; }
+    void setNesting(std::vector<char> nesting) {
+        hasMembers_ = std::move(nesting);
+        afterKey_ = false;
+    }
 
   private:
     // Before a value: after a key nothing; in an array the separator of the

@@ -17,4 +17,7 @@ class TarnReportRows {
     // Appends the texts of row `row` (0 to rowCount() - 1) to `cells`, one per
     // header; a missing text is an empty cell.
     virtual void cells(qsizetype row, QStringList& cells) const = 0;
+    // True when cells() may be called from several threads at once (rows
+    // read from the database, not from a view of the interface).
+    virtual bool cellsFromAnyThread() const { return false; }
 };

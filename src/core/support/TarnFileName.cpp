@@ -159,6 +159,16 @@ bool TarnFileName::holdsRawBytes(QStringView text) {
     return nextRawByte(text, 0) >= 0;
 }
 
+namespace {
+// The extension as a view into the path (empty when there is none).
+QStringView extensionView(QStringView path) {
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    if (dot <= slash + 1) return {};
+    return path.mid(dot + 1);
+}
+}  // namespace
+
 QString TarnFileName::extension(const QString& path) {
     const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
     const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
@@ -167,7 +177,8 @@ QString TarnFileName::extension(const QString& path) {
 }
 
 bool TarnFileName::hasExtension(const QString& path, QLatin1StringView ext) {
-    return extension(path).compare(ext, Qt::CaseInsensitive) == 0;
+    // Asked for every file a scan meets: no copy of the extension is made.
+    return extensionView(path).compare(ext, Qt::CaseInsensitive) == 0;
 }
 
 QString TarnFileName::displayText(const QString& text) {
