@@ -196,6 +196,7 @@ void TarnCore::walkFolder(const QString& root) {
     QList<QString> stack{root};
     QList<TarnFolderReader::Entry> entries;
     QList<QString> subfolders;
+    QList<QString> indexFiles;
     while (!stack.isEmpty()) {
         const QString folder = stack.takeLast();
         QString base = folder;
@@ -221,15 +222,21 @@ void TarnCore::walkFolder(const QString& root) {
         // (or without end, through a link to an ancestor); a link to a file
         // is a file.
         subfolders.clear();
+        indexFiles.clear();
         for (const auto& entry : std::as_const(entries)) {
             if (entry.isDir && entry.isLink) continue;
             if (entry.isDir) {
                 subfolders.append(base + entry.name);
             } else if (dispatchesByExtension(entry.name)) {
-                // The operation takes this listing rather than reading the
-                // folder a second time.
-                dispatchFile(base + entry.name, &entries);
+                indexFiles.append(base + entry.name);
             }
+        }
+        if (!indexFiles.isEmpty()) {
+            // The operations take this listing rather than reading the folder
+            // a second time. The walk lets go of it: a list still shared with
+            // an operation on another thread is never cleared in place.
+            for (const QString& path : std::as_const(indexFiles)) dispatchFile(path, &entries);
+            entries = QList<TarnFolderReader::Entry>();
         }
         std::sort(subfolders.begin(), subfolders.end());
         for (auto it = subfolders.crbegin(); it != subfolders.crend(); ++it) stack.append(*it);
