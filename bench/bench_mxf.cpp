@@ -33,7 +33,7 @@ int main() {
     QTemporaryDir dir;
     std::vector<QString> paths;
     for (int i = 0; i < kFiles; ++i) {
-        fixtures::MxfSpec mxfClip;
+        fixtures::MxfClip mxfClip;
         mxfClip.clipName = QStringLiteral("Clip %1").arg(i);
         mxfClip.projectName = QStringLiteral("Bench");
         mxfClip.materialUMID = fixtures::umidFor(quint32(2 * i + 1));

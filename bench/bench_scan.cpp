@@ -117,7 +117,7 @@ bool makeVolume(const QString& root) {
             }
             // Every 20th folder holds one real MXF file that no index lists.
             if (i == 0 && f % 20 == 0) {
-                fixtures::MxfSpec mxf;
+                fixtures::MxfClip mxf;
                 mxf.clipName = QStringLiteral("Unlisted %1").arg(f);
                 mxf.projectName = QStringLiteral("Lost");
                 mxf.fileUMID = fixtures::umidFor(quint32(900000 + f));

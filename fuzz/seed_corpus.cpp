@@ -15,12 +15,12 @@
 namespace {
 
 bool mxfSeeds(const QString& dir) {
-    fixtures::MxfSpec named;
+    fixtures::MxfClip named;
     named.clipName = QStringLiteral("Interview A01");
     named.projectName = QStringLiteral("Documentary");
-    fixtures::MxfSpec unnamed;
+    fixtures::MxfClip unnamed;
     unnamed.essenceBytes = 1200;
-    fixtures::MxfSpec op1a = named;
+    fixtures::MxfClip op1a = named;
     op1a.opAtom = false;
     const QByteArray whole = fixtures::writeMxf(named);
     return fixtures::writeFile(dir + QStringLiteral("/opatom.mxf"), whole) &&

@@ -10,7 +10,7 @@ namespace {
 
 // True when the path names something that exists and is not a regular file
 // (after symbolic links).
-bool isSpecialFile(const QString& path) {
+bool isNonRegularFile(const QString& path) {
     struct stat st;
     if (::stat(QFile::encodeName(path).constData(), &st) != 0) return false;
     return !S_ISREG(st.st_mode);
@@ -25,7 +25,7 @@ bool OutputFile::open(const QString& path) {
         auto out = std::make_unique<QFile>();
         if (!out->open(STDOUT_FILENO, mode, QFileDevice::DontCloseHandle)) return false;
         file_ = std::move(out);
-    } else if (isSpecialFile(path)) {
+    } else if (isNonRegularFile(path)) {
         file_ = std::make_unique<QFile>(path);
         if (!file_->open(mode)) return false;
     } else {

@@ -66,6 +66,8 @@ class ScriptedAnswers {
 };
 
 using fixtures::writeFile;
+using testsupport::entries;
+using testsupport::makeItem;
 
 inline QByteArray readFile(const QString& path) {
     QFile f(path);
@@ -93,28 +95,12 @@ inline bool makeSparse(const QString& path, qint64 size) {
     return ok;
 }
 
-// An item for a file on disk, as the scanner would make it.
-inline TarnItemPtr makeItem(const QString& path, const QString& project = QStringLiteral("Doc")) {
-    auto item = std::make_shared<TarnDatabaseItem>();
-    item->DB_itemPath = path;
-    item->DB_ClipName = QFileInfo(path).fileName();
-    item->DB_ProjectName = project;
-    item->validatePath();
-    return item;
-}
-
 // The action log with every timestamp replaced by "T".
 inline QString untimed(const QString& log) {
     static const QRegularExpression stamp(QStringLiteral("(?m)^\\d[^\\n]*?\\d( [AP]M)? :: "));
     QString out = log;
     out.replace(stamp, QStringLiteral("T :: "));
     return out;
-}
-
-// Names in a folder, hidden ones included.
-inline QStringList entries(const QString& folder) {
-    return QDir(folder).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 // The partial copies in a folder.

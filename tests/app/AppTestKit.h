@@ -23,6 +23,7 @@
 
 #include "DemoVolume.h"
 #include "QtPrinters.h"
+#include "TestSupport.h"
 #include "alerts/TarnAlertPresenter.h"
 #include "database/TarnCore.h"
 #include "database/TarnFilter.h"
@@ -44,6 +45,9 @@
 #include "window/ScanCommands.h"
 
 namespace apptest {
+
+using testsupport::entries;
+using testsupport::makeItem;
 
 // Runs the GUI thread's events until `done` holds (no time limit: a test
 // that never gets there is stopped by ctest's timeout).
@@ -73,22 +77,6 @@ inline QByteArray content(const QString& name, int size = 4096) {
     const QByteArray seed = name.toUtf8();
     for (int i = 0; bytes.size() < size; ++i) bytes.append(char(seed.at(i % seed.size()) ^ i));
     return bytes;
-}
-
-// An item for a file on disk, as the scanner would make it.
-inline TarnItemPtr makeItem(const QString& path, const QString& project = "Doc") {
-    auto item = std::make_shared<TarnDatabaseItem>();
-    item->DB_itemPath = path;
-    item->DB_ClipName = QFileInfo(path).fileName();
-    item->DB_ProjectName = project;
-    item->validatePath();
-    return item;
-}
-
-// Names in a folder, hidden ones included.
-inline QStringList entries(const QString& folder) {
-    return QDir(folder).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 // A presenter whose boxes are answered by a rule: `answer` gets each box's

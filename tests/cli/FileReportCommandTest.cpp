@@ -61,7 +61,7 @@ TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     clip.project = "Feature";
     const QString mdb = write("msmMMOB.mdb", fixtures::writeMdb({clip, clip}, true));
 
-    fixtures::MxfSpec mxfClip;
+    fixtures::MxfClip mxfClip;
     mxfClip.clipName = "Interview";
     mxfClip.projectName = "Documentary";
     mxfClip.fileUMID = fixtures::umidFor(7);

@@ -238,7 +238,7 @@ TEST_F(ScanTest, ReadersCompleteTheItemsWhileTheirPreferencesAreOn) {
         folder, {makePmrEntry(10, "V01.mxf", "Feature"), makePmrEntry(20, "A01.mxf", "Feature")});
     fixtures::writeFile(folder + "/msmMMOB.mdb", fixtures::writeMdb({videoClip(10, "Interview"),
                                                                      videoClip(20, "A1", true)}));
-    fixtures::MxfSpec mxf;
+    fixtures::MxfClip mxf;
     mxf.clipName = QStringLiteral("Lost Take");
     mxf.projectName = QStringLiteral("Lost Project");
     ASSERT_TRUE(fixtures::writeMxfFile(folder + "/unlisted.mxf", mxf));

@@ -22,7 +22,7 @@ class MediafileFront : public ::testing::Test {
 };
 
 TEST_F(MediafileFront, UpperCaseMxfExtensionOpensWithTheMxfReader) {
-    fixtures::MxfSpec mxfClip;
+    fixtures::MxfClip mxfClip;
     mxfClip.clipName = QStringLiteral("Take 1");
     const QString path = file(QStringLiteral("CLIP.MXF"), fixtures::writeMxf(mxfClip));
 

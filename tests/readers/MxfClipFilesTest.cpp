@@ -76,7 +76,7 @@ TEST(MxfClipFiles, EachFileOfAClipReadsItsOwnFilePackage) {
     quint32 seed = 500;
     for (const ClipCase& c : cases) {
         SCOPED_TRACE(c.label);
-        fixtures::MxfSpec clip;
+        fixtures::MxfClip clip;
         clip.clipName = QStringLiteral("Harbour 12B");
         clip.projectName = QStringLiteral("Harbour");
         clip.materialUMID = fixtures::umidFor(++seed);

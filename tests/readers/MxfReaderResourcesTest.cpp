@@ -21,7 +21,7 @@ qsizetype openDescriptors() {
 // Good and refused files alike: every open closes its stream and descriptor.
 TEST(MxfReaderResources, EveryOpenClosesItsFile) {
     QTemporaryDir dir;
-    fixtures::MxfSpec op1a;
+    fixtures::MxfClip op1a;
     op1a.opAtom = false;
     const QByteArray good = fixtures::writeMxf({});
     const QStringList paths = {
@@ -49,7 +49,7 @@ TEST(MxfReaderResources, ConcurrentReadsGiveEachThreadItsOwnResult) {
     constexpr int kThreads = 4;
     QStringList paths;
     for (int t = 0; t < kThreads; ++t) {
-        fixtures::MxfSpec mxfClip;
+        fixtures::MxfClip mxfClip;
         mxfClip.clipName = QStringLiteral("thread %1").arg(t);
         mxfClip.fileUMID = fixtures::umidFor(quint32(100 + t));
         paths << dir.filePath(QStringLiteral("t%1.mxf").arg(t));

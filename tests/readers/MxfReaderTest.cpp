@@ -35,14 +35,14 @@ class MxfReader : public ::testing::Test {
         EXPECT_TRUE(fixtures::writeFile(path, bytes));
         return path;
     }
-    QString write(const QString& name, const fixtures::MxfSpec& mxfClip) {
+    QString write(const QString& name, const fixtures::MxfClip& mxfClip) {
         return write(name, fixtures::writeMxf(mxfClip));
     }
     QTemporaryDir dir_;
 };
 
-fixtures::MxfSpec namedSpec() {
-    fixtures::MxfSpec mxfClip;
+fixtures::MxfClip namedClip() {
+    fixtures::MxfClip mxfClip;
     mxfClip.clipName = QStringLiteral("Interview A01");
     mxfClip.projectName = QStringLiteral("Documentary 2026");
     mxfClip.materialUMID = fixtures::umidFor(11);
@@ -51,7 +51,7 @@ fixtures::MxfSpec namedSpec() {
 }
 
 TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmidsInTheSystemOrder) {
-    const fixtures::MxfSpec mxfClip = namedSpec();
+    const fixtures::MxfClip mxfClip = namedClip();
     TarnMXF reader;
     testsupport::LogCapture log;
     ASSERT_TRUE(reader.openFile(write(QStringLiteral("A01.mxf"), mxfClip), nullptr));
@@ -86,7 +86,7 @@ TEST_F(MxfReader, NamesAreDecodedFromUnicodeAndEmptyTextsReadAsNone) {
     };
     for (const auto& [clipName, project] : cases) {
         SCOPED_TRACE(clipName.toStdString());
-        fixtures::MxfSpec mxfClip = namedSpec();
+        fixtures::MxfClip mxfClip = namedClip();
         mxfClip.clipName = clipName;
         mxfClip.projectName = project;
         TarnMXF reader;
@@ -106,12 +106,12 @@ TEST_F(MxfReader, NamesAreDecodedFromUnicodeAndEmptyTextsReadAsNone) {
 // gets no names and all-zero 32-byte identifiers. One reader, reused: every
 // open starts afresh.
 TEST_F(MxfReader, RefusedFilesLogTheirStatusAndYieldEmptyValues) {
-    fixtures::MxfSpec op1a = namedSpec();
+    fixtures::MxfClip op1a = namedClip();
     op1a.opAtom = false;
     QByteArray garbage(4096, '\0');
     for (int i = 0; i < garbage.size(); ++i) garbage[i] = char((i * 7919) >> 3);
     // Wipe the material package set's key: the header metadata has no material package.
-    QByteArray noMaterial = fixtures::writeMxf(namedSpec());
+    QByteArray noMaterial = fixtures::writeMxf(namedClip());
     noMaterial[noMaterial.indexOf(QByteArray::fromHex("060e2b34025301010d01010101013600")) + 14] =
         char(0x7e);
     ASSERT_TRUE(QDir(dir_.path()).mkdir(QStringLiteral("folder.mxf")));
@@ -126,7 +126,7 @@ TEST_F(MxfReader, RefusedFilesLogTheirStatusAndYieldEmptyValues) {
     TarnMXF reader;
     for (const auto& [path, message] : cases) {
         SCOPED_TRACE(message);
-        ASSERT_TRUE(reader.openFile(write(QStringLiteral("ok.mxf"), namedSpec()), nullptr));
+        ASSERT_TRUE(reader.openFile(write(QStringLiteral("ok.mxf"), namedClip()), nullptr));
         ASSERT_FALSE(reader.MXFinfo().isEmpty());
         testsupport::LogCapture log;
         EXPECT_TRUE(reader.openFile(path, nullptr));
@@ -156,7 +156,7 @@ TEST_F(MxfReader, UnreadablePathGivesFalseWithoutAStatusLine) {
 // Every prefix of a good file: nothing crashes, a status is logged, and what
 // was read is either everything or nothing.
 TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
-    const fixtures::MxfSpec mxfClip = namedSpec();
+    const fixtures::MxfClip mxfClip = namedClip();
     const QByteArray whole = fixtures::writeMxf(mxfClip);
     const QString path = dir_.filePath(QStringLiteral("cut.mxf"));
     int refused = 0;
@@ -195,13 +195,13 @@ TEST(MxfUmidSwap, ReordersTheGuidFieldsOfTheMaterialNumber) {
 }
 
 TEST(MxfInfoAdapter, ReadsAnyOpenStreamAndLeavesItOpen) {
-    const QByteArray bytes = fixtures::writeMxf(namedSpec());
+    const QByteArray bytes = fixtures::writeMxf(namedClip());
     FILE* stream = fmemopen(const_cast<char*>(bytes.constData()), size_t(bytes.size()), "rb");
     ASSERT_NE(stream, nullptr);
     TarnAvidMXFInfo::Info info;
     EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
     EXPECT_EQ(info.clipName.value_or(""), "Interview A01");
-    EXPECT_EQ(bytesOf(info.materialPackageUID.data(), 32), namedSpec().materialUMID);
+    EXPECT_EQ(bytesOf(info.materialPackageUID.data(), 32), namedClip().materialUMID);
     // Read again from the same stream: the reader starts at the beginning.
     EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
     EXPECT_EQ(fclose(stream), 0);
@@ -211,7 +211,7 @@ TEST(MxfInfoAdapter, ReadsAnyOpenStreamAndLeavesItOpen) {
 
 TEST(MxfInfoAdapter, PatternIsJudgedBeforeTheMetadata) {
     // An OP-1a header followed by nonsense is "not OP-Atom", not a read failure.
-    fixtures::MxfSpec mxfClip = namedSpec();
+    fixtures::MxfClip mxfClip = namedClip();
     mxfClip.opAtom = false;
     QByteArray bytes = fixtures::writeMxf(mxfClip).left(124) + QByteArray(2000, '\xff');
     FILE* stream = fmemopen(bytes.data(), size_t(bytes.size()), "rb");
@@ -223,7 +223,7 @@ TEST(MxfInfoAdapter, PatternIsJudgedBeforeTheMetadata) {
 
 // libavformat's own messages reach the console only while asked for.
 TEST_F(MxfReader, LibraryLogIsQuietUnlessSwitchedOn) {
-    QByteArray bytes = fixtures::writeMxf(namedSpec());
+    QByteArray bytes = fixtures::writeMxf(namedClip());
     const qsizetype at = bytes.indexOf(QByteArray::fromHex("060e2b34025301010d01010101013600"));
     bytes[at + 14] = char(0x7e);  // no material package: the demuxer complains
     const QString path = write(QStringLiteral("loud.mxf"), bytes);
@@ -252,9 +252,9 @@ class MxfItem : public MxfReader {
 // without the UMID label.
 TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
     scanMxf(1);
-    fixtures::MxfSpec op1a = namedSpec();
+    fixtures::MxfClip op1a = namedClip();
     op1a.opAtom = false;
-    const QByteArray whole = fixtures::writeMxf(namedSpec());
+    const QByteArray whole = fixtures::writeMxf(namedClip());
     const std::tuple<const char*, QByteArray, const char*> cases[] = {
         {"small.mxf", whole.left(1024), nullptr},
         {"edge.mxf", whole.left(1025), "Failed to read info"},
@@ -281,8 +281,8 @@ TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
 // An index record whose file exists is completed from the file itself, and
 // then counts as unreferenced; a missing file is left alone.
 TEST_F(MxfItem, CorrespondingFileCompletesAnIndexRecord) {
-    const fixtures::MxfSpec spec = namedSpec();
-    write(QStringLiteral("listed.mxf"), spec);
+    const fixtures::MxfClip clip = namedClip();
+    write(QStringLiteral("listed.mxf"), clip);
     for (int on : {0, 1}) {
         scanMxf(on);
         for (const char* name : {"listed.mxf", "gone.mxf"}) {
@@ -296,8 +296,8 @@ TEST_F(MxfItem, CorrespondingFileCompletesAnIndexRecord) {
             EXPECT_EQ(item.DB_isReferenced, !exists);
             EXPECT_EQ(item.DB_NameInBin.isNull(), !(exists && on));
             if (exists && on) {
-                EXPECT_EQ(item.DB_NameInBin, spec.clipName);
-                EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(spec.fileUMID));
+                EXPECT_EQ(item.DB_NameInBin, clip.clipName);
+                EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(clip.fileUMID));
             }
         }
     }

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QUrl>
@@ -15,6 +16,20 @@
 #include "support/TarnFileName.h"
 
 namespace testsupport {
+
+TarnItemPtr makeItem(const QString& path, const QString& project) {
+    auto item = std::make_shared<TarnDatabaseItem>();
+    item->DB_itemPath = path;
+    item->DB_ClipName = QFileInfo(path).fileName();
+    item->DB_ProjectName = project;
+    item->validatePath();
+    return item;
+}
+
+QStringList entries(const QString& folder) {
+    return QDir(folder).entryList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
 
 LogCapture::LogCapture() : start_(xConsole::sharedInstance()->contents().size()) {}
 

@@ -6,8 +6,15 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include "items/TarnDatabaseItem.h"
+
 // Helpers shared by the suites.
 namespace testsupport {
+
+// An item for a file on disk, as the scanner would make it.
+TarnItemPtr makeItem(const QString& path, const QString& project = QStringLiteral("Doc"));
+// Names in a folder, hidden ones included, in name order.
+QStringList entries(const QString& folder);
 
 // The log text appended while an instance lives.
 class LogCapture {

@@ -97,13 +97,20 @@ void TarnActionCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem
     }
 }
 
-void TarnActionCellDelegate::paintProgress(QPainter* painter, const QStyleOptionViewItem& option,
-                                           const QModelIndex& index) const {
+const QStyle* TarnActionCellDelegate::paintCellBackground(QPainter* painter,
+                                                          const QStyleOptionViewItem& option,
+                                                          const QModelIndex& index) const {
     const QStyle* style = styleOf(option);
     QStyleOptionViewItem cell(option);
     initStyleOption(&cell, index);
     cell.text.clear();
     style->drawControl(QStyle::CE_ItemViewItem, &cell, painter, option.widget);
+    return style;
+}
+
+void TarnActionCellDelegate::paintProgress(QPainter* painter, const QStyleOptionViewItem& option,
+                                           const QModelIndex& index) const {
+    const QStyle* style = paintCellBackground(painter, option, index);
 
     const bool busy = index.data(TarnQueueModel::ProgressBusyRole).toBool();
     const double maximum = index.data(TarnQueueModel::ProgressMaximumRole).toDouble();
@@ -124,11 +131,7 @@ void TarnActionCellDelegate::paintProgress(QPainter* painter, const QStyleOption
 
 void TarnActionCellDelegate::paintButtons(QPainter* painter, const QStyleOptionViewItem& option,
                                           const QModelIndex& index) const {
-    const QStyle* style = styleOf(option);
-    QStyleOptionViewItem cell(option);
-    initStyleOption(&cell, index);
-    cell.text.clear();
-    style->drawControl(QStyle::CE_ItemViewItem, &cell, painter, option.widget);
+    const QStyle* style = paintCellBackground(painter, option, index);
 
     for (Button button : {Button::Cancel, Button::Info}) {
         QStyleOptionToolButton tool;

@@ -42,6 +42,9 @@ class TarnActionCellDelegate : public QStyledItemDelegate {
   private:
     void paintProgress(QPainter* painter, const QStyleOptionViewItem& option,
                        const QModelIndex& index) const;
+    // The cell's selection and background without text; returns the style.
+    const QStyle* paintCellBackground(QPainter* painter, const QStyleOptionViewItem& option,
+                                      const QModelIndex& index) const;
     void paintButtons(QPainter* painter, const QStyleOptionViewItem& option,
                       const QModelIndex& index) const;
     void setHover(const QModelIndex& index, Button button);

@@ -77,7 +77,7 @@ bool link(const QString& target, const QString& path) {
 // regular files: a FIFO under such a name would block the reading thread, a
 // device would never end. The FIFO is fed well-formed content, so a reader that
 // opened it would take it.
-TEST(SpecialFiles, ReadersTakeOnlyRegularFiles) {
+TEST(NonRegularFiles, ReadersTakeOnlyRegularFiles) {
     for (const ReaderCase& reader : kReaders) {
         for (const KindCase& k : kKinds) {
             SCOPED_TRACE(std::string(reader.name) + " as " + k.label);
@@ -106,7 +106,7 @@ TEST(SpecialFiles, ReadersTakeOnlyRegularFiles) {
     }
 }
 
-TEST(SpecialFiles, ReadingStopsAtTheSizeTheFileHadWhenOpened) {
+TEST(NonRegularFiles, ReadingStopsAtTheSizeTheFileHadWhenOpened) {
     // A regular file whose size says 0 but that yields text when read.
     const std::optional<QByteArray> status =
         TarnRegularFile::readAll(QStringLiteral("/proc/self/status"));
