@@ -1,80 +1,47 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QFileInfo>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
-#include <set>
-#include <string>
-
 #include "FixtureFiles.h"
-#include "MxfWriter.h"
-#include "items/TarnDatabaseItem.h"
-#include "readers/TarnMXF.h"
+#include "ItemFacts.h"
+#include "TestSupport.h"
 #include "readers/TarnMediafile.h"
 
 namespace {
 
-using fixtures::MxfClipTrack;
 using fixtures::MxfTrackKind;
 
-std::string hexOf(const quint8* uid) {
-    return QByteArray(reinterpret_cast<const char*>(uid), 32).toHex().toStdString();
-}
-
-std::string systemOrderHex(const QByteArray& mxfUmid) {
-    const QByteArray tarn = TarnMXF::swapUUIDfromMXFtoTarn(mxfUmid);
-    return hexOf(reinterpret_cast<const quint8*>(tarn.constData()));
-}
-
-// What an item gets from one file through the reader front.
-struct FileRead {
-    bool opened = false;
-    std::string clipName, project, fileUmid, materialUmid;  // UMIDs in the system's order, hex
-};
-
-FileRead readThroughFront(const QString& path) {
+// What an item gets from one file through the reader front; nothing when the
+// file does not open.
+QStringList readThroughFront(const QString& path) {
     TarnMediafile front;
-    FileRead read;
-    read.opened = front.openFile(path, nullptr);
+    if (!front.openFile(path, nullptr)) return {};
     TarnDatabaseItem item;
     front.addInfoToItem(&item);
-    read.clipName = item.DB_NameInBin.toStdString();
-    read.project = item.DB_ProjectName.toStdString();
-    read.fileUmid = hexOf(item.DB_filePackageUID());
-    read.materialUmid = hexOf(item.DB_materialPackageUID());
-    return read;
+    return mxfFacts(item);
 }
-
-struct ClipCase {
-    const char* label;
-    QList<MxfTrackKind> tracks;
-    bool essenceContainerData;  // false: only the streams tell the own track
-    bool allSourcePackages;     // true: only the essence container data tells it
-};
 
 // An Avid clip is one OP-Atom file per track, and each file's material
 // package lists every track of the clip. Each file must read its own file
 // package UMID, never that of the clip's first track.
 TEST(MxfClipFiles, EachFileOfAClipReadsItsOwnFilePackage) {
-    const ClipCase cases[] = {
-        {"V1+A1", {MxfTrackKind::kPicture, MxfTrackKind::kSound}, true, false},
-        {"V1+A1+A2",
-         {MxfTrackKind::kPicture, MxfTrackKind::kSound, MxfTrackKind::kSound},
-         true,
-         false},
-        {"A1+A2", {MxfTrackKind::kSound, MxfTrackKind::kSound}, true, false},
-        {"V1+A1+A2 without essence container data",
-         {MxfTrackKind::kPicture, MxfTrackKind::kSound, MxfTrackKind::kSound},
-         false,
-         false},
-        {"V1+A1+A2, each header holding every source package",
-         {MxfTrackKind::kPicture, MxfTrackKind::kSound, MxfTrackKind::kSound},
-         true,
-         true},
+    const auto V = MxfTrackKind::kPicture, A = MxfTrackKind::kSound;
+    const struct {
+        const char* label;
+        QList<MxfTrackKind> tracks;
+        bool essenceContainerData;  // false: only the streams tell the own track
+        bool allSourcePackages;     // true: only the essence container data tells it
+    } cases[] = {
+        {"V1+A1", {V, A}, true, false},
+        {"V1+A1+A2", {V, A, A}, true, false},
+        {"A1+A2", {A, A}, true, false},
+        {"V1+A1+A2 without essence container data", {V, A, A}, false, false},
+        {"V1+A1+A2, each header holding every source package", {V, A, A}, true, true},
     };
     quint32 seed = 500;
-    for (const ClipCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.label);
         fixtures::MxfClip clip;
         clip.clipName = QStringLiteral("Harbour 12B");
@@ -88,20 +55,11 @@ TEST(MxfClipFiles, EachFileOfAClipReadsItsOwnFilePackage) {
         QTemporaryDir dir;
         const QList<QByteArray> files = fixtures::writeMxfClip(clip);
         ASSERT_EQ(files.size(), c.tracks.size());
-        std::set<std::string> seen;
         for (qsizetype t = 0; t < files.size(); ++t) {
-            SCOPED_TRACE(t);
             const QString path = dir.filePath(QStringLiteral("track%1.mxf").arg(t));
             ASSERT_TRUE(fixtures::writeFile(path, files[t]));
-            const FileRead read = readThroughFront(path);
-            ASSERT_TRUE(read.opened);
-            EXPECT_EQ(read.fileUmid, systemOrderHex(clip.clipTracks[t].fileUMID));
-            EXPECT_EQ(read.materialUmid, systemOrderHex(clip.materialUMID));
-            EXPECT_EQ(read.clipName, "Harbour 12B");
-            EXPECT_EQ(read.project, "Harbour");
-            seen.insert(read.fileUmid);
+            EXPECT_EQ(readThroughFront(path), mxfFacts(clip, clip.clipTracks[t].fileUMID)) << t;
         }
-        EXPECT_EQ(qsizetype(seen.size()), files.size());  // one identity per file
     }
 }
 
@@ -111,26 +69,55 @@ TEST(MxfClipFiles, ClipWrittenByAnotherToolkit) {
     const QDir samples(QStringLiteral(TARN_MXF_SAMPLES_DIR));
     if (!samples.exists())
         GTEST_SKIP() << "no MXF samples at " << TARN_MXF_SAMPLES_DIR << ": nothing to compare";
-    const std::string material = "060a2b340101010101010f0013000000c472046bec8d6c66060e2b347f7f2a80";
-    const struct {
-        const char* file;
-        const char* fileUmid;
-    } expected[] = {
+    const QString material = "060a2b340101010101010f0013000000c472046bec8d6c66060e2b347f7f2a80";
+    const std::pair<const char*, const char*> expected[] = {
         {"r06_dv25pal_v1.mxf", "060a2b340101010101010f0013000000c472046bed8d6c66060e2b347f7f2a80"},
         {"r06_dv25pal_a1.mxf", "060a2b340101010101010f0013000000c472046bee8d6c66060e2b347f7f2a80"},
         {"r06_dv25pal_a2.mxf", "060a2b340101010101010f0013000000c472046bef8d6c66060e2b347f7f2a80"},
     };
-    for (const auto& e : expected) {
-        SCOPED_TRACE(e.file);
-        const QString path = samples.filePath(QString::fromLatin1(e.file));
-        ASSERT_TRUE(QFileInfo::exists(path));
-        const FileRead read = readThroughFront(path);
-        ASSERT_TRUE(read.opened);
-        EXPECT_EQ(read.clipName, "DV25 PAL clip");
-        EXPECT_EQ(read.project, "DV Proj");
-        EXPECT_EQ(read.materialUmid, material);
-        EXPECT_EQ(read.fileUmid, e.fileUmid);
+    for (const auto& [file, fileUmid] : expected) {
+        EXPECT_EQ(readThroughFront(samples.filePath(QString::fromLatin1(file))),
+                  (QStringList{"DV25 PAL clip", "DV Proj", fileUmid, material}))
+            << file;
     }
 }
+
+// OP-Atom files written by FFmpeg's own muxer, not by our fixture writer.
+class ForeignMxf : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(ForeignMxf, FfmpegOpAtomFileGivesClipNameAndBothUmids) {
+    const QString ffmpeg = QStandardPaths::findExecutable(QStringLiteral("ffmpeg"));
+    if (ffmpeg.isEmpty())
+        GTEST_SKIP() << "ffmpeg is not installed: no foreign OP-Atom file to read";
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("foreign.mxf"));
+    const QStringList args =
+        QStringList{"-hide_banner", "-loglevel", "error", "-y"} +
+        QString::fromLatin1(GetParam()).split(QLatin1Char(' ')) +
+        QStringList{"-metadata", "material_package_name=Foreign Clip", "-f", "mxf_opatom", path};
+    const testsupport::ProcessRun run = testsupport::runProcess(ffmpeg, args);
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+
+    // The PackageUID item (tag 4401, 32 bytes) of the material (key byte 14:
+    // 0x36) and the file source package (0x37) sets.
+    const QByteArray bytes = testsupport::contentOf(path);
+    const auto packageUid = [&](char kind) {
+        const QByteArray key = QByteArray::fromHex("060e2b34025301010d0101010101") + kind + '\0';
+        return bytes.mid(bytes.indexOf(QByteArray::fromHex("44010020"), bytes.indexOf(key)) + 4,
+                         32);
+    };
+    fixtures::MxfClip clip;
+    clip.clipName = QStringLiteral("Foreign Clip");
+    clip.materialUMID = packageUid(0x36);
+    ASSERT_NE(clip.materialUMID, packageUid(0x37));
+    EXPECT_EQ(readThroughFront(path), mxfFacts(clip, packageUid(0x37)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Essence, ForeignMxf,
+    ::testing::Values("-f lavfi -i sine=d=0.2:sample_rate=48000 -c:a pcm_s16le",
+                      "-f lavfi -i testsrc=d=0.12:s=64x64:r=25 -s 1920x1080 -pix_fmt yuv422p "
+                      "-c:v dnxhd -b:v 36M"));
 
 }  // namespace

@@ -3,29 +3,37 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include <atomic>
 #include <cstdio>
+#include <thread>
 #include <tuple>
+#include <vector>
 
 #include "FixtureFiles.h"
-#include "MxfWriter.h"
+#include "ItemFacts.h"
 #include "TestSupport.h"
-#include "items/TarnDatabaseItem.h"
 #include "readers/TarnAvidMXFInfo.h"
-#include "readers/TarnMXF.h"
 #include "readers/TarnMediafile.h"
 #include "support/TarnPreferences.h"
 
 namespace {
 
-QByteArray bytesOf(const quint8* p, int n) {
-    return QByteArray(reinterpret_cast<const char*>(p), n);
+const QStringList kNoFacts = {"(null)", "(null)", QString(64, '0'), QString(64, '0')};
+
+fixtures::MxfClip namedClip() {
+    fixtures::MxfClip clip;
+    clip.clipName = QStringLiteral("Interview A01");
+    clip.projectName = QStringLiteral("Documentary 2026");
+    clip.materialUMID = fixtures::umidFor(11);
+    clip.fileUMID = fixtures::umidFor(12);
+    return clip;
 }
 
-// The system's order of an MXF UMID, written out byte by byte.
-QByteArray systemOrder(const QByteArray& u) {
-    QByteArray out = u.left(16);
-    for (int i : {19, 18, 17, 16, 21, 20, 23, 22}) out += u[i];
-    return out + u.mid(24);
+// A file whose header metadata has no material package (its set key wiped).
+QByteArray withoutMaterialPackage() {
+    QByteArray bytes = fixtures::writeMxf(namedClip());
+    bytes[bytes.indexOf(QByteArray::fromHex("060e2b34025301010d01010101013600")) + 14] = char(0x7e);
+    return bytes;
 }
 
 class MxfReader : public ::testing::Test {
@@ -35,70 +43,45 @@ class MxfReader : public ::testing::Test {
         EXPECT_TRUE(fixtures::writeFile(path, bytes));
         return path;
     }
-    QString write(const QString& name, const fixtures::MxfClip& mxfClip) {
-        return write(name, fixtures::writeMxf(mxfClip));
+    QString write(const QString& name, const fixtures::MxfClip& clip) {
+        return write(name, fixtures::writeMxf(clip));
     }
     QTemporaryDir dir_;
 };
 
-fixtures::MxfClip namedClip() {
-    fixtures::MxfClip mxfClip;
-    mxfClip.clipName = QStringLiteral("Interview A01");
-    mxfClip.projectName = QStringLiteral("Documentary 2026");
-    mxfClip.materialUMID = fixtures::umidFor(11);
-    mxfClip.fileUMID = fixtures::umidFor(12);
-    return mxfClip;
-}
-
-TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmidsInTheSystemOrder) {
-    const fixtures::MxfClip mxfClip = namedClip();
-    TarnMXF reader;
-    testsupport::LogCapture log;
-    ASSERT_TRUE(reader.openFile(write(QStringLiteral("A01.mxf"), mxfClip), nullptr));
-    EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1) << log.text().toStdString();
-    EXPECT_TRUE(log.contains(QStringLiteral("(TarnMXF::openFile) (TarnMXF.cpp:")));
-
-    // Kept as stored...
-    const QVariantHash& info = reader.MXFinfo();
-    EXPECT_EQ(info.size(), 4);
-    EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), mxfClip.materialUMID);
-    EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), mxfClip.fileUMID);
-
-    // ...and converted on the way into the item.
-    TarnDatabaseItem item;
-    reader.addInfoToItem(&item);
-    EXPECT_EQ(item.DB_NameInBin, mxfClip.clipName);
-    EXPECT_EQ(item.DB_ProjectName, mxfClip.projectName);
-    EXPECT_EQ(item.DB_SizeofUID, 8u);
-    EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(mxfClip.fileUMID));
-    EXPECT_EQ(bytesOf(item.materialPackageUID, 32), systemOrder(mxfClip.materialUMID));
-    EXPECT_TRUE(item.checkUUID());
-    EXPECT_NE(item.hash(), 0u);
-}
-
-// libavformat drops empty texts, so an empty project reads as no project; an
-// unnamed package gives no texts and clears what the item had.
-TEST_F(MxfReader, NamesAreDecodedFromUnicodeAndEmptyTextsReadAsNone) {
+// The file's info keeps the UMIDs as stored; the item gets them in the
+// system's order. libavformat drops empty texts, so an empty project reads as
+// none; an unnamed package clears the name the item had.
+TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmids) {
     const QString accented = QString::fromUtf8("Sz\u00e8ne \u00c4 \u65e5\u672c");
-    const std::pair<QString, QString> cases[] = {
-        {accented, QStringLiteral("")},
-        {QString(), QString()},
+    const std::tuple<QString, QString, int> cases[] = {
+        // name, project, info entries
+        {QStringLiteral("Interview A01"), QStringLiteral("Documentary 2026"), 4},
+        {accented, QStringLiteral(""), 3},
+        {QString(), QString(), 2},
     };
-    for (const auto& [clipName, project] : cases) {
+    for (const auto& [clipName, project, entries] : cases) {
         SCOPED_TRACE(clipName.toStdString());
-        fixtures::MxfClip mxfClip = namedClip();
-        mxfClip.clipName = clipName;
-        mxfClip.projectName = project;
+        fixtures::MxfClip clip = namedClip();
+        clip.clipName = clipName;
+        clip.projectName = project;
         TarnMXF reader;
-        ASSERT_TRUE(reader.openFile(write(QStringLiteral("u.mxf"), mxfClip), nullptr));
-        EXPECT_FALSE(reader.MXFinfo().contains(QStringLiteral("project")));
+        testsupport::LogCapture log;
+        ASSERT_TRUE(reader.openFile(write(QStringLiteral("A01.mxf"), clip), nullptr));
+        EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1) << log.text().toStdString();
+        EXPECT_TRUE(log.contains(QStringLiteral("(TarnMXF::openFile) (TarnMXF.cpp:")));
+        const QVariantHash& info = reader.MXFinfo();
+        EXPECT_EQ(info.size(), entries);
+        EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), clip.materialUMID);
+        EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), clip.fileUMID);
+
         TarnDatabaseItem item;
         item.DB_NameInBin = QStringLiteral("stale");
         reader.addInfoToItem(&item);
-        EXPECT_EQ(item.DB_NameInBin, clipName);
-        EXPECT_EQ(item.DB_NameInBin.isNull(), clipName.isNull());
-        EXPECT_TRUE(item.DB_ProjectName.isNull());
-        EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(mxfClip.fileUMID));
+        if (project.isEmpty()) clip.projectName = QString();
+        EXPECT_EQ(mxfFacts(item), mxfFacts(clip, clip.fileUMID));
+        EXPECT_EQ(item.DB_SizeofUID, 8u);
+        EXPECT_TRUE(item.checkUUID());
     }
 }
 
@@ -110,22 +93,22 @@ TEST_F(MxfReader, RefusedFilesLogTheirStatusAndYieldEmptyValues) {
     op1a.opAtom = false;
     QByteArray garbage(4096, '\0');
     for (int i = 0; i < garbage.size(); ++i) garbage[i] = char((i * 7919) >> 3);
-    // Wipe the material package set's key: the header metadata has no material package.
-    QByteArray noMaterial = fixtures::writeMxf(namedClip());
-    noMaterial[noMaterial.indexOf(QByteArray::fromHex("060e2b34025301010d01010101013600")) + 14] =
-        char(0x7e);
     ASSERT_TRUE(QDir(dir_.path()).mkdir(QStringLiteral("folder.mxf")));
     const std::pair<QString, const char*> cases[] = {
         {write(QStringLiteral("op1a.mxf"), op1a), "File is not OP-Atom"},
+        // The pattern is judged before the metadata, which is nonsense here.
+        {write(QStringLiteral("op1a-cut.mxf"),
+               fixtures::writeMxf(op1a).left(124) + QByteArray(2000, '\xff')),
+         "File is not OP-Atom"},
         {write(QStringLiteral("garbage.mxf"), garbage), "Failed to read header partition"},
         {write(QStringLiteral("empty.mxf"), QByteArray()), "Failed to read header partition"},
-        {write(QStringLiteral("nomat.mxf"), noMaterial), "Failed to read info"},
+        {write(QStringLiteral("nomat.mxf"), withoutMaterialPackage()), "Failed to read info"},
         // A folder opens but cannot be read: no MXF file on that stream.
         {dir_.filePath(QStringLiteral("folder.mxf")), "Failed to open file"},
     };
     TarnMXF reader;
     for (const auto& [path, message] : cases) {
-        SCOPED_TRACE(message);
+        SCOPED_TRACE(path.toStdString());
         ASSERT_TRUE(reader.openFile(write(QStringLiteral("ok.mxf"), namedClip()), nullptr));
         ASSERT_FALSE(reader.MXFinfo().isEmpty());
         testsupport::LogCapture log;
@@ -137,16 +120,10 @@ TEST_F(MxfReader, RefusedFilesLogTheirStatusAndYieldEmptyValues) {
         TarnDatabaseItem item;
         item.DB_NameInBin = QStringLiteral("stale");
         reader.addInfoToItem(&item);
-        EXPECT_TRUE(item.DB_NameInBin.isNull());
-        EXPECT_TRUE(item.DB_ProjectName.isNull());
+        EXPECT_EQ(mxfFacts(item), kNoFacts);
         EXPECT_EQ(item.DB_SizeofUID, 8u);
-        EXPECT_EQ(bytesOf(item.filePackageUID, 32), QByteArray(32, '\0'));
-        EXPECT_EQ(bytesOf(item.materialPackageUID, 32), QByteArray(32, '\0'));
     }
-}
 
-TEST_F(MxfReader, UnreadablePathGivesFalseWithoutAStatusLine) {
-    TarnMXF reader;
     testsupport::LogCapture log;
     EXPECT_FALSE(reader.openFile(dir_.filePath(QStringLiteral("missing.mxf")), nullptr));
     EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1);
@@ -156,16 +133,14 @@ TEST_F(MxfReader, UnreadablePathGivesFalseWithoutAStatusLine) {
 // Every prefix of a good file: nothing crashes, a status is logged, and what
 // was read is either everything or nothing.
 TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
-    const fixtures::MxfClip mxfClip = namedClip();
-    const QByteArray whole = fixtures::writeMxf(mxfClip);
-    const QString path = dir_.filePath(QStringLiteral("cut.mxf"));
+    const fixtures::MxfClip clip = namedClip();
+    const QByteArray whole = fixtures::writeMxf(clip);
     int refused = 0;
     int headerFailures = 0;
     for (qsizetype n = 0; n < whole.size(); n += 37) {
-        ASSERT_TRUE(fixtures::writeFile(path, whole.left(n)));
         TarnMXF reader;
         testsupport::LogCapture log;
-        ASSERT_TRUE(reader.openFile(path, nullptr));
+        ASSERT_TRUE(reader.openFile(write(QStringLiteral("cut.mxf"), whole.left(n)), nullptr));
         const QVariantHash& info = reader.MXFinfo();
         if (info.isEmpty()) {
             ++refused;
@@ -174,59 +149,46 @@ TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
             else
                 EXPECT_TRUE(log.contains(QStringLiteral("Failed to read info"))) << n;
         } else {
-            EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), mxfClip.fileUMID) << n;
-            EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), mxfClip.materialUMID)
-                << n;
+            EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), clip.fileUMID) << n;
+            EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), clip.materialUMID) << n;
         }
     }
-    // Shorter than the partition pack's label: header failures; cut in the
-    // metadata: info failures.
-    EXPECT_EQ(headerFailures, 3);  // 0, 37 and 74 bytes
+    // Shorter than the partition pack's label: header failures (0, 37 and 74
+    // bytes); cut in the metadata: info failures.
+    EXPECT_EQ(headerFailures, 3);
     EXPECT_GT(refused, headerFailures);
 }
 
+// Bytes 16..23 of a UMID, stored big-endian, become the little-endian fields
+// of a GUID (4 + 2 + 2 bytes); other lengths give 32 zeros.
 TEST(MxfUmidSwap, ReordersTheGuidFieldsOfTheMaterialNumber) {
-    QByteArray in;
+    QByteArray in, out;
     for (int i = 0; i < 32; ++i) in += char(i);
-    EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(in), systemOrder(in));
-    EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(systemOrder(in)), in);  // its own inverse
+    for (int i : {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15,
+                  19, 18, 17, 16, 21, 20, 23, 22, 24, 25, 26, 27, 28, 29, 30, 31})
+        out += char(i);
+    EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(in), out);
+    EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(out), in);
     for (int n : {0, 8, 31, 33})
         EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(QByteArray(n, '\x5a')), QByteArray(32, '\0')) << n;
 }
 
+// The reader takes any open stream, starts at its beginning and leaves it open.
 TEST(MxfInfoAdapter, ReadsAnyOpenStreamAndLeavesItOpen) {
     const QByteArray bytes = fixtures::writeMxf(namedClip());
     FILE* stream = fmemopen(const_cast<char*>(bytes.constData()), size_t(bytes.size()), "rb");
     ASSERT_NE(stream, nullptr);
     TarnAvidMXFInfo::Info info;
     EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
-    EXPECT_EQ(info.clipName.value_or(""), "Interview A01");
-    EXPECT_EQ(bytesOf(info.materialPackageUID.data(), 32), namedClip().materialUMID);
-    // Read again from the same stream: the reader starts at the beginning.
     EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
+    EXPECT_EQ(info.clipName.value_or(""), "Interview A01");
     EXPECT_EQ(fclose(stream), 0);
-
     EXPECT_EQ(TarnAvidMXFInfo::read(nullptr, &info, 0), TarnAvidMXFInfo::kOpenFailed);
-}
-
-TEST(MxfInfoAdapter, PatternIsJudgedBeforeTheMetadata) {
-    // An OP-1a header followed by nonsense is "not OP-Atom", not a read failure.
-    fixtures::MxfClip mxfClip = namedClip();
-    mxfClip.opAtom = false;
-    QByteArray bytes = fixtures::writeMxf(mxfClip).left(124) + QByteArray(2000, '\xff');
-    FILE* stream = fmemopen(bytes.data(), size_t(bytes.size()), "rb");
-    ASSERT_NE(stream, nullptr);
-    TarnAvidMXFInfo::Info info;
-    EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 1), TarnAvidMXFInfo::kNotOPAtom);
-    fclose(stream);
 }
 
 // libavformat's own messages reach the console only while asked for.
 TEST_F(MxfReader, LibraryLogIsQuietUnlessSwitchedOn) {
-    QByteArray bytes = fixtures::writeMxf(namedClip());
-    const qsizetype at = bytes.indexOf(QByteArray::fromHex("060e2b34025301010d01010101013600"));
-    bytes[at + 14] = char(0x7e);  // no material package: the demuxer complains
-    const QString path = write(QStringLiteral("loud.mxf"), bytes);
+    const QString path = write(QStringLiteral("loud.mxf"), withoutMaterialPackage());
     const bool before = TarnAvidMXFInfo::libraryLogging();
     for (bool on : {false, true}) {
         TarnAvidMXFInfo::setLibraryLogging(on);
@@ -235,6 +197,60 @@ TEST_F(MxfReader, LibraryLogIsQuietUnlessSwitchedOn) {
         EXPECT_EQ(log.contains(QStringLiteral("[mxf @")), on) << log.text().toStdString();
     }
     TarnAvidMXFInfo::setLibraryLogging(before);
+}
+
+// Good and refused files alike: every open closes its stream and descriptor.
+TEST_F(MxfReader, EveryOpenClosesItsFile) {
+    fixtures::MxfClip op1a;
+    op1a.opAtom = false;
+    const QByteArray good = fixtures::writeMxf({});
+    const QStringList paths = {
+        write(QStringLiteral("good.mxf"), good), write(QStringLiteral("op1a.mxf"), op1a),
+        write(QStringLiteral("cut.mxf"), good.left(1100)),
+        write(QStringLiteral("junk.mxf"), QByteArray(3000, '\x06')), dir_.path()};
+    const auto descriptors = [] {
+        return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size();
+    };
+    TarnMXF().openFile(paths[0], nullptr);  // first use sets up the library's log routing
+    const qsizetype before = descriptors();
+    for (int round = 0; round < 20; ++round)
+        for (const QString& path : paths) EXPECT_TRUE(TarnMXF().openFile(path, nullptr));
+    EXPECT_EQ(descriptors(), before);
+}
+
+// Scanner operations read files on several threads at once, with the
+// library's log routed or not.
+TEST_F(MxfReader, ConcurrentReadsGiveEachThreadItsOwnResult) {
+    constexpr int kThreads = 4;
+    QStringList paths;
+    for (int t = 0; t < kThreads; ++t) {
+        fixtures::MxfClip clip;
+        clip.clipName = QStringLiteral("thread %1").arg(t);
+        clip.fileUMID = fixtures::umidFor(quint32(100 + t));
+        paths << write(QStringLiteral("t%1.mxf").arg(t), clip);
+    }
+    const QString broken = write(QStringLiteral("broken.mxf"), fixtures::writeMxf({}).left(1500));
+    const bool before = TarnAvidMXFInfo::libraryLogging();
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 30; ++i) {
+                if (t == 0) TarnAvidMXFInfo::setLibraryLogging(i % 2 == 0);
+                TarnMXF reader, refused;
+                reader.openFile(paths[t], nullptr);
+                refused.openFile(broken, nullptr);
+                const QVariantHash& info = reader.MXFinfo();
+                if (info.value(QStringLiteral("clipname")) != QStringLiteral("thread %1").arg(t) ||
+                    info.value(QStringLiteral("fileUID")) != fixtures::umidFor(quint32(100 + t)) ||
+                    !refused.MXFinfo().isEmpty())
+                    ++wrong;
+            }
+        });
+    }
+    for (std::thread& th : threads) th.join();
+    TarnAvidMXFInfo::setLibraryLogging(before);
+    EXPECT_EQ(wrong.load(), 0);
 }
 
 // Media items read their own MXF file when the index does not describe it.
@@ -247,9 +263,9 @@ class MxfItem : public MxfReader {
     }
 };
 
-// 1024 bytes is too small to hold the packages; 1025 is read (and, cut there,
-// fails in the metadata); an OP-1a file gives a 32-byte identifier of zeros,
-// without the UMID label.
+// 1024 bytes is too small to hold the packages and is not read; 1025 is read
+// (and, cut there, fails in the metadata); an OP-1a file gives a 32-byte
+// identifier of zeros, without the UMID label.
 TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
     scanMxf(1);
     fixtures::MxfClip op1a = namedClip();
@@ -260,6 +276,8 @@ TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
         {"edge.mxf", whole.left(1025), "Failed to read info"},
         {"op1a.MXF", fixtures::writeMxf(op1a), "File is not OP-Atom"},
     };
+    QStringList unmanaged = kNoFacts;
+    unmanaged[1] = TarnDatabaseItem::GetProjectNameUnmanaged();
     for (const auto& [name, bytes, message] : cases) {
         SCOPED_TRACE(name);
         write(QString::fromLatin1(name), bytes);
@@ -267,14 +285,10 @@ TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
         testsupport::LogCapture log;
         item.setupWithUnrefFile(dir_.path(), QString::fromLatin1(name));
         EXPECT_EQ(log.contains(QStringLiteral("MXF file : open")), message != nullptr);
-        if (message) {
-            EXPECT_TRUE(log.contains(QString::fromLatin1(message)));
-            EXPECT_EQ(item.DB_SizeofUID, 8u);
-            EXPECT_EQ(bytesOf(item.filePackageUID, 32), QByteArray(32, '\0'));
-            EXPECT_FALSE(item.DB_isGoodUUID);
-        }
-        EXPECT_TRUE(item.DB_NameInBin.isNull());
-        EXPECT_EQ(item.DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
+        EXPECT_TRUE(!message || log.contains(QString::fromLatin1(message)));
+        EXPECT_EQ(mxfFacts(item), unmanaged);
+        EXPECT_EQ(item.DB_SizeofUID, message ? 8u : 0u);
+        EXPECT_EQ(item.DB_isGoodUUID, !message);
     }
 }
 
@@ -294,11 +308,7 @@ TEST_F(MxfItem, CorrespondingFileCompletesAnIndexRecord) {
             item.validatePath();
             item.addinfoToItemFromCorrespondingFile();
             EXPECT_EQ(item.DB_isReferenced, !exists);
-            EXPECT_EQ(item.DB_NameInBin.isNull(), !(exists && on));
-            if (exists && on) {
-                EXPECT_EQ(item.DB_NameInBin, clip.clipName);
-                EXPECT_EQ(bytesOf(item.filePackageUID, 32), systemOrder(clip.fileUMID));
-            }
+            EXPECT_EQ(mxfFacts(item), exists && on ? mxfFacts(clip, clip.fileUMID) : kNoFacts);
         }
     }
 }
