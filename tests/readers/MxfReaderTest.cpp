@@ -4,7 +4,6 @@
 #include <QTemporaryDir>
 
 #include <atomic>
-#include <cstdio>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -20,12 +19,13 @@ namespace {
 
 const QStringList kNoFacts = {"(null)", "(null)", QString(64, '0'), QString(64, '0')};
 
-fixtures::MxfClip namedClip() {
+fixtures::MxfClip namedClip(bool opAtom = true) {
     fixtures::MxfClip clip;
-    clip.clipName = QStringLiteral("Interview A01");
-    clip.projectName = QStringLiteral("Documentary 2026");
+    clip.clipName = "Interview A01";
+    clip.projectName = "Documentary 2026";
     clip.materialUMID = fixtures::umidFor(11);
     clip.fileUMID = fixtures::umidFor(12);
+    clip.opAtom = opAtom;
     return clip;
 }
 
@@ -43,9 +43,6 @@ class MxfReader : public ::testing::Test {
         EXPECT_TRUE(fixtures::writeFile(path, bytes));
         return path;
     }
-    QString write(const QString& name, const fixtures::MxfClip& clip) {
-        return write(name, fixtures::writeMxf(clip));
-    }
     QTemporaryDir dir_;
 };
 
@@ -53,11 +50,10 @@ class MxfReader : public ::testing::Test {
 // system's order. libavformat drops empty texts, so an empty project reads as
 // none; an unnamed package clears the name the item had.
 TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmids) {
-    const QString accented = QString::fromUtf8("Sz\u00e8ne \u00c4 \u65e5\u672c");
     const std::tuple<QString, QString, int> cases[] = {
         // name, project, info entries
-        {QStringLiteral("Interview A01"), QStringLiteral("Documentary 2026"), 4},
-        {accented, QStringLiteral(""), 3},
+        {"Interview A01", "Documentary 2026", 4},
+        {QString::fromUtf8("Sz\u00e8ne \u00c4 \u65e5\u672c"), "", 3},
         {QString(), QString(), 2},
     };
     for (const auto& [clipName, project, entries] : cases) {
@@ -67,16 +63,16 @@ TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmids) {
         clip.projectName = project;
         TarnMXF reader;
         testsupport::LogCapture log;
-        ASSERT_TRUE(reader.openFile(write(QStringLiteral("A01.mxf"), clip), nullptr));
-        EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1) << log.text().toStdString();
-        EXPECT_TRUE(log.contains(QStringLiteral("(TarnMXF::openFile) (TarnMXF.cpp:")));
+        ASSERT_TRUE(reader.openFile(write("A01.mxf", fixtures::writeMxf(clip)), nullptr));
+        EXPECT_EQ(log.text().count('\n'), 1) << log.text().toStdString();
+        EXPECT_TRUE(log.contains("(TarnMXF::openFile) (TarnMXF.cpp:"));
         const QVariantHash& info = reader.MXFinfo();
         EXPECT_EQ(info.size(), entries);
-        EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), clip.materialUMID);
-        EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), clip.fileUMID);
+        EXPECT_EQ(info.value("matUID").toByteArray(), clip.materialUMID);
+        EXPECT_EQ(info.value("fileUID").toByteArray(), clip.fileUMID);
 
         TarnDatabaseItem item;
-        item.DB_NameInBin = QStringLiteral("stale");
+        item.DB_NameInBin = "stale";
         reader.addInfoToItem(&item);
         if (project.isEmpty()) clip.projectName = QString();
         EXPECT_EQ(mxfFacts(item), mxfFacts(clip, clip.fileUMID));
@@ -87,47 +83,43 @@ TEST_F(MxfReader, OpAtomFileGivesNamesProjectAndBothUmids) {
 
 // Files the reader refuses still "open": the status is logged and the item
 // gets no names and all-zero 32-byte identifiers. One reader, reused: every
-// open starts afresh.
+// open starts afresh. A path that cannot be opened gives false.
 TEST_F(MxfReader, RefusedFilesLogTheirStatusAndYieldEmptyValues) {
-    fixtures::MxfClip op1a = namedClip();
-    op1a.opAtom = false;
     QByteArray garbage(4096, '\0');
     for (int i = 0; i < garbage.size(); ++i) garbage[i] = char((i * 7919) >> 3);
-    ASSERT_TRUE(QDir(dir_.path()).mkdir(QStringLiteral("folder.mxf")));
+    const QByteArray op1a = fixtures::writeMxf(namedClip(false));
     const std::pair<QString, const char*> cases[] = {
-        {write(QStringLiteral("op1a.mxf"), op1a), "File is not OP-Atom"},
+        {write("op1a.mxf", op1a), "File is not OP-Atom"},
         // The pattern is judged before the metadata, which is nonsense here.
-        {write(QStringLiteral("op1a-cut.mxf"),
-               fixtures::writeMxf(op1a).left(124) + QByteArray(2000, '\xff')),
-         "File is not OP-Atom"},
-        {write(QStringLiteral("garbage.mxf"), garbage), "Failed to read header partition"},
-        {write(QStringLiteral("empty.mxf"), QByteArray()), "Failed to read header partition"},
-        {write(QStringLiteral("nomat.mxf"), withoutMaterialPackage()), "Failed to read info"},
+        {write("op1a-cut.mxf", op1a.left(124) + QByteArray(2000, '\xff')), "File is not OP-Atom"},
+        {write("garbage.mxf", garbage), "Failed to read header partition"},
+        {write("empty.mxf", QByteArray()), "Failed to read header partition"},
+        {write("nomat.mxf", withoutMaterialPackage()), "Failed to read info"},
         // A folder opens but cannot be read: no MXF file on that stream.
-        {dir_.filePath(QStringLiteral("folder.mxf")), "Failed to open file"},
+        {dir_.path(), "Failed to open file"},
     };
     TarnMXF reader;
     for (const auto& [path, message] : cases) {
         SCOPED_TRACE(path.toStdString());
-        ASSERT_TRUE(reader.openFile(write(QStringLiteral("ok.mxf"), namedClip()), nullptr));
+        ASSERT_TRUE(reader.openFile(write("ok.mxf", fixtures::writeMxf(namedClip())), nullptr));
         ASSERT_FALSE(reader.MXFinfo().isEmpty());
         testsupport::LogCapture log;
         EXPECT_TRUE(reader.openFile(path, nullptr));
-        EXPECT_TRUE(log.contains(QStringLiteral("MXF file : open")));
-        EXPECT_TRUE(log.contains(QString::fromLatin1(message))) << log.text().toStdString();
+        EXPECT_TRUE(log.contains("MXF file : open"));
+        EXPECT_TRUE(log.contains(message)) << log.text().toStdString();
         EXPECT_TRUE(reader.MXFinfo().isEmpty());
 
         TarnDatabaseItem item;
-        item.DB_NameInBin = QStringLiteral("stale");
+        item.DB_NameInBin = "stale";
         reader.addInfoToItem(&item);
         EXPECT_EQ(mxfFacts(item), kNoFacts);
         EXPECT_EQ(item.DB_SizeofUID, 8u);
     }
 
     testsupport::LogCapture log;
-    EXPECT_FALSE(reader.openFile(dir_.filePath(QStringLiteral("missing.mxf")), nullptr));
-    EXPECT_EQ(log.text().count(QLatin1Char('\n')), 1);
-    EXPECT_TRUE(log.contains(QStringLiteral("MXF file : open")));
+    EXPECT_FALSE(reader.openFile(dir_.filePath("missing.mxf"), nullptr));
+    EXPECT_EQ(log.text().count('\n'), 1);
+    EXPECT_TRUE(log.contains("MXF file : open"));
 }
 
 // Every prefix of a good file: nothing crashes, a status is logged, and what
@@ -140,17 +132,17 @@ TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
     for (qsizetype n = 0; n < whole.size(); n += 37) {
         TarnMXF reader;
         testsupport::LogCapture log;
-        ASSERT_TRUE(reader.openFile(write(QStringLiteral("cut.mxf"), whole.left(n)), nullptr));
+        ASSERT_TRUE(reader.openFile(write("cut.mxf", whole.left(n)), nullptr));
         const QVariantHash& info = reader.MXFinfo();
         if (info.isEmpty()) {
             ++refused;
-            if (log.contains(QStringLiteral("Failed to read header partition")))
+            if (log.contains("Failed to read header partition"))
                 ++headerFailures;
             else
-                EXPECT_TRUE(log.contains(QStringLiteral("Failed to read info"))) << n;
+                EXPECT_TRUE(log.contains("Failed to read info")) << n;
         } else {
-            EXPECT_EQ(info.value(QStringLiteral("fileUID")).toByteArray(), clip.fileUMID) << n;
-            EXPECT_EQ(info.value(QStringLiteral("matUID")).toByteArray(), clip.materialUMID) << n;
+            EXPECT_EQ(info.value("fileUID").toByteArray(), clip.fileUMID) << n;
+            EXPECT_EQ(info.value("matUID").toByteArray(), clip.materialUMID) << n;
         }
     }
     // Shorter than the partition pack's label: header failures (0, 37 and 74
@@ -162,54 +154,37 @@ TEST_F(MxfReader, TruncatedFilesAreRefusedCleanly) {
 // Bytes 16..23 of a UMID, stored big-endian, become the little-endian fields
 // of a GUID (4 + 2 + 2 bytes); other lengths give 32 zeros.
 TEST(MxfUmidSwap, ReordersTheGuidFieldsOfTheMaterialNumber) {
-    QByteArray in, out;
+    QByteArray in;
     for (int i = 0; i < 32; ++i) in += char(i);
-    for (int i : {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15,
-                  19, 18, 17, 16, 21, 20, 23, 22, 24, 25, 26, 27, 28, 29, 30, 31})
-        out += char(i);
+    const QByteArray out = in.left(16) + QByteArray::fromHex("1312111015141716") + in.mid(24);
     EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(in), out);
     EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(out), in);
     for (int n : {0, 8, 31, 33})
         EXPECT_EQ(TarnMXF::swapUUIDfromMXFtoTarn(QByteArray(n, '\x5a')), QByteArray(32, '\0')) << n;
 }
 
-// The reader takes any open stream, starts at its beginning and leaves it open.
-TEST(MxfInfoAdapter, ReadsAnyOpenStreamAndLeavesItOpen) {
-    const QByteArray bytes = fixtures::writeMxf(namedClip());
-    FILE* stream = fmemopen(const_cast<char*>(bytes.constData()), size_t(bytes.size()), "rb");
-    ASSERT_NE(stream, nullptr);
-    TarnAvidMXFInfo::Info info;
-    EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
-    EXPECT_EQ(TarnAvidMXFInfo::read(stream, &info, 0), TarnAvidMXFInfo::kOK);
-    EXPECT_EQ(info.clipName.value_or(""), "Interview A01");
-    EXPECT_EQ(fclose(stream), 0);
-    EXPECT_EQ(TarnAvidMXFInfo::read(nullptr, &info, 0), TarnAvidMXFInfo::kOpenFailed);
-}
-
 // libavformat's own messages reach the console only while asked for.
 TEST_F(MxfReader, LibraryLogIsQuietUnlessSwitchedOn) {
-    const QString path = write(QStringLiteral("loud.mxf"), withoutMaterialPackage());
+    const QString path = write("loud.mxf", withoutMaterialPackage());
     const bool before = TarnAvidMXFInfo::libraryLogging();
     for (bool on : {false, true}) {
         TarnAvidMXFInfo::setLibraryLogging(on);
         testsupport::LogCapture log;
         TarnMXF().openFile(path, nullptr);
-        EXPECT_EQ(log.contains(QStringLiteral("[mxf @")), on) << log.text().toStdString();
+        EXPECT_EQ(log.contains("[mxf @"), on) << log.text().toStdString();
     }
     TarnAvidMXFInfo::setLibraryLogging(before);
 }
 
 // Good and refused files alike: every open closes its stream and descriptor.
 TEST_F(MxfReader, EveryOpenClosesItsFile) {
-    fixtures::MxfClip op1a;
-    op1a.opAtom = false;
     const QByteArray good = fixtures::writeMxf({});
-    const QStringList paths = {
-        write(QStringLiteral("good.mxf"), good), write(QStringLiteral("op1a.mxf"), op1a),
-        write(QStringLiteral("cut.mxf"), good.left(1100)),
-        write(QStringLiteral("junk.mxf"), QByteArray(3000, '\x06')), dir_.path()};
+    const QStringList paths = {write("good.mxf", good),
+                               write("op1a.mxf", fixtures::writeMxf(namedClip(false))),
+                               write("cut.mxf", good.left(1100)),
+                               write("junk.mxf", QByteArray(3000, '\x06')), dir_.path()};
     const auto descriptors = [] {
-        return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size();
+        return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();
     };
     TarnMXF().openFile(paths[0], nullptr);  // first use sets up the library's log routing
     const qsizetype before = descriptors();
@@ -222,28 +197,26 @@ TEST_F(MxfReader, EveryOpenClosesItsFile) {
 // library's log routed or not.
 TEST_F(MxfReader, ConcurrentReadsGiveEachThreadItsOwnResult) {
     constexpr int kThreads = 4;
-    QStringList paths;
+    QList<fixtures::MxfClip> clips(kThreads);
     for (int t = 0; t < kThreads; ++t) {
-        fixtures::MxfClip clip;
-        clip.clipName = QStringLiteral("thread %1").arg(t);
-        clip.fileUMID = fixtures::umidFor(quint32(100 + t));
-        paths << write(QStringLiteral("t%1.mxf").arg(t), clip);
+        clips[t].clipName = QString("thread %1").arg(t);
+        clips[t].fileUMID = fixtures::umidFor(quint32(100 + t));
     }
-    const QString broken = write(QStringLiteral("broken.mxf"), fixtures::writeMxf({}).left(1500));
+    const QString broken = write("broken.mxf", fixtures::writeMxf({}).left(1500));
     const bool before = TarnAvidMXFInfo::libraryLogging();
     std::atomic<int> wrong{0};
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
+        const QString path = write(QString("t%1.mxf").arg(t), fixtures::writeMxf(clips[t]));
+        threads.emplace_back([&, t, path] {
             for (int i = 0; i < 30; ++i) {
                 if (t == 0) TarnAvidMXFInfo::setLibraryLogging(i % 2 == 0);
                 TarnMXF reader, refused;
-                reader.openFile(paths[t], nullptr);
+                reader.openFile(path, nullptr);
                 refused.openFile(broken, nullptr);
                 const QVariantHash& info = reader.MXFinfo();
-                if (info.value(QStringLiteral("clipname")) != QStringLiteral("thread %1").arg(t) ||
-                    info.value(QStringLiteral("fileUID")) != fixtures::umidFor(quint32(100 + t)) ||
-                    !refused.MXFinfo().isEmpty())
+                if (info.value("clipname") != clips[t].clipName ||
+                    info.value("fileUID") != clips[t].fileUMID || !refused.MXFinfo().isEmpty())
                     ++wrong;
             }
         });
@@ -268,24 +241,22 @@ class MxfItem : public MxfReader {
 // identifier of zeros, without the UMID label.
 TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
     scanMxf(1);
-    fixtures::MxfClip op1a = namedClip();
-    op1a.opAtom = false;
     const QByteArray whole = fixtures::writeMxf(namedClip());
-    const std::tuple<const char*, QByteArray, const char*> cases[] = {
+    const std::tuple<QString, QByteArray, const char*> cases[] = {
         {"small.mxf", whole.left(1024), nullptr},
         {"edge.mxf", whole.left(1025), "Failed to read info"},
-        {"op1a.MXF", fixtures::writeMxf(op1a), "File is not OP-Atom"},
+        {"op1a.MXF", fixtures::writeMxf(namedClip(false)), "File is not OP-Atom"},
     };
     QStringList unmanaged = kNoFacts;
     unmanaged[1] = TarnDatabaseItem::GetProjectNameUnmanaged();
     for (const auto& [name, bytes, message] : cases) {
-        SCOPED_TRACE(name);
-        write(QString::fromLatin1(name), bytes);
+        SCOPED_TRACE(name.toStdString());
+        write(name, bytes);
         TarnDatabaseItem item;
         testsupport::LogCapture log;
-        item.setupWithUnrefFile(dir_.path(), QString::fromLatin1(name));
-        EXPECT_EQ(log.contains(QStringLiteral("MXF file : open")), message != nullptr);
-        EXPECT_TRUE(!message || log.contains(QString::fromLatin1(message)));
+        item.setupWithUnrefFile(dir_.path(), name);
+        EXPECT_EQ(log.contains("MXF file : open"), message != nullptr);
+        EXPECT_TRUE(!message || log.contains(message));
         EXPECT_EQ(mxfFacts(item), unmanaged);
         EXPECT_EQ(item.DB_SizeofUID, message ? 8u : 0u);
         EXPECT_EQ(item.DB_isGoodUUID, !message);
@@ -296,14 +267,14 @@ TEST_F(MxfItem, UnreadableFilesGiveUnmanagedItemsWithZeroIdentifiers) {
 // then counts as unreferenced; a missing file is left alone.
 TEST_F(MxfItem, CorrespondingFileCompletesAnIndexRecord) {
     const fixtures::MxfClip clip = namedClip();
-    write(QStringLiteral("listed.mxf"), clip);
+    write("listed.mxf", fixtures::writeMxf(clip));
     for (int on : {0, 1}) {
         scanMxf(on);
         for (const char* name : {"listed.mxf", "gone.mxf"}) {
             SCOPED_TRACE(::testing::Message() << name << " " << on);
             const bool exists = name[0] == 'l';
             TarnDatabaseItem item;
-            item.DB_itemPath = dir_.filePath(QString::fromLatin1(name));
+            item.DB_itemPath = dir_.filePath(name);
             item.DB_isReferenced = true;
             item.validatePath();
             item.addinfoToItemFromCorrespondingFile();

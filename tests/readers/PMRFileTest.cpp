@@ -6,8 +6,8 @@
 #include <tuple>
 
 #include "FixtureFiles.h"
+#include "ItemFacts.h"
 #include "PmrWriter.h"
-#include "QtPrinters.h"
 #include "Umid.h"
 #include "readers/PMRFile.h"
 
@@ -15,12 +15,12 @@ using fixtures::PmrEntry;
 
 namespace {
 
+const QStringList kNoUids = {QString(64, '0'), QString(64, '0')};
+
 QList<PmrEntry> threeEntries() {
-    return {fixtures::makePmrEntry(0x1111, QStringLiteral("A001C001_V01.mxf"),
-                                   QStringLiteral("Feature")),
-            fixtures::makePmrEntry(0x2222, QStringLiteral("A001C001_A01.mxf"),
-                                   QStringLiteral("Feature")),
-            fixtures::makePmrEntry(0x3333, QStringLiteral("title.mxf"), QString())};
+    return {fixtures::makePmrEntry(0x1111, "A001C001_V01.mxf", "Feature"),
+            fixtures::makePmrEntry(0x2222, "A001C001_A01.mxf", "Feature"),
+            fixtures::makePmrEntry(0x3333, "title.mxf", QString())};
 }
 
 // Reads entries until the reader refuses one; from there it refuses for good
@@ -35,15 +35,13 @@ qsizetype readAll(PMRFile& pmr) {
     return read;
 }
 
-// An item as an index entry left it: name, project ("-" for none), UID size
-// and both identifiers in hex.
+// An item as an index entry left it: name, project, UID size and both
+// identifiers in hex.
 QStringList facts(const TarnDatabaseItem& item) {
-    const auto hex = [](const quint8* uid) {
-        return QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(uid), 32).toHex());
-    };
-    return {item.DB_ClipName, item.DB_ProjectName.isNull() ? "-" : item.DB_ProjectName,
-            QString::number(item.DB_SizeofUID), hex(item.filePackageUID),
-            hex(item.materialPackageUID)};
+    const QStringList uids = mxfFacts(item).mid(2);
+    return QStringList{item.DB_ClipName, textOrNull(item.DB_ProjectName),
+                       QString::number(item.DB_SizeofUID)} +
+           uids;
 }
 
 // Both byte orders and both identifier sizes: the caller's item is filled with
@@ -52,44 +50,39 @@ QStringList facts(const TarnDatabaseItem& item) {
 TEST(PMRFile, ReadsEveryEntryInBothByteOrdersAndIdentifierSizes) {
     const auto entries = threeEntries();
     for (quint32 uidSize : {8u, 2u}) {
+        const auto stored = [&](const QByteArray& uid) {
+            const QByteArray whole =
+                uidSize == 8 ? uid : QByteArray(16, 0) + uid.mid(16, 8) + QByteArray(8, 0);
+            return QString::fromLatin1(whole.toHex());
+        };
         for (bool bigEndian : {false, true}) {
             SCOPED_TRACE(::testing::Message() << uidSize << (bigEndian ? " MM" : " II"));
             PMRFile pmr;
             ASSERT_TRUE(pmr.dataWithBytes(fixtures::writePmr(entries, uidSize, bigEndian)));
             EXPECT_EQ(pmr.ItemsCount(), 3u);
-            EXPECT_EQ(pmr.UUIDlength(), uidSize);
-            EXPECT_EQ(pmr.usebyteswap(), bigEndian);
-            quint32 expectedPosition = 12;
             for (const PmrEntry& entry : entries) {
                 auto given = std::make_shared<TarnDatabaseItem>();
-                auto item = pmr.FillItem(given);
-                ASSERT_EQ(item.get(), given.get());
-                expectedPosition += quint32(fixtures::pmrEntryBytes(entry, uidSize).size());
-                EXPECT_EQ(pmr.position(), expectedPosition);
-                const auto stored = [&](const QByteArray& uid) {
-                    return QString::fromLatin1(
-                        (uidSize == 8 ? uid : QByteArray(16, 0) + uid.mid(16, 8) + QByteArray(8, 0))
-                            .toHex());
-                };
-                EXPECT_EQ(facts(*item),
-                          (QStringList{entry.name, entry.project.isEmpty() ? "-" : entry.project,
-                                       QString::number(uidSize), stored(entry.fileUID),
-                                       stored(entry.materialUID)}));
-                EXPECT_TRUE(item->DB_isReferenced);
+                ASSERT_EQ(pmr.FillItem(given), given);
+                EXPECT_EQ(
+                    facts(*given),
+                    (QStringList{entry.name, textOrNull(entry.project), QString::number(uidSize),
+                                 stored(entry.fileUID), stored(entry.materialUID)}));
+                EXPECT_TRUE(given->DB_isReferenced);
             }
             EXPECT_EQ(readAll(pmr), 0);
+            EXPECT_EQ(pmr.position(), quint32(fixtures::writePmr(entries, uidSize).size()));
         }
     }
 
     // Other sizes: no identifier bytes (2 + 8 + 2 + 1 + 4 bytes an entry),
     // and the item takes nothing.
-    const PmrEntry entry = fixtures::makePmrEntry(1, QStringLiteral("clip.mxf"), "P");
+    const PmrEntry entry = fixtures::makePmrEntry(1, "clip.mxf", "P");
     PMRFile pmr;
     ASSERT_TRUE(pmr.dataWithBytes(fixtures::writePmr({entry, entry}, 4)));
     auto item = pmr.FillItem(std::make_shared<TarnDatabaseItem>());
     ASSERT_TRUE(item);
     EXPECT_EQ(pmr.position(), 12u + 17u);
-    EXPECT_EQ(facts(*item), (QStringList{QString(), "-", "0", QString(64, '0'), QString(64, '0')}));
+    EXPECT_EQ(facts(*item), QStringList({"", "(null)", "0"}) + kNoUids);
 }
 
 // The reading stops for good at the first entry it refuses: one damaged (in
