@@ -126,26 +126,4 @@ TEST(AVBFile, TheChunkDumpGoesToTheLogAndStopsAtALengthPastTheEnd) {
     EXPECT_EQ(text.count("-1->"), 3) << "only named chunks are described";
 }
 
-TEST(AVBFile, TheOlderScanMarksLinkedMediaAndLogsEveryHit) {
-    // "AMA Фото" in Mac Cyrillic: Ф 94, о EE, т F2.
-    const QByteArray folder = QByteArray("AMA ") + QByteArray::fromHex("94eef2ee");
-    const QList<AvbReference> references = {
-        {0x1122334455667788ull, 0x0202, QString(), folder},
-        {0x0a, 0x0202, "Avid MediaFiles"},
-        {0x0b, 0x0203, "AMA ignored"},
-    };
-    AVBFile bin;
-    ASSERT_TRUE(bin.dataWithBytes(fixtures::writeBinReferences(references)));
-    testsupport::LogCapture log;
-    const auto items = bin.getAMAUIDSold();
-    ASSERT_EQ(shortUIDs(items), (QList<quint64>{0x1122334455667788ull, 0x0a}));
-    EXPECT_TRUE(items[0]->DB_isAMA);
-    EXPECT_FALSE(items[1]->DB_isAMA);
-    const QString text = log.text();
-    EXPECT_EQ(text.count(":: foundAMA Folder:: AMA Фото\n"), 1) << qPrintable(text);
-    EXPECT_TRUE(text.contains(":: 55667788 11223344 Found at pos "));
-    EXPECT_TRUE(text.contains(":: 0000000a 00000000 Found at pos "));
-    EXPECT_EQ(text.count("Found at pos"), 2);
-}
-
 }  // namespace
