@@ -99,7 +99,6 @@ TEST(OmfMediaDatabase, BigEndianCountsAreSwappedAndTocWordsAreNot) {
         OmfTestFile f;
         ASSERT_TRUE(f.open(w.finish()));
         EXPECT_EQ(f.reader->getMDBCompositionsCount(), 1u);
-        EXPECT_EQ(f.reader->objectIDAt(1), 0x30000u);
         EXPECT_TRUE(f.complete(0, 0xA0).startsWith("one |"));
         EXPECT_TRUE(f.complete(0, 0xA1).startsWith("(null) |"));
     }

@@ -8,7 +8,6 @@
 #include "FixtureFiles.h"
 #include "ItemFacts.h"
 #include "PmrWriter.h"
-#include "Umid.h"
 #include "readers/PMRFile.h"
 
 using fixtures::PmrEntry;
@@ -38,10 +37,9 @@ qsizetype readAll(PMRFile& pmr) {
 // An item as an index entry left it: name, project, UID size and both
 // identifiers in hex.
 QStringList facts(const TarnDatabaseItem& item) {
-    const QStringList uids = mxfFacts(item).mid(2);
     return QStringList{item.DB_ClipName, textOrNull(item.DB_ProjectName),
                        QString::number(item.DB_SizeofUID)} +
-           uids;
+           mxfFacts(item).mid(2);
 }
 
 // Both byte orders and both identifier sizes: the caller's item is filled with
@@ -98,33 +96,27 @@ TEST(PMRFile, ReadingStopsForGoodAtTheFirstRefusedEntry) {
         {"project length 65", [](PmrEntry& e) { e.projectLength = 65; }},
         {"name running past the end", [](PmrEntry& e) { e.nameLength = 60000; }},
     };
-    for (quint32 uidSize : {8u, 2u}) {
-        for (bool bigEndian : {false, true}) {
+    for (quint32 uidSize : {8u, 2u})
+        for (bool bigEndian : {false, true})
             for (const auto& [what, damage] : damages) {
                 auto entries = threeEntries();
                 damage(entries[1]);
-                cases.append({QStringLiteral("%1 (%2, %3)").arg(what).arg(uidSize).arg(bigEndian),
+                cases.append({QString("%1 (%2, %3)").arg(what).arg(uidSize).arg(bigEndian),
                               fixtures::writePmr(entries, uidSize, bigEndian), 1});
             }
-        }
-    }
 
     auto entries = threeEntries();
     const QByteArray whole = fixtures::writePmr(entries);
     const qsizetype firstEnd = 12 + fixtures::pmrEntryBytes(entries[0]).size();
     const qsizetype secondEnd = firstEnd + fixtures::pmrEntryBytes(entries[1]).size();
     for (qsizetype cut = firstEnd + 1; cut < secondEnd; cut += 7)
-        cases.append({QStringLiteral("cut at %1").arg(cut), whole.left(cut), 1});
+        cases.append({QString("cut at %1").arg(cut), whole.left(cut), 1});
     cases.append({"cut before the last byte", whole.left(secondEnd - 1), 1});
     cases.append({"cut right after the entry", whole.left(secondEnd), 2});
 
     // UID size 2: 8 + 2 + name + 2 + project + 8 + 4 bytes.
     auto sized = [](int nameLength) {
-        PmrEntry e;
-        e.fileUID = fixtures::makeShortUid(7);
-        e.materialUID = fixtures::makeShortUid(8);
-        e.name = QString(nameLength, QLatin1Char('n'));
-        return e;
+        return fixtures::makePmrEntry(7, QString(nameLength, 'n'), QString());
     };
     ASSERT_EQ(fixtures::pmrEntryBytes(sized(5), 2).size(), 29);
     cases.append({"29 bytes then 28", fixtures::writePmr({sized(5), sized(4)}, 2), 1});
