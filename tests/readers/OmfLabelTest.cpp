@@ -10,10 +10,10 @@
 
 namespace {
 
-QByteArray smallContainer() {
+QByteArray smallContainer(quint16 version = 1) {
     fixtures::BentoWriter w;
     w.addImmediate(0x30000, 66365, w.u32(1));
-    return w.finish();
+    return w.finish(version);
 }
 
 // Rewrites the label's TOC size.
@@ -21,19 +21,6 @@ QByteArray withTocSize(QByteArray file, quint32 size) {
     qToLittleEndian<quint32>(size, file.data() + file.size() - 4);
     return file;
 }
-
-class RecordingIndicator : public TarnProgressIndicator {
-  public:
-    void setIndeterminate(bool v) override { calls << QStringLiteral("indeterminate %1").arg(v); }
-    void setMinValue(double v) override { calls << QStringLiteral("min %1").arg(v); }
-    void setMaxValue(double v) override { calls << QStringLiteral("max %1").arg(v); }
-    void setDoubleValue(double v) override { calls << QStringLiteral("value %1").arg(v); }
-    void startAnimation() override { calls << QStringLiteral("start"); }
-    void stopAnimation() override { calls << QStringLiteral("stop"); }
-    QStringList calls;
-};
-
-}  // namespace
 
 // 128 bytes is the smallest container; a wrong magic, a TOC larger than the
 // file, an empty or partial TOC are refused.
@@ -59,6 +46,12 @@ TEST(OmfLabel, LabelAndTocDecideWhatOpens) {
         OmfTestFile f;
         EXPECT_EQ(f.open(bytes, "clip.omf"), bytes == file);
     }
+
+    testsupport::LogCapture log;
+    OmfTestFile omf2;
+    EXPECT_FALSE(omf2.open(smallContainer(2), "clip.omf"));
+    EXPECT_TRUE(log.contains("OMF 2 found at " + omf2.path));
+    EXPECT_TRUE(log.contains("OMF 2 not supported"));
 }
 
 TEST(OmfLabel, TocRunningPastTheEndKeepsOnlyWholeEntries) {
@@ -74,16 +67,6 @@ TEST(OmfLabel, TocRunningPastTheEndKeepsOnlyWholeEntries) {
     EXPECT_EQ(f.reader->tocEntryCount(), 5u);  // 4 entries and the label read as one
 }
 
-TEST(OmfLabel, Omf2IsRecognisedAndRefused) {
-    fixtures::BentoWriter w;
-    w.addImmediate(0x30000, 66365, w.u32(1));
-    testsupport::LogCapture log;
-    OmfTestFile f;
-    EXPECT_FALSE(f.open(w.finish(2), "clip.omf"));
-    EXPECT_TRUE(log.contains(QStringLiteral("OMF 2 found at ") + f.path));
-    EXPECT_TRUE(log.contains(QStringLiteral("OMF 2 not supported")));
-}
-
 // A media database opens only with its clip table; an OMF media file needs
 // none. The front counts the database's compositions.
 TEST(OmfLabel, DatabasesNeedAClipTableAndTheFrontCountsItsCompositions) {
@@ -93,35 +76,38 @@ TEST(OmfLabel, DatabasesNeedAClipTableAndTheFrontCountsItsCompositions) {
     const QByteArray noClips = w.finish();
     OmfTestFile mdb, omf, good;
     EXPECT_FALSE(mdb.open(noClips));
-    EXPECT_EQ(mdb.reader->getMDBCompositionsCount(), 0u);
     EXPECT_TRUE(omf.open(noClips, "clip.omf"));
-    ASSERT_TRUE(good.open(fixtures::writeMdb({pictureClip(1), audioClip(2), pictureClip(3)})));
+    ASSERT_TRUE(good.open(fixtures::writeMdb(fixtures::omfSeedClips().mid(0, 3))));
 
     TarnMediafile front;
     EXPECT_FALSE(front.openFile(mdb.path, nullptr));
     EXPECT_EQ(front.getMDBCompositionsCount(), 0u);
     ASSERT_TRUE(front.openFile(good.path, nullptr));
-    EXPECT_EQ(front.type(), 1u);
     EXPECT_EQ(front.getMDBCompositionsCount(), 3u);
-    EXPECT_TRUE(front.capabilityFlags() & TarnMediaReader::kAddInfoToItem);
 }
 
 TEST(OmfLabel, ProgressIsShownOnlyWhileTheStatusDisplayRuns) {
-    QList<fixtures::MdbClip> clips;
-    for (int i = 0; i < 80; ++i) clips << pictureClip(i);  // 7 objects each: 2 steps of 256
-    const QByteArray file = fixtures::writeMdb(clips);
+    struct Recorder : TarnProgressIndicator {
+        void setIndeterminate(bool v) override { calls << QString("indeterminate %1").arg(v); }
+        void setMinValue(double v) override { calls << QString("min %1").arg(v); }
+        void setMaxValue(double v) override { calls << QString("max %1").arg(v); }
+        void setDoubleValue(double v) override { calls << QString("value %1").arg(v); }
+        void startAnimation() override { calls << "start"; }
+        void stopAnimation() override { calls << "stop"; }
+        QStringList calls;
+    } running, idle;
+    // 7 objects a clip: 2 steps of 256.
+    const QByteArray file =
+        fixtures::writeMdb(QList<fixtures::MdbClip>(80, fixtures::omfSeedClips()[0]));
     auto* status = TarnStatusViewController::getTheController();
-
-    RecordingIndicator running;
     status->setIsRunning(true);
-    OmfTestFile a;
+    OmfTestFile a, b;
     EXPECT_TRUE(a.open(file, "msmMMOB.mdb", &running));
     status->setIsRunning(false);
     EXPECT_EQ(running.calls, (QStringList{"indeterminate 0", "min 0", "max 2", "value 0", "value 1",
                                           "value 2", "value 2"}));
-
-    RecordingIndicator idle;
-    OmfTestFile b;
     EXPECT_TRUE(b.open(file, "msmMMOB.mdb", &idle));
     EXPECT_EQ(idle.calls, QStringList{"value 2"});
 }
+
+}  // namespace
