@@ -116,4 +116,26 @@ TEST(AVBFile, TheChunkDumpGoesToTheLogAndStopsAtALengthPastTheEnd) {
     EXPECT_EQ(text.count("-1->"), 3) << "only named chunks are described";
 }
 
+// The older scan also marks linked media: an "AMA " folder name after a
+// reference (Mac Cyrillic) is logged and makes the item linked.
+TEST(AVBFile, TheOlderScanMarksLinkedMedia) {
+    // "AMA Фото" in Mac Cyrillic: Ф 94, о EE, т F2.
+    const QByteArray folder = QByteArray("AMA ") + QByteArray::fromHex("94eef2ee");
+    const QList<fixtures::AvbReference> references = {
+        {0x1122334455667788ull, 0x0202, QString(), folder},
+        {0x0a, 0x0202, QStringLiteral("Avid MediaFiles")},
+    };
+    AVBFile bin;
+    ASSERT_TRUE(bin.dataWithBytes(fixtures::writeBinReferences(references)));
+    testsupport::LogCapture log;
+    const auto items = bin.getAMAUIDSold();
+    ASSERT_EQ(items.size(), 2);
+    EXPECT_EQ(items[0]->shortFileUID(), 0x1122334455667788ull);
+    EXPECT_TRUE(items[0]->DB_isAMA && !items[1]->DB_isAMA);
+    const QString text = log.text();
+    EXPECT_EQ(text.count(QStringLiteral(":: foundAMA Folder:: AMA Фото\n")), 1) << qPrintable(text);
+    EXPECT_TRUE(text.contains(QStringLiteral(":: 55667788 11223344 Found at pos ")));
+    EXPECT_EQ(text.count(QStringLiteral("Found at pos")), 2);
+}
+
 }  // namespace

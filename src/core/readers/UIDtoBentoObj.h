@@ -4,7 +4,8 @@
 
 // One node of an identifier tree of a media database: a short identifier
 // (bytes 16..23 of a UMID, kept as the 8 stored bytes read as one 64-bit
-// number) and the Bento object that describes it.
+// number) and the Bento object that describes it. The trees hold nodes by
+// value in sorted tables, so a comparison never meets a missing node.
 class UIDtoBentoObj {
   public:
     UIDtoBentoObj() = default;
@@ -19,18 +20,7 @@ class UIDtoBentoObj {
     }
     bool isLiteThan(const UIDtoBentoObj& other) const { return key_ < other.key_; }
 
-    // The trees' comparison rules. A missing node is logged ("Error in UID
-    // tree - nil object") and compares as not equal and not less.
-    static bool equalRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b) {
-        return (a && b) ? a->isEqualKey(*b) : missingNode();
-    }
-    static bool lessRule(const UIDtoBentoObj* a, const UIDtoBentoObj* b) {
-        return (a && b) ? a->isLiteThan(*b) : missingNode();
-    }
-
   private:
-    static bool missingNode();  // logs, false
-
     quint64 key_ = 0;
     quint32 objectID_ = 0;
 };
