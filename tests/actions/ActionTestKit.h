@@ -84,6 +84,9 @@ inline QByteArray content(const QString& name, int size = 4096) {
     return b;
 }
 
+// A size whose copy takes many chunks.
+constexpr qint64 kBig = 384LL * 1024 * 1024;
+
 // A large file that takes no disk space; its first and last bytes are set.
 inline bool makeSparse(const QString& path, qint64 size) {
     QDir().mkpath(QFileInfo(path).path());

@@ -1,8 +1,6 @@
 #include <QStandardPaths>
-#include <QTemporaryDir>
 
 #include "ActionTestKit.h"
-#include "TestSupport.h"
 #include "actions/TarnExternalHandoff.h"
 #include "database/TarnCore.h"
 #include "support/TarnDesktopEntry.h"
@@ -31,9 +29,7 @@ TEST(DesktopEntryExec, SplitsByTheQuotingRules) {
         bool ok = !c.ok;
         const QStringList words = TarnDesktopEntry::splitExec(QString::fromUtf8(c.exec), &ok);
         EXPECT_EQ(ok, c.ok) << c.exec;
-        if (c.ok) {
-            EXPECT_EQ(words, c.words) << c.exec;
-        }
+        EXPECT_EQ(words, c.words) << c.exec;
     }
 }
 
@@ -104,15 +100,9 @@ TEST_F(DesktopEntryFixture, ApplicationIsAnEntryOrACommandThatMustExist) {
             << c.application;
         if (!c.found) continue;
         ASSERT_EQ(launches.size(), 1) << c.application;
-        EXPECT_EQ(launches.at(0).program, c.program) << c.application;
-        EXPECT_EQ(launches.at(0).arguments, c.arguments) << c.application;
+        EXPECT_EQ(QStringList{launches[0].program} + launches[0].arguments,
+                  QStringList{c.program} + c.arguments);
     }
-}
-
-TEST(ExternalHandoff, ClipboardTextJoinsThePathsByCarriageReturns) {
-    EXPECT_EQ(TarnExternalHandoff::clipboardText({}), "");
-    EXPECT_EQ(TarnExternalHandoff::clipboardText({"/a"}), "/a");
-    EXPECT_EQ(TarnExternalHandoff::clipboardText({"/a b", "/c", "/d"}), "/a b\r/c\r/d");
 }
 
 TEST(ExternalHandoff, TheScriptGetsThePathsAsArguments) {
@@ -144,14 +134,10 @@ TEST(ExternalHandoff, ExistingPathsFollowTheRowsAndLeaveOutMissingFiles) {
     EXPECT_TRUE(TarnExternalHandoff::existingPaths(core, {}).isEmpty());
 }
 
-TEST(ExternalHandoff, DefaultScriptAndApplicationOfThisPlatform) {
+// The default script of this platform passes the paths on and is valid shell.
+TEST(ExternalHandoff, DefaultScriptIsValidShell) {
     const QString script = TarnPreferences::basescript();
-    ASSERT_FALSE(script.isEmpty());
     EXPECT_TRUE(script.contains("\"$@\""));
-    EXPECT_EQ(TarnPreferences::defaultValue(TarnPreferences::kExtApplescript).toString(), script);
-    EXPECT_EQ(TarnPreferences::defaultValue(TarnPreferences::kExternalAppBundleID).toString(),
-              "mediainfo-gui");
-    // The default script is valid shell.
     const testsupport::ProcessRun check = testsupport::runProcess("/bin/sh", {"-n", "-c", script});
     EXPECT_EQ(check.exitCode, 0) << check.err.toStdString();
 }
