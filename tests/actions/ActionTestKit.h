@@ -43,7 +43,6 @@ class ScriptedAnswers {
             QMutexLocker lock(&mutex_);
             asked_.append(request.message);
             details_.append(request.detail);
-            buttons_.append(request.buttons.join(QLatin1Char('|')));
             if (answers_.empty()) return int(TarnAlert::kNoAnswer);
             const int answer = answers_.front();
             answers_.pop_front();
@@ -53,7 +52,6 @@ class ScriptedAnswers {
     ~ScriptedAnswers() { TarnAlert::setPresenter({}); }
     QStringList asked() const { return locked(asked_); }
     QStringList details() const { return locked(details_); }
-    QStringList buttons() const { return locked(buttons_); }
 
   private:
     QStringList locked(const QStringList& list) const {
@@ -62,7 +60,7 @@ class ScriptedAnswers {
     }
     mutable QMutex mutex_;
     std::deque<int> answers_;
-    QStringList asked_, details_, buttons_;
+    QStringList asked_, details_;
 };
 
 using fixtures::writeFile;

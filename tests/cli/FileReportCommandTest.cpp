@@ -48,11 +48,12 @@ TEST_F(FileReportCommandTest, ShowsTheHeaderAndEveryEntryOfAnIndex) {
 TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     auto damaged = entries();
     damaged[1].projectLength = 65;
-    const QString pmr = write("msmFMID.pmr", fixtures::writePmr(damaged, 2, true));
+    // Indexes and bins are known by their first bytes, whatever their names.
+    const QString pmr = write("index.dat", fixtures::writePmr(damaged, 2, true));
 
     fixtures::AvbReference linked{0x99, 0x0202, "AMA Card"};
     const QString bin =
-        write("Reel 1.avb", fixtures::writeBinReferences({{0x42}, linked, {0x42}, {0x5, 0x0203}}));
+        write("reel-copy", fixtures::writeBinReferences({{0x42}, linked, {0x42}, {0x5, 0x0203}}));
 
     fixtures::MdbClip clip;
     clip.fileShortUID = 0x42;
@@ -97,7 +98,6 @@ TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
                                {"objects", fixtures::mdbObjectCount({clip, clip})}};
     EXPECT_EQ(fieldsOf(m, mdbFacts), mdbFacts);
     EXPECT_EQ(m["toc_entries"].toInt() * 24, m["toc_size"].toInt());
-    EXPECT_GT(m["toc_offset"].toInt(), 0);
 
     const QJsonObject x = files[3].toObject();
     const QJsonObject mxfFacts{
@@ -134,21 +134,7 @@ TEST_F(FileReportCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAre
     ASSERT_EQ(files.size(), 2);
     EXPECT_TRUE(files[0].toObject().contains("error"));
     EXPECT_FALSE(files[1].toObject().contains("error"));
-}
 
-TEST_F(FileReportCommandTest, IndexesAndBinsAreKnownByTheirFirstBytes) {
-    const QString pmr = write("index.dat", fixtures::writePmr(entries(), 8, true));
-    const QString bin = write("reel-copy", fixtures::writeBin({1, 2}));
-    const CliResult run = inspect({"--json", pmr, bin});
-    EXPECT_EQ(run.exitCode, 0);
-    const QJsonArray files = filesOf(run);
-    ASSERT_EQ(files.size(), 2);
-    EXPECT_EQ(files[0].toObject()["kind"].toString(), "pmr");
-    EXPECT_EQ(files[0].toObject()["entries_read"].toInt(), 3);
-    EXPECT_EQ(files[1].toObject()["kind"].toString(), "bin");
-}
-
-TEST_F(FileReportCommandTest, UsageErrors) {
     EXPECT_EQ(inspect({}).exitCode, 2);
     const CliResult unknown = inspect({"--nope", "x.pmr"});
     EXPECT_EQ(unknown.exitCode, 2);
