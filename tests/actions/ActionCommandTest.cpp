@@ -1,3 +1,5 @@
+#include <QCryptographicHash>
+#include <QDirIterator>
 #include <QStandardPaths>
 
 #include <fcntl.h>
@@ -5,12 +7,95 @@
 #include <stdlib.h>
 #include <sys/file.h>
 
-#include "CommandKit.h"
+#include "ActionTestKit.h"
 #include "DemoVolume.h"
+#include "PmrWriter.h"
 
+// `tarn copy|move|delete` run to their end, each with a private settings file
+// and a private data folder (so its own Trash).
 using namespace actiontest;
 
 namespace {
+
+struct Outcome {
+    int code = -1;
+    QString out, err;
+};
+
+// Everything under a folder, links not followed: one line per path with its
+// type and content hash (files) or target (links).
+QStringList snapshot(const QString& folder) {
+    QStringList seen;
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QFileInfo info(path);
+        QString what = "other";
+        if (info.isSymLink())
+            what = "link " + info.symLinkTarget();
+        else if (info.isDir())
+            what = "folder";
+        else if (info.isFile())
+            what = QCryptographicHash::hash(readFile(path), QCryptographicHash::Sha1).toHex();
+        seen << path.mid(folder.size()) + " = " + what;
+    }
+    seen.sort();
+    return seen;
+}
+
+struct CommandFixture : ::testing::Test {
+    QTemporaryDir tmp;
+    QString vol() const { return tmp.path() + "/vol"; }
+    QString dst() const { return tmp.path() + "/dst"; }
+    QString media() const { return vol() + "/Avid MediaFiles/MXF/1"; }
+    QMap<QString, QString> env() const {
+        return {{"TARN_SETTINGS", tmp.path() + "/settings.ini"},
+                {"XDG_DATA_HOME", tmp.path() + "/data"}};
+    }
+    // No Trash can be made in runs with this environment: a file is where
+    // their data folder should be.
+    QMap<QString, QString> withoutTrash() const {
+        writeFile(tmp.path() + "/blocked", "x");
+        return {{"XDG_DATA_HOME", tmp.path() + "/blocked/data"}};
+    }
+    // Runs `program args` to its end with env() and then `setup.env` set.
+    Outcome run(const QStringList& args, testsupport::ProcessSetup setup = {},
+                const QString& program = QStringLiteral(TARN_CLI_PATH)) const {
+        QMap<QString, QString> environment = env();
+        environment.insert(setup.env);
+        setup.env = environment;
+        const testsupport::ProcessRun r = testsupport::runProcessWith(program, args, setup);
+        return {r.exitCode, QString::fromUtf8(r.out), QString::fromUtf8(r.err)};
+    }
+    // Starts tarn with `args` and waits until it writes a partial copy into
+    // `folder` (true) or ends (false).
+    bool startCopying(QProcess& p, const QStringList& args, const QString& folder) const {
+        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+        const QMap<QString, QString> settings = env();
+        for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+            e.insert(it.key(), it.value());
+        p.setProcessEnvironment(e);
+        p.start(QStringLiteral(TARN_CLI_PATH), args);
+        p.closeWriteChannel();
+        // Waiting on the process (not sleeping) is what notices a run that ended early.
+        while (partials(folder).isEmpty() && p.state() != QProcess::NotRunning)
+            p.waitForFinished(5);
+        return !partials(folder).isEmpty();
+    }
+    // A media folder whose index lists `listed` (project "Doc"); each name
+    // in `files` is written as a file of its own content.
+    static void writeMediaFolder(const QString& folder, const QStringList& listed,
+                                 const QStringList& files,
+                                 const QList<fixtures::PmrEntry>& extra = {}) {
+        QList<fixtures::PmrEntry> entries;
+        quint64 id = 0x5F3A0000;
+        for (const QString& name : listed)
+            entries << fixtures::makePmrEntry(++id, name, QStringLiteral("Doc"));
+        writeFile(folder + "/msmFMID.pmr", fixtures::writePmr(entries + extra));
+        for (const QString& name : files) writeFile(folder + "/" + name, content(name));
+    }
+};
 
 // The demo volume, and an empty destination.
 struct DemoCommand : CommandFixture {
@@ -25,48 +110,37 @@ TEST_F(DemoCommand, UsageErrorsRefusalsAndDryRunsChangeNothing) {
     const struct Case {
         QStringList args;
         int code;
-        QString out;  // a pattern
-        QString err;  // a part
+        QString out, err;  // a pattern; a part
     } cases[] = {
         {{"copy", vol()}, 2, "", "Invalid destination path"},
-        {{"move", vol(), "--to", tmp.path() + "/nowhere", "--sure"},
-         2,
-         "",
-         "Please check destination path"},
+        {{"move", vol(), "--to", vol() + "/nowhere", "--sure"}, 2, "", "check destination path"},
         {{"copy", vol(), "--to", dst(), "--answer", "maybe"}, 2, "", ""},
         {{"copy", "--to", dst(), "--sure"}, 2, "", ""},
-        {{"move", vol(), "--to", dst()},  // not sure
-         2,
-         "^will Move \n",
-         "Please don't hurry, be patient...\nPlease verify everything"},
-        {{"delete", vol(), "--dry-run"},
-         0,
-         "-> \\(Trash\\)\n.*destination: Super Secret Annihilator \\(SSA\\)",
-         ""},
+        {{"move", vol(), "--to", dst()}, 2, "^will Move \n", "Please verify everything"},
+        {{"delete", vol(), "--dry-run"}, 0, "-> \\(Trash\\)\n.*destination: Super Secret", ""},
         {{"copy", vol(), "--to", dst(), "--keep-folders", "--dry-run"},
          0,
-         QRegularExpression::escape("/MXF/1/Harbour_Wide_V01.5F3A1C01.mxf\n    -> " + dst() +
-                                    "/Harbour/MXF/1/Harbour_Wide_V01.5F3A1C01.mxf\n"),
+         "/MXF/1/Harbour_Wide_V01.5F3A1C01.mxf\n    -> " + dst() + "/Harbour/MXF/1/Harbour_Wide",
          ""},
     };
-    const int before = filesUnder(vol());
+    const QStringList before = snapshot(vol());
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args.join(' ').toStdString());
-        const Outcome r = tarn(c.args);
+        const Outcome r = run(c.args);
         EXPECT_EQ(r.code, c.code);
         EXPECT_TRUE(r.out.contains(
             QRegularExpression(c.out, QRegularExpression::DotMatchesEverythingOption)))
             << r.out.toStdString();
         EXPECT_TRUE(r.err.contains(c.err)) << r.err.toStdString();
     }
-    EXPECT_EQ(filesUnder(dst()), 0);
-    EXPECT_EQ(filesUnder(vol()), before);
+    EXPECT_EQ(snapshot(dst()), QStringList());
+    EXPECT_EQ(snapshot(vol()), before);
 }
 
-TEST_F(DemoCommand, CopyThenAnswersAndFailures) {
-    const int before = filesUnder(vol());
-    Outcome r = tarn({"copy", vol(), "--to", dst(), "--sure", "--no-project-folders",
-                      "--action-log", tmp.path() + "/action.log"});
+TEST_F(DemoCommand, CopyThenAnswerNoToEveryExistingTarget) {
+    const QStringList before = snapshot(vol());
+    Outcome r = run({"copy", vol(), "--to", dst(), "--sure", "--no-project-folders", "--action-log",
+                     tmp.path() + "/action.log"});
     EXPECT_EQ(r.code, 0) << r.err.toStdString();
     const QString log = QString::fromUtf8(readFile(tmp.path() + "/action.log"));
     EXPECT_TRUE(log.contains(":: Action :: Copy \n"));
@@ -74,26 +148,18 @@ TEST_F(DemoCommand, CopyThenAnswersAndFailures) {
     EXPECT_FALSE(log.contains("ERROR"));
     EXPECT_TRUE(QFileInfo::exists(dst() + "/MXF/Harbour_Wide_V01.5F3A1C01.mxf"));
     EXPECT_TRUE(r.err.contains(QRegularExpression("copy: (\\d+) of \\1 items")));
-    EXPECT_EQ(filesUnder(vol()), before);  // the sources stay
+    EXPECT_EQ(snapshot(vol()), before);  // the sources stay
 
     // Again: every target exists; "no" keeps them, and a skip is no failure.
-    r = tarn({"copy", vol(), "--to", dst(), "--sure", "--no-project-folders", "--answer", "no"});
+    r = run({"copy", vol(), "--to", dst(), "--sure", "--no-project-folders", "--answer", "no"});
     EXPECT_EQ(r.code, 0);
     EXPECT_TRUE(r.out.contains(":: FILE EXISTS AT DESTINATION \n:: SKIPPING \n"));
     EXPECT_FALSE(r.out.contains(":: OVERWRITING"));
     EXPECT_TRUE(r.err.contains("File exists at destination. Overwrite?"));
-
-    // A file where a project folder should be: those files fail.
-    writeFile(dst() + "/Harbour", "in the way");
-    r = tarn({"copy", vol(), "--to", dst(), "--sure", "--answer", "all"});
-    EXPECT_EQ(r.code, 1);
-    EXPECT_TRUE(r.out.contains(":: ERROR :: Not a directory :: " + dst() + "/Harbour/MXF \n"));
-    EXPECT_EQ(readFile(dst() + "/Harbour"), QByteArray("in the way"));
 }
 
 // One media folder with two listed files.
 struct SmallVolume : CommandFixture {
-    QString media() const { return vol() + "/Avid MediaFiles/MXF/1"; }
     void SetUp() override {
         writeMediaFolder(media(), {"A.mxf", "B.mxf"}, {"A.mxf", "B.mxf"});
         QDir().mkpath(dst());
@@ -133,6 +199,8 @@ TEST_F(SmallVolume, EverySpellingOfTheSourceFolderIsTheSameFolder) {
             EXPECT_EQ(r.code, 0) << r.err.toStdString();
             EXPECT_EQ(r.out.count("SKIPPING - the same src&dst :: " + action), 2)
                 << r.out.toStdString();
+            // Skipped, but counted as done.
+            EXPECT_TRUE(r.err.contains(QRegularExpression(": 2 of 2 items, (.+) of \\1\n")));
             EXPECT_FALSE(r.out.contains("FILE EXISTS AT DESTINATION"));
             EXPECT_FALSE(r.err.contains("Overwrite?"));
             expectSourcesKept();
@@ -213,7 +281,7 @@ TEST_F(SmallVolume, AStoppedCopyLeavesNoPartialCopyBehind) {
     ASSERT_EQ(::flock(held.handle(), LOCK_EX | LOCK_NB), 0);
 
     const Outcome r =
-        tarn(QStringList{"copy", "--no-mxf"} + flatInto(dst()) + QStringList{"--search", "A.mxf"});
+        run(QStringList{"copy", "--no-mxf"} + flatInto(dst()) + QStringList{"--search", "A.mxf"});
     EXPECT_EQ(r.code, 0) << r.err.toStdString();
     EXPECT_EQ(partials(dst()), QStringList{live});
     EXPECT_TRUE(r.out.contains(":: REMOVED ABANDONED PARTIAL COPY :: " + dst() + "/" +
@@ -246,6 +314,83 @@ TEST_F(SmallVolume, AFullDiskIsNamedInTheActionLog) {
         << r.out.toStdString();
     EXPECT_FALSE(r.err.contains("left: " + TarnFileCopier::temporaryPrefix()))
         << r.err.toStdString();
+}
+
+// A volume whose media index names, next to two media files, everything a
+// damaged index can hold: ways out of the folder, the folder itself, a
+// sub-folder, links to a folder and to a file outside, a pipe, a name with
+// the other system's separator, and last an empty name (which ends the
+// index). A link inside the media folder leads to "Avid Projects", which has
+// an index of its own.
+struct DamagedIndex : CommandFixture {
+    void SetUp() override {
+        fixtures::PmrEntry empty = fixtures::makePmrEntry(0x77, "X", "Doc");
+        empty.nameLength = 0;
+        writeMediaFolder(media(),
+                         {"Good.mxf", "..", "../../..", "../../../Avid Projects", ".", "Sub",
+                          "LinkDir", "LinkFile", "Pipe", "..\\..\\Keep.mxf", "Also Good.wav"},
+                         {"Good.mxf", "Also Good.wav", "Sub/Inner.mxf"}, {empty});
+        writeMediaFolder(vol() + "/Avid Projects", {"Doc.avb"}, {"Doc.avb", "Doc Settings.avs"});
+        writeFile(vol() + "/Keep.mxf", content("Keep.mxf"));
+        ASSERT_TRUE(QFile::link(vol() + "/Avid Projects", media() + "/LinkDir"));
+        ASSERT_TRUE(QFile::link(vol() + "/Keep.mxf", media() + "/LinkFile"));
+        ASSERT_EQ(::mkfifo(QFile::encodeName(media() + "/Pipe").constData(), 0600), 0);
+        QDir().mkpath(dst());
+    }
+};
+
+TEST_F(DamagedIndex, TheDryRunShowsWhatWouldBeRefused) {
+    const Outcome r = run({"delete", "--volume", vol(), "--show-missing", "--dry-run"});
+    EXPECT_EQ(r.code, 0);
+    for (const QString line :
+         {"%1/Good.mxf\n    -> (Trash)\n", "%1/Sub\n    -> (refused: Is a directory)\n",
+          "%1/LinkDir\n    -> (refused: Is a symbolic link)\n",
+          "%1/Pipe\n    -> (refused: Not a regular file)\n", "\n    -> (refused: No path)\n"})
+        EXPECT_TRUE(r.out.contains(QString(line).replace("%1", media()))) << r.out.toStdString();
+}
+
+TEST_F(DamagedIndex, NothingButTheMediaFilesIsTouchedWhateverTheAnswers) {
+    const QStringList mediaFiles{"/Avid MediaFiles/MXF/1/Good.mxf",
+                                 "/Avid MediaFiles/MXF/1/Also Good.wav"};
+    for (const QString action : {"delete", "move", "copy"}) {
+        for (const QString answer : {"yes", "all"}) {  // "Yes", or "Yes to All"
+            SCOPED_TRACE((action + " --answer " + answer).toStdString());
+            QDir(tmp.path()).removeRecursively();
+            SetUp();
+            QStringList before = snapshot(vol());
+            QStringList args{action,     "--volume", vol(),      "--show-missing",
+                             "--no-mxf", "--sure",   "--answer", answer};
+            if (action != "delete") args << "--to" << dst();
+            const Outcome r = run(args, {withoutTrash(), {}, {}});
+            EXPECT_EQ(r.code, 1) << r.err.toStdString();  // the refusals are errors
+
+            QStringList after = snapshot(vol());
+            for (const QString& file : mediaFiles) {
+                const QStringList line = before.filter(QRegularExpression("^" + file + " = "));
+                ASSERT_EQ(line.size(), 1);
+                EXPECT_EQ(after.removeAll(line.first()), action == "copy" ? 1 : 0);
+                before.removeAll(line.first());
+            }
+            EXPECT_EQ(after, before);
+            for (const QString& line : snapshot(dst())) {
+                const QString path = line.section(" = ", 0, 0);
+                const QString name = path.section('/', -1);
+                EXPECT_TRUE(line.endsWith(" = folder") || name == "Good.mxf" ||
+                            name == "Also Good.wav" || name == "msmFMID.pmr")
+                    << path.toStdString();
+            }
+            if (action != "delete") {
+                EXPECT_TRUE(QFileInfo::exists(dst() + "/Doc/MXF/Good.mxf")) << r.out.toStdString();
+                EXPECT_TRUE(r.out.contains(":: ERROR :: No path :: ../../../Avid Projects \n"));
+            }
+            for (const QString line : {":: ERROR :: Is a directory :: %1/Sub \n",
+                                       ":: ERROR :: Is a symbolic link :: %1/LinkDir \n",
+                                       ":: ERROR :: Is a symbolic link :: %1/LinkFile \n",
+                                       ":: ERROR :: Not a regular file :: %1/Pipe \n"})
+                EXPECT_TRUE(r.out.contains(QString(line).replace("%1", media())))
+                    << line.toStdString();
+        }
+    }
 }
 
 }  // namespace
