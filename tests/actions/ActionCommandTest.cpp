@@ -137,27 +137,6 @@ TEST_F(DemoCommand, UsageErrorsRefusalsAndDryRunsChangeNothing) {
     EXPECT_EQ(snapshot(vol()), before);
 }
 
-TEST_F(DemoCommand, CopyThenAnswerNoToEveryExistingTarget) {
-    const QStringList before = snapshot(vol());
-    Outcome r = run({"copy", vol(), "--to", dst(), "--sure", "--no-project-folders", "--action-log",
-                     tmp.path() + "/action.log"});
-    EXPECT_EQ(r.code, 0) << r.err.toStdString();
-    const QString log = QString::fromUtf8(readFile(tmp.path() + "/action.log"));
-    EXPECT_TRUE(log.contains(":: Action :: Copy \n"));
-    EXPECT_TRUE(log.endsWith(" :: TarnAction Finished\n"));
-    EXPECT_FALSE(log.contains("ERROR"));
-    EXPECT_TRUE(QFileInfo::exists(dst() + "/MXF/Harbour_Wide_V01.5F3A1C01.mxf"));
-    EXPECT_TRUE(r.err.contains(QRegularExpression("copy: (\\d+) of \\1 items")));
-    EXPECT_EQ(snapshot(vol()), before);  // the sources stay
-
-    // Again: every target exists; "no" keeps them, and a skip is no failure.
-    r = run({"copy", vol(), "--to", dst(), "--sure", "--no-project-folders", "--answer", "no"});
-    EXPECT_EQ(r.code, 0);
-    EXPECT_TRUE(r.out.contains(":: FILE EXISTS AT DESTINATION \n:: SKIPPING \n"));
-    EXPECT_FALSE(r.out.contains(":: OVERWRITING"));
-    EXPECT_TRUE(r.err.contains("File exists at destination. Overwrite?"));
-}
-
 // One media folder with two listed files.
 struct SmallVolume : CommandFixture {
     void SetUp() override {
@@ -208,38 +187,49 @@ TEST_F(SmallVolume, EverySpellingOfTheSourceFolderIsTheSameFolder) {
     }
 }
 
-// Questions asked on a terminal whose input has ended.
-TEST_F(SmallVolume, EndOfInputAnswersTheButtonThatKeepsEverything) {
+// Questions nobody can answer, on a terminal whose input has ended, or
+// answered "no" in advance: the answer is the button that keeps everything.
+TEST_F(SmallVolume, EndOfInputOrAnswerNoKeepsEverything) {
+    const QString exists = "File exists at destination.";
     const struct Case {
         QString action;
-        const char* question;
+        bool terminal;
+        QString question;
     } cases[] = {
-        {"copy", "File exists at destination."},
-        {"move", "File exists at destination."},
-        {"delete", "File can not be moved to the Trash."},
+        {"copy", true, exists},
+        {"move", true, exists},
+        {"delete", true, "File can not be moved to the Trash."},
+        {"copy", false, exists},
+        {"delete", false, "File can not be moved to the Trash."},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.action.toStdString());
+        SCOPED_TRACE((c.action + (c.terminal ? " (end of input)" : " --answer no")).toStdString());
         // Every target exists, with other bytes.
         writeFile(dst() + "/A.mxf", "the old A");
         writeFile(dst() + "/B.mxf", "the old B");
-        int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+        const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
         ASSERT_GE(master, 0);
-        ASSERT_EQ(::grantpt(master), 0);
-        ASSERT_EQ(::unlockpt(master), 0);
+        ASSERT_EQ(::grantpt(master) | ::unlockpt(master), 0);
         const QString terminal = QString::fromLatin1(::ptsname(master));
         const int slave = ::open(::ptsname(master), O_RDWR | O_NOCTTY);
         ASSERT_GE(slave, 0);
         ASSERT_EQ(::write(master, "\x04", 1), 1);  // end of input (Ctrl-D)
         QStringList args = QStringList{c.action} + flatInto(dst());
         if (c.action == "delete") args = args.mid(0, 2) + args.mid(4);
-        const Outcome r = run(
-            args, {c.action == "delete" ? withoutTrash() : QMap<QString, QString>{}, {}, terminal});
+        if (!c.terminal)
+            args << "--answer"
+                 << "no";
+        const Outcome r =
+            run(args, {c.action == "delete" ? withoutTrash() : QMap<QString, QString>{},
+                       {},
+                       c.terminal ? terminal : QString()});
         ::close(slave);
         ::close(master);
+        EXPECT_EQ(r.code, 0);  // a skip is no failure
         EXPECT_EQ(r.err.count(c.question), 2) << r.err.toStdString();
-        EXPECT_TRUE(r.err.contains("(end of input) -> No"));
-        EXPECT_FALSE(r.err.contains(QRegularExpression("end of input\\) -> (?!No\\n)")));
+        EXPECT_EQ(r.err.contains("(end of input) -> No\n"), c.terminal);
+        EXPECT_GE(r.err.count(" -> No\n"), 2);
+        EXPECT_FALSE(r.err.contains(QRegularExpression(" -> (?!No\n)")));
         EXPECT_FALSE(r.out.contains("OVERWRITING"));
         expectSourcesKept();
         EXPECT_EQ(readFile(dst() + "/A.mxf"), QByteArray("the old A"));
@@ -280,12 +270,14 @@ TEST_F(SmallVolume, AStoppedCopyLeavesNoPartialCopyBehind) {
     ASSERT_TRUE(held.open(QIODevice::ReadOnly));
     ASSERT_EQ(::flock(held.handle(), LOCK_EX | LOCK_NB), 0);
 
-    const Outcome r =
-        run(QStringList{"copy", "--no-mxf"} + flatInto(dst()) + QStringList{"--search", "A.mxf"});
+    const QString log = tmp.path() + "/action.log";
+    const Outcome r = run(QStringList{"copy", "--no-mxf"} + flatInto(dst()) +
+                          QStringList{"--search", "A.mxf", "--action-log", log});
     EXPECT_EQ(r.code, 0) << r.err.toStdString();
     EXPECT_EQ(partials(dst()), QStringList{live});
-    EXPECT_TRUE(r.out.contains(":: REMOVED ABANDONED PARTIAL COPY :: " + dst() + "/" +
-                               left.first() + " \n"));
+    EXPECT_TRUE(readFile(log).contains(":: REMOVED ABANDONED PARTIAL COPY :: " +
+                                       QFile::encodeName(dst() + "/" + left.first()) + " \n"));
+    EXPECT_TRUE(readFile(log).endsWith(" :: TarnAction Finished\n"));
     EXPECT_EQ(readFile(dst() + "/A.mxf"), content("A.mxf"));
     EXPECT_EQ(QFileInfo(big).size(), size);
 }
