@@ -37,7 +37,7 @@ QStringList snapshot(const QString& folder) {
         else if (info.isDir())
             what = "folder";
         else if (info.isFile())
-            what = QCryptographicHash::hash(readFile(path), QCryptographicHash::Sha1).toHex();
+            what = QCryptographicHash::hash(contentOf(path), QCryptographicHash::Sha1).toHex();
         seen << path.mid(folder.size()) + " = " + what;
     }
     seen.sort();
@@ -144,8 +144,8 @@ struct SmallVolume : CommandFixture {
         QDir().mkpath(dst());
     }
     void expectSourcesKept() const {
-        EXPECT_EQ(readFile(media() + "/A.mxf"), content("A.mxf"));
-        EXPECT_EQ(readFile(media() + "/B.mxf"), content("B.mxf"));
+        EXPECT_EQ(contentOf(media() + "/A.mxf"), content("A.mxf"));
+        EXPECT_EQ(contentOf(media() + "/B.mxf"), content("B.mxf"));
         EXPECT_EQ(partials(media()), QStringList{});
     }
     QStringList flatInto(const QString& to) const {
@@ -232,8 +232,8 @@ TEST_F(SmallVolume, EndOfInputOrAnswerNoKeepsEverything) {
         EXPECT_FALSE(r.err.contains(QRegularExpression(" -> (?!No\n)")));
         EXPECT_FALSE(r.out.contains("OVERWRITING"));
         expectSourcesKept();
-        EXPECT_EQ(readFile(dst() + "/A.mxf"), QByteArray("the old A"));
-        EXPECT_EQ(readFile(dst() + "/B.mxf"), QByteArray("the old B"));
+        EXPECT_EQ(contentOf(dst() + "/A.mxf"), QByteArray("the old A"));
+        EXPECT_EQ(contentOf(dst() + "/B.mxf"), QByteArray("the old B"));
     }
 }
 
@@ -275,10 +275,10 @@ TEST_F(SmallVolume, AStoppedCopyLeavesNoPartialCopyBehind) {
                           QStringList{"--search", "A.mxf", "--action-log", log});
     EXPECT_EQ(r.code, 0) << r.err.toStdString();
     EXPECT_EQ(partials(dst()), QStringList{live});
-    EXPECT_TRUE(readFile(log).contains(":: REMOVED ABANDONED PARTIAL COPY :: " +
-                                       QFile::encodeName(dst() + "/" + left.first()) + " \n"));
-    EXPECT_TRUE(readFile(log).endsWith(" :: TarnAction Finished\n"));
-    EXPECT_EQ(readFile(dst() + "/A.mxf"), content("A.mxf"));
+    EXPECT_TRUE(contentOf(log).contains(":: REMOVED ABANDONED PARTIAL COPY :: " +
+                                        QFile::encodeName(dst() + "/" + left.first()) + " \n"));
+    EXPECT_TRUE(contentOf(log).endsWith(" :: TarnAction Finished\n"));
+    EXPECT_EQ(contentOf(dst() + "/A.mxf"), content("A.mxf"));
     EXPECT_EQ(QFileInfo(big).size(), size);
 }
 

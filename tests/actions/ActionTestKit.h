@@ -3,7 +3,6 @@
 // Shared pieces of the action tests: scripted answers, real files, items, and
 // a volume for runs of the action engine.
 
-#include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -11,9 +10,6 @@
 #include <QMutex>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QString>
-#include <QStringList>
-#include <QTemporaryDir>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -30,7 +26,6 @@
 #include "actions/TarnActionOperation.h"
 #include "actions/TarnAlert.h"
 #include "actions/TarnFileCopier.h"
-#include "items/TarnDatabaseItem.h"
 
 namespace actiontest {
 
@@ -64,14 +59,9 @@ class ScriptedAnswers {
 };
 
 using fixtures::writeFile;
+using testsupport::contentOf;
 using testsupport::entries;
 using testsupport::makeItem;
-
-inline QByteArray readFile(const QString& path) {
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return QByteArray();
-    return f.readAll();
-}
 
 // A distinct, recognisable content for each name.
 inline QByteArray content(const QString& name, int size = 4096) {

@@ -51,10 +51,10 @@ TEST_F(CopyTest, EachActionLogsEveryStepAndMarksTheItem) {
                           .replace("%2", dst() + "/Doc/MXF/A.mxf") +
                       "T :: TarnAction Finished\n");
         if (!c.gone) {
-            EXPECT_EQ(readFile(tmp.path() + c.landing), content("A.mxf"));
+            EXPECT_EQ(contentOf(tmp.path() + c.landing), content("A.mxf"));
             EXPECT_EQ(a->DB_isValid, c.stays);
         }
-        EXPECT_EQ(readFile(a->DB_itemPath), c.stays ? content("A.mxf") : QByteArray());
+        EXPECT_EQ(contentOf(a->DB_itemPath), c.stays ? content("A.mxf") : "(missing)");
         EXPECT_EQ(a->DB_FileExists, c.stays);
         EXPECT_EQ(a->DB_itemPath, src() + "/A.mxf");  // the record keeps its old path
         EXPECT_TRUE(console.contains(c.console));
@@ -103,8 +103,8 @@ TEST_F(CopyTest, OverwriteQuestionHonoursNoYesAndYesToAll) {
     ScriptedAnswers answers({TarnAlert::kFirstButton, TarnAlert::kSecondButton});
     TarnActionOperation no(options(items.mid(0, 2)));
     no.start();
-    EXPECT_EQ(readFile(folder + "A.mxf"), QByteArray("old"));
-    EXPECT_EQ(readFile(folder + "B.mxf"), content("B.mxf"));
+    EXPECT_EQ(contentOf(folder + "A.mxf"), QByteArray("old"));
+    EXPECT_EQ(contentOf(folder + "B.mxf"), content("B.mxf"));
     EXPECT_TRUE(untimed(no.actionLog())
                     .contains(":: FILE EXISTS AT DESTINATION \n:: SKIPPING \nT :: STARTING"));
     EXPECT_EQ(no.actionLog().count(":: FILE EXISTS AT DESTINATION \n:: OVERWRITING \n"), 1);
@@ -118,7 +118,7 @@ TEST_F(CopyTest, OverwriteQuestionHonoursNoYesAndYesToAll) {
     TarnActionOperation yesToAll(options(items));
     yesToAll.start();
     EXPECT_EQ(all.asked().size(), 1);  // remembered for the rest of the run
-    for (const char* n : {"A.mxf", "B.mxf", "C.mxf"}) EXPECT_EQ(readFile(folder + n), content(n));
+    for (const char* n : {"A.mxf", "B.mxf", "C.mxf"}) EXPECT_EQ(contentOf(folder + n), content(n));
     EXPECT_EQ(yesToAll.actionLog().count(":: FILE EXISTS AT DESTINATION \n"), 3);
 }
 
@@ -142,8 +142,8 @@ TEST_F(CopyTest, NewTargetFolderIsSeededOnceFromTheFirstSourceFolder) {
     testsupport::LogCapture console;
     TarnActionOperation(options(items)).start();
     const QString folder = dst() + "/Doc/MXF";
-    EXPECT_EQ(readFile(folder + "/msmFMID.pmr"), QByteArray("pmr-of-1"));
-    EXPECT_EQ(readFile(folder + "/msmMMOB.mdb"), QByteArray("mdb-of-1"));
+    EXPECT_EQ(contentOf(folder + "/msmFMID.pmr"), QByteArray("pmr-of-1"));
+    EXPECT_EQ(contentOf(folder + "/msmMMOB.mdb"), QByteArray("mdb-of-1"));
     EXPECT_EQ(console.count("COPY old pmr " + folder + "/msmFMID.pmr"), 1);
     EXPECT_EQ(entries(folder).size(), 5);
 }
@@ -158,8 +158,8 @@ TEST_F(CopyTest, FolderThatCannotBeMadeIsReportedAndSilencedOnRequest) {
     EXPECT_EQ(answers.asked(), QStringList{"Not a directory"});
     EXPECT_EQ(untimed(op.actionLog()).count("T :: ERROR ::\n"), 2);
     EXPECT_EQ(op.filesFailed(), 2u);
-    EXPECT_EQ(readFile(dst() + "/Doc"), QByteArray("a file in the way"));
-    EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
+    EXPECT_EQ(contentOf(dst() + "/Doc"), QByteArray("a file in the way"));
+    EXPECT_EQ(contentOf(a->DB_itemPath), content("A.mxf"));
 }
 
 TEST_F(CopyTest, CopyCarriesModeTimesAndAttributes) {
@@ -179,7 +179,7 @@ TEST_F(CopyTest, CopyCarriesModeTimesAndAttributes) {
                              st.st_atim.tv_sec),
                   std::tuple(0640u, 1200000000, 456000, 1000000000))
             << file.constData();
-        EXPECT_EQ(readFile(QFile::decodeName(file)), content("A.mxf"));
+        EXPECT_EQ(contentOf(QFile::decodeName(file)), content("A.mxf"));
     }
     char value[16] = {};
     const ssize_t n = xattrs ? ::getxattr(copy.constData(), "user.tarn", value, sizeof value) : 0;

@@ -56,7 +56,7 @@ TEST_F(DeleteTest, AFileThatCannotBeRemovedIsReported) {
     for (const TarnItemPtr& item : {a, b}) {
         EXPECT_TRUE(
             op.actionLog().contains(":: ERROR :: " + error + " :: " + item->DB_itemPath + " \n"));
-        EXPECT_EQ(readFile(item->DB_itemPath), content(item->DB_ClipName));
+        EXPECT_EQ(contentOf(item->DB_itemPath), content(item->DB_ClipName));
         EXPECT_TRUE(item->DB_FileExists);
     }
     EXPECT_FALSE(op.actionLog().contains(":: SUCCEED ::"));

@@ -111,7 +111,7 @@ TEST(ExternalHandoff, TheScriptGetsThePathsAsArguments) {
     EXPECT_EQ(launch.program, "/bin/sh");
     EXPECT_EQ(testsupport::runProcess(launch.program, launch.arguments, {{"OUT", out}}).exitCode,
               0);
-    EXPECT_EQ(readFile(out), "tarn|/m/a b.mxf|/m/it's.mxf|/m/$HOME.mxf|");
+    EXPECT_EQ(contentOf(out), "tarn|/m/a b.mxf|/m/it's.mxf|/m/$HOME.mxf|");
 }
 
 TEST(ExternalHandoff, ExistingPathsFollowTheRowsAndLeaveOutMissingFiles) {

@@ -129,8 +129,8 @@ TEST_F(GuardFixture, ActsOnlyOnTheFileThatWasChecked) {
         EXPECT_EQ(guard.removeFile(checked, &reason), c.reason.isEmpty());
         EXPECT_EQ(reason, c.reason);
         EXPECT_FALSE(QFileInfo::exists(root() + "/renamed"));
-        EXPECT_EQ(readFile(projects() + "/A.mxf"), content("outside"));
-        EXPECT_EQ(readFile(projects() + "/Doc.avb"), content("Doc.avb"));
+        EXPECT_EQ(contentOf(projects() + "/A.mxf"), content("outside"));
+        EXPECT_EQ(contentOf(projects() + "/Doc.avb"), content("Doc.avb"));
     }
 }
 
@@ -154,7 +154,7 @@ TEST_F(GuardFixture, AFolderSwappedForALinkDoesNotRedirectTheAct) {
     // The first guard still holds the folder it checked: the act stays there.
     EXPECT_TRUE(first.removeFile(checked, &reason)) << reason.toStdString();
     EXPECT_FALSE(QFileInfo::exists(root() + "/1-old/A.mxf"));
-    EXPECT_EQ(readFile(projects() + "/A.mxf"), content("outside"));
+    EXPECT_EQ(contentOf(projects() + "/A.mxf"), content("outside"));
 }
 
 }  // namespace

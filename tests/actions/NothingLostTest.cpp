@@ -46,7 +46,7 @@ TEST_F(NothingLost, ACancelIsLoggedOnceWhenItComesAndKeepsWhatIsDone) {
         EXPECT_TRUE(untimed(op.actionLog()).endsWith(logEnds[when]))
             << op.actionLog().toStdString();
         EXPECT_EQ(entries(dst()), when == After ? QStringList{"A.mxf"} : QStringList{});
-        EXPECT_EQ(readFile(a->DB_itemPath), content("A.mxf"));
+        EXPECT_EQ(contentOf(a->DB_itemPath), content("A.mxf"));
     }
 }
 
@@ -90,7 +90,7 @@ TEST_F(NothingLost, ACopyThatStopsKeepsTheSourceAndTheOldTarget) {
         });
         op.start();
         EXPECT_EQ(entries(dst()), c.left);
-        EXPECT_EQ(readFile(dst() + c.old), QByteArray("the old take"));
+        EXPECT_EQ(contentOf(dst() + c.old), QByteArray("the old take"));
         EXPECT_EQ(QFileInfo(a->DB_itemPath).size(), c.cancelled ? kBig : 4096);
         EXPECT_EQ(op.itemsDone(), c.cancelled ? 1u : 2u);
         EXPECT_EQ(op.BytesDone(), c.bytesDone);  // a cancelled file is not counted
@@ -138,7 +138,7 @@ TEST_F(NothingLost, OnlyAbandonedPartialCopiesAreSwept) {
         EXPECT_EQ(removed.contains(c.name), c.removed) << c.name.toStdString();
         EXPECT_EQ(entries(dst()).contains(c.name), !c.removed) << c.name.toStdString();
     }
-    EXPECT_EQ(readFile(tmp.path() + "/target"), QByteArray("keep"));
+    EXPECT_EQ(contentOf(tmp.path() + "/target"), QByteArray("keep"));
 
     TarnActionOperation op(flat({big("A.mxf", kBig)}));
     QStringList sweptDuringCopy;

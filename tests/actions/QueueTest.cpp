@@ -66,7 +66,7 @@ TEST(Queue, ActionsRunOneAtATimeAndARemovedOneStopsOrNeverRuns) {
     EXPECT_FALSE(manager.timerRunning());
     EXPECT_FALSE(second->Action_Operation()->actionLog().contains("Execution Started"));
     manager.continueRemoveAction(first);  // gone already: nothing happens
-    EXPECT_EQ(readFile(dst + "/A.mxf"), QByteArray("old"));
+    EXPECT_EQ(contentOf(dst + "/A.mxf"), QByteArray("old"));
     EXPECT_FALSE(QFileInfo::exists(dst + "/B.mxf"));
     TarnAlert::setPresenter({});
 }

@@ -7,7 +7,6 @@ namespace {
 
 #ifndef Q_OS_DARWIN
 
-using testsupport::contentOf;
 using testsupport::exists;
 using namespace actiontest;
 
