@@ -23,16 +23,12 @@ struct GuardFixture : ::testing::Test {
         writeFile(projects() + "/Doc.avb", content("Doc.avb"));
         writeFile(projects() + "/A.mxf", content("outside"));
         writeFile(vol() + "/outside.mxf", content("outside.mxf"));
-        link(projects(), root() + "/1/LinkDir");
-        link(vol() + "/outside.mxf", root() + "/1/LinkFile");
-        link(projects(), root() + "/Elsewhere");
+        ASSERT_TRUE(QFile::link(projects(), root() + "/1/LinkDir"));
+        ASSERT_TRUE(QFile::link(vol() + "/outside.mxf", root() + "/1/LinkFile"));
+        ASSERT_TRUE(QFile::link(projects(), root() + "/Elsewhere"));
         ASSERT_EQ(::mkfifo(QFile::encodeName(root() + "/1/Pipe").constData(), 0600), 0);
         device = ::mknod(QFile::encodeName(root() + "/1/Null").constData(), S_IFCHR | 0600,
                          makedev(1, 3)) == 0;
-    }
-    static void link(const QString& target, const QString& at) {
-        ASSERT_EQ(
-            ::symlink(QFile::encodeName(target).constData(), QFile::encodeName(at).constData()), 0);
     }
 };
 
@@ -97,7 +93,7 @@ TEST_F(GuardFixture, ActsOnlyOnTheFileThatWasChecked) {
         {"replaced by a link to a folder",
          [&] {
              QFile::remove(file);
-             link(projects(), file);
+             QFile::link(projects(), file);
          },
          "Is a symbolic link"},
         {"replaced by another file",
@@ -145,7 +141,7 @@ TEST_F(GuardFixture, AFolderSwappedForALinkDoesNotRedirectTheAct) {
     ASSERT_EQ(::rename(QFile::encodeName(root() + "/1").constData(),
                        QFile::encodeName(root() + "/1-old").constData()),
               0);
-    link(projects(), root() + "/1");
+    ASSERT_TRUE(QFile::link(projects(), root() + "/1"));
     // A guard that opens the folder afresh refuses the link on the way.
     TarnMediaFileGuard fresh({root()});
     EXPECT_FALSE(fresh.removeFile(checked, &reason));
