@@ -45,40 +45,35 @@ TEST_F(MoveTest, AcrossFileSystemsTheSourceGoesOnlyAfterAWholeCopy) {
     }
 }
 
+// A file where the target folder should be: nothing can be moved there, nor
+// copied whatever the answer to "File can not be moved. Copy?".
 TEST_F(MoveTest, FiveButtonAnswersDecideAndRemember) {
-    // A file where the target folder should be: nothing can be moved there.
     writeFile(dst() + "/Doc", "in the way");
     const QList<TarnItemPtr> items{file("A.mxf"), file("B.mxf"), file("C.mxf")};
-    const QString question = "File can not be moved.\nCopy?";
-
-    {  // "Skip All": asked once, every file skipped.
-        ScriptedAnswers answers({TarnAlert::kSecondButton /*error: Do NotShow Again*/, 1000});
+    const struct Case {
+        std::initializer_list<int> answers;  // the first: the error's "Do NotShow Again"
+        int asked, skipped, copying;
+        bool cancelled;
+    } cases[] = {
+        {{1001, 1000}, 1, 1, 0, false},        // "Skip All": asked once, every file skipped
+        {{1001, 1001, 1003}, 2, 1, 1, false},  // "No" asks again; "Yes to All" answers the rest
+        {{1001, 1004}, 1, 0, 0, true},         // "Cancel" stops the run at that file
+    };
+    for (const Case& c : cases) {
+        ScriptedAnswers answers(c.answers);
         TarnActionOperation op(options(items, "Move"));
         op.start();
-        EXPECT_EQ(answers.asked().count(question), 1);
-        EXPECT_EQ(op.actionLog().count(":: file is not moveable \n"), 3);
-        EXPECT_EQ(op.actionLog().count(":: SKIPPING \n"), 1);
-        EXPECT_EQ(op.BytesDone(), 3 * 4096u);
-    }
-    {  // "No" asks again for the next file; "Yes to All" then answers the rest.
-        ScriptedAnswers answers({1001, 1001, 1003});
-        TarnActionOperation op(options(items, "Move"));
-        op.start();
-        EXPECT_EQ(answers.asked().count(question), 2);
-        EXPECT_EQ(op.actionLog().count(":: SKIPPING \n"), 1);
-        EXPECT_EQ(op.actionLog().count(":: COPYING \n"), 1);
-        // The folder could not be made, so nothing is copied whatever the answer.
-        EXPECT_FALSE(op.actionLog().contains(":: DONE ::"));
-    }
-    {  // "Cancel" stops the run at that file.
-        ScriptedAnswers answers({1001, 1004});
-        TarnActionOperation op(options(items, "Move"));
-        op.start();
-        EXPECT_TRUE(op.isCancelled());
-        EXPECT_EQ(op.itemsDone(), 1u);
-        EXPECT_EQ(op.BytesDone(), 0u);
-        EXPECT_TRUE(untimed(op.actionLog())
-                        .endsWith("T :: TarnAction Cancelled\nT :: TarnAction Finished\n"));
+        const QString log = untimed(op.actionLog());
+        EXPECT_EQ(answers.asked().count("File can not be moved.\nCopy?"), c.asked);
+        EXPECT_EQ(log.count(":: file is not moveable \n"), c.cancelled ? 1 : 3);
+        EXPECT_EQ(log.count(":: SKIPPING \n"), c.skipped);
+        EXPECT_EQ(log.count(":: COPYING \n"), c.copying);
+        EXPECT_FALSE(log.contains(":: DONE ::"));
+        EXPECT_EQ(op.isCancelled(), c.cancelled);
+        EXPECT_EQ(op.itemsDone(), c.cancelled ? 1u : 3u);
+        EXPECT_EQ(op.BytesDone(), c.cancelled ? 0u : 3 * 4096u);
+        EXPECT_EQ(log.endsWith("T :: TarnAction Cancelled\nT :: TarnAction Finished\n"),
+                  c.cancelled);
     }
     for (const TarnItemPtr& item : items) EXPECT_TRUE(QFileInfo::exists(item->DB_itemPath));
     EXPECT_EQ(contentOf(dst() + "/Doc"), QByteArray("in the way"));
