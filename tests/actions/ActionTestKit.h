@@ -7,16 +7,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutex>
 #include <QProcess>
 #include <QRegularExpression>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <deque>
-#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -29,33 +25,20 @@
 
 namespace actiontest {
 
-// Answers every question from a script, in order, and records what was asked.
-// Runs out -> kNoAnswer (and the test sees the extra question in `asked`).
-class ScriptedAnswers {
-  public:
-    explicit ScriptedAnswers(std::initializer_list<int> answers = {}) : answers_(answers) {
+// Answers every question (asked on the test's thread) from a script, in
+// order, and records what was asked. Runs out -> kNoAnswer (and the test sees
+// the extra question in `asked`).
+struct ScriptedAnswers {
+    explicit ScriptedAnswers(std::initializer_list<int> script = {}) : answers(script) {
         TarnAlert::setPresenter([this](const TarnAlert::Request& request) {
-            QMutexLocker lock(&mutex_);
-            asked_.append(request.message);
-            details_.append(request.detail);
-            if (answers_.empty()) return int(TarnAlert::kNoAnswer);
-            const int answer = answers_.front();
-            answers_.pop_front();
-            return answer;
+            asked << request.message;
+            details << request.detail;
+            return answers.isEmpty() ? int(TarnAlert::kNoAnswer) : answers.takeFirst();
         });
     }
     ~ScriptedAnswers() { TarnAlert::setPresenter({}); }
-    QStringList asked() const { return locked(asked_); }
-    QStringList details() const { return locked(details_); }
-
-  private:
-    QStringList locked(const QStringList& list) const {
-        QMutexLocker lock(&mutex_);
-        return list;
-    }
-    mutable QMutex mutex_;
-    std::deque<int> answers_;
-    QStringList asked_, details_;
+    QList<int> answers;
+    QStringList asked, details;
 };
 
 using fixtures::writeFile;

@@ -102,14 +102,14 @@ TEST_F(CopyTest, OverwriteQuestionHonoursNoYesAndYesToAll) {
     EXPECT_EQ(no.actionLog().count(":: FILE EXISTS AT DESTINATION \n:: OVERWRITING \n"), 1);
     EXPECT_EQ(no.BytesDone(), 8192u);  // a skipped file still counts
     EXPECT_EQ(no.filesFailed(), 0u);   // and is no failure
-    EXPECT_EQ(answers.asked(), QStringList(2, "File exists at destination.\nOverwrite?"));
-    EXPECT_EQ(answers.details().first(), folder + "A.mxf");
+    EXPECT_EQ(answers.asked, QStringList(2, "File exists at destination.\nOverwrite?"));
+    EXPECT_EQ(answers.details.first(), folder + "A.mxf");
 
     writeFile(folder + "B.mxf", "old");
     ScriptedAnswers all({TarnAlert::kThirdButton});
     TarnActionOperation yesToAll(options(items));
     yesToAll.start();
-    EXPECT_EQ(all.asked().size(), 1);  // remembered for the rest of the run
+    EXPECT_EQ(all.asked.size(), 1);  // remembered for the rest of the run
     for (const char* n : {"A.mxf", "B.mxf", "C.mxf"}) EXPECT_EQ(contentOf(folder + n), content(n));
     EXPECT_EQ(yesToAll.actionLog().count(":: FILE EXISTS AT DESTINATION \n"), 3);
 }
@@ -121,7 +121,7 @@ TEST_F(CopyTest, YesToAllForOverwriteAlsoAnswersThePermanentDeleteQuestion) {
     TarnActionOperation op(options({a}));
     EXPECT_TRUE(op.CheckTargetAndAskToOverwrite(dst() + "/A.mxf"));
     EXPECT_TRUE(op.shouldRemoveItemAtURL(a->DB_itemPath));
-    EXPECT_EQ(answers.asked().size(), 1);
+    EXPECT_EQ(answers.asked.size(), 1);
     EXPECT_TRUE(op.actionLog().endsWith(":: FILE EXISTS AT DESTINATION \n:: OVERWRITING \n"));
 }
 
@@ -147,7 +147,7 @@ TEST_F(CopyTest, FolderThatCannotBeMadeIsReportedAndSilencedOnRequest) {
     TarnActionOperation op(options({a, file("B.mxf")}));
     op.start();
     EXPECT_EQ(op.actionLog().count(":: ERROR :: Not a directory :: " + dst() + "/Doc/MXF \n"), 2);
-    EXPECT_EQ(answers.asked(), QStringList{"Not a directory"});
+    EXPECT_EQ(answers.asked, QStringList{"Not a directory"});
     EXPECT_EQ(untimed(op.actionLog()).count("T :: ERROR ::\n"), 2);
     EXPECT_EQ(op.filesFailed(), 2u);
     EXPECT_EQ(contentOf(dst() + "/Doc"), QByteArray("a file in the way"));

@@ -19,9 +19,9 @@ TEST_F(DeleteTest, WithoutTrashThePermanentDeleteQuestionDecides) {
         {TarnAlert::kSecondButton, TarnAlert::kFirstButton, TarnAlert::kThirdButton});
     TarnActionOperation op(options(items, "Delete"));
     op.start();
-    EXPECT_EQ(answers.asked(),
+    EXPECT_EQ(answers.asked,
               QStringList(3, "File can not be moved to the Trash.\nTry to delete permanently?"));
-    EXPECT_EQ(answers.details().first(), items[0]->DB_itemPath);
+    EXPECT_EQ(answers.details.first(), items[0]->DB_itemPath);
     // Yes, No, Yes to All, and that answers the last one.
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(QFileInfo::exists(items[i]->DB_itemPath), i == 1) << i;
@@ -48,7 +48,7 @@ TEST_F(DeleteTest, AFileThatCannotBeRemovedIsReported) {
         if (!folder.ok()) GTEST_SKIP() << "cannot make a folder unchangeable here (chattr)";
         op.start();
     }
-    EXPECT_EQ(answers.asked().size(), 3);
+    EXPECT_EQ(answers.asked.size(), 3);
     const QString error = ::geteuid() == 0 ? "Operation not permitted" : "Permission denied";
     for (const TarnItemPtr& item : {a, b}) {
         EXPECT_TRUE(

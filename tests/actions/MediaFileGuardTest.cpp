@@ -7,9 +7,9 @@ using namespace actiontest;
 
 namespace {
 
-// A volume whose media folder holds, next to a media file, the things a
-// damaged index can name: a folder, links to a folder and to a file outside,
-// a pipe, a device, and a sub-folder that is a link to a folder outside.
+// A volume whose media folder holds, next to a media file, a device, and a
+// sub-folder that is a link to a folder outside. (Folders, links and pipes a
+// damaged index names: the damaged-index command test.)
 struct GuardFixture : ::testing::Test {
     QTemporaryDir tmp;
     QString vol() const { return tmp.path() + "/vol"; }
@@ -19,14 +19,10 @@ struct GuardFixture : ::testing::Test {
 
     void SetUp() override {
         writeFile(root() + "/1/A.mxf", content("A.mxf"));
-        writeFile(root() + "/1/Sub/Inner.mxf", content("Inner.mxf"));
         writeFile(projects() + "/Doc.avb", content("Doc.avb"));
         writeFile(projects() + "/A.mxf", content("outside"));
         writeFile(vol() + "/outside.mxf", content("outside.mxf"));
-        ASSERT_TRUE(QFile::link(projects(), root() + "/1/LinkDir"));
-        ASSERT_TRUE(QFile::link(vol() + "/outside.mxf", root() + "/1/LinkFile"));
         ASSERT_TRUE(QFile::link(projects(), root() + "/Elsewhere"));
-        ASSERT_EQ(::mkfifo(QFile::encodeName(root() + "/1/Pipe").constData(), 0600), 0);
         device = ::mknod(QFile::encodeName(root() + "/1/Null").constData(), S_IFCHR | 0600,
                          makedev(1, 3)) == 0;
     }
@@ -40,10 +36,6 @@ TEST_F(GuardFixture, OnlyRegularFilesInsideARootPass) {
     } cases[] = {
         {root() + "/1/A.mxf", ""},
         {root() + "/1/../1/A.mxf", ""},
-        {root() + "/1/Sub", "Is a directory"},
-        {root() + "/1/LinkDir", "Is a symbolic link"},
-        {root() + "/1/LinkFile", "Is a symbolic link"},
-        {root() + "/1/Pipe", "Not a regular file"},
         {root() + "/1/Null", device ? "Not a regular file" : "No such file or directory"},
         {root() + "/Elsewhere/Doc.avb", outside},
         {root() + "/1/../../../Avid Projects", outside},
@@ -55,7 +47,6 @@ TEST_F(GuardFixture, OnlyRegularFilesInsideARootPass) {
         {vol() + "/outside.mxf", outside},
         {"/dev/null", outside},
         {root() + "/1/Missing.mxf", "No such file or directory"},
-        {"", "No path"},
     };
     TarnMediaFileGuard guard({root() + "/", vol() + "/no such root"});
     EXPECT_EQ(guard.roots(), QStringList{root()});

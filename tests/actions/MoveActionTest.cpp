@@ -64,7 +64,7 @@ TEST_F(MoveTest, FiveButtonAnswersDecideAndRemember) {
         TarnActionOperation op(options(items, "Move"));
         op.start();
         const QString log = untimed(op.actionLog());
-        EXPECT_EQ(answers.asked().count("File can not be moved.\nCopy?"), c.asked);
+        EXPECT_EQ(answers.asked.count("File can not be moved.\nCopy?"), c.asked);
         EXPECT_EQ(log.count(":: file is not moveable \n"), c.cancelled ? 1 : 3);
         EXPECT_EQ(log.count(":: SKIPPING \n"), c.skipped);
         EXPECT_EQ(log.count(":: COPYING \n"), c.copying);
@@ -88,7 +88,7 @@ TEST_F(MoveTest, AnUnmovableFileIsCopiedOnYesAndStaysInPlace) {
     testsupport::LogCapture console;
     TarnActionOperation op(options({a, b}, "Move"));
     op.start();
-    EXPECT_EQ(answers.asked().size(), 2);
+    EXPECT_EQ(answers.asked.size(), 2);
     EXPECT_EQ(op.actionLog().count(":: file is not moveable \n:: COPYING \n"), 2);
     EXPECT_EQ(untimed(op.actionLog()).count("T :: DONE ::\n"), 2);
     EXPECT_EQ(console.count(":: Slow copy"), 2);
@@ -134,8 +134,8 @@ TEST_F(MoveTest, AnExistingTargetIsKeptOrReplacedWholeAndOnlyAGoneFileIsMarkedMi
         ScriptedAnswers answers(c.answers);
         TarnActionOperation op(options({a}, "Move"));
         op.start();
-        EXPECT_EQ(answers.asked().size(), qsizetype(c.answers.size()));
-        EXPECT_EQ(answers.asked().first(), "File exists at destination.\nOverwrite?");
+        EXPECT_EQ(answers.asked.size(), qsizetype(c.answers.size()));
+        EXPECT_EQ(answers.asked.first(), "File exists at destination.\nOverwrite?");
         EXPECT_TRUE(op.actionLog().contains(":: FILE EXISTS AT DESTINATION \n" + c.logged))
             << op.actionLog().toStdString();
         EXPECT_FALSE(op.actionLog().contains("ERROR"));
