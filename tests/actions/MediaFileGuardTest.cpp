@@ -68,35 +68,17 @@ TEST_F(GuardFixture, OnlyRegularFilesInsideARootPass) {
 
 TEST_F(GuardFixture, ActsOnlyOnTheFileThatWasChecked) {
     const QString file = root() + "/1/A.mxf";
-    // What happens to the file between the check and the act.
-    const struct Case {
-        const char* name;
-        std::function<void()> change;
-        QString reason;  // empty: the act goes ahead
-    } cases[] = {
-        {"unchanged", [] {}, ""},
-        {"replaced by a folder",
-         [&] {
-             QFile::remove(file);
-             writeFile(file + "/inside.mxf", "keep");
-         },
-         "Is a directory"},
-        {"replaced by a link to a folder",
-         [&] {
-             QFile::remove(file);
-             QFile::link(projects(), file);
-         },
-         "Is a symbolic link"},
-        {"replaced by another file",
-         [&] {
-             QFile::rename(file, file + ".old");
-             writeFile(file, "another");
-         },
-         "Replaced since it was checked"},
-        {"gone", [&] { QFile::remove(file); }, "No such file or directory"},
+    // What happens to the file between the check and the act; the refusal.
+    enum Change { Unchanged, Folder, Link, Another, Gone };
+    const std::pair<Change, QString> cases[] = {
+        {Unchanged, ""},
+        {Folder, "Is a directory"},
+        {Link, "Is a symbolic link"},
+        {Another, "Replaced since it was checked"},
+        {Gone, "No such file or directory"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [change, refusal] : cases) {
+        SCOPED_TRACE(int(change));
         // (a link is removed as a link, never followed)
         if (QFileInfo(file).isDir() && !QFileInfo(file).isSymLink()) QDir(file).removeRecursively();
         QFile::remove(file);
@@ -105,16 +87,22 @@ TEST_F(GuardFixture, ActsOnlyOnTheFileThatWasChecked) {
         TarnMediaFileGuard::Checked checked;
         QString reason;
         ASSERT_TRUE(guard.check(file, &checked, &reason)) << reason.toStdString();
-        c.change();
-        EXPECT_EQ(guard.stillSame(checked, &reason), c.reason.isEmpty());
+        if (change == Another)  // (the old file stays, so its number is not reused)
+            QFile::rename(file, file + ".old");
+        else if (change != Unchanged)
+            QFile::remove(file);
+        if (change == Folder) writeFile(file + "/inside.mxf", "keep");
+        if (change == Link) QFile::link(projects(), file);
+        if (change == Another) writeFile(file, "another");
+        EXPECT_EQ(guard.stillSame(checked, &reason), refusal.isEmpty());
         int error = 0;
         EXPECT_EQ(guard.renameFile(checked, root() + "/renamed", &error, &reason),
-                  c.reason.isEmpty());
-        if (c.reason.isEmpty()) {
+                  refusal.isEmpty());
+        if (refusal.isEmpty()) {
             ASSERT_TRUE(guard.check(root() + "/renamed", &checked, &reason));
         }
-        EXPECT_EQ(guard.removeFile(checked, &reason), c.reason.isEmpty());
-        EXPECT_EQ(reason, c.reason);
+        EXPECT_EQ(guard.removeFile(checked, &reason), refusal.isEmpty());
+        EXPECT_EQ(reason, refusal);
         EXPECT_FALSE(QFileInfo::exists(root() + "/renamed"));
         EXPECT_EQ(contentOf(projects() + "/A.mxf"), content("outside"));
         EXPECT_EQ(contentOf(projects() + "/Doc.avb"), content("Doc.avb"));
