@@ -1,4 +1,3 @@
-#include <QCryptographicHash>
 #include <QDirIterator>
 #include <QStandardPaths>
 
@@ -22,22 +21,18 @@ struct Outcome {
 };
 
 // Everything under a folder, links not followed: one line per path with its
-// type and content hash (files) or target (links).
+// type, content hash (files) or target (links).
 QStringList snapshot(const QString& folder) {
     QStringList seen;
-    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        const QFileInfo info(path);
-        QString what = "other";
-        if (info.isSymLink())
-            what = "link " + info.symLinkTarget();
-        else if (info.isDir())
-            what = "folder";
-        else if (info.isFile())
-            what = QCryptographicHash::hash(contentOf(path), QCryptographicHash::Sha1).toHex();
-        seen << path.mid(folder.size()) + " = " + what;
+    for (QDirIterator it(folder,
+                         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+         it.hasNext();) {
+        const QFileInfo info(it.next());
+        QString what = info.isFile() ? QString::number(qHash(contentOf(info.filePath()))) : "other";
+        if (info.isDir()) what = "folder";
+        if (info.isSymLink()) what = "link " + info.symLinkTarget();
+        seen << info.filePath().mid(folder.size()) + " = " + what;
     }
     seen.sort();
     return seen;

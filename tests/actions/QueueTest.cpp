@@ -75,22 +75,19 @@ TEST(Queue, ActionsRunOneAtATimeAndARemovedOneStopsOrNeverRuns) {
 
 // A queue row: its description counts the items and names where they go; the
 // progress text counts those done too. (Its status: the queue's tests.)
-TEST(ActionRow, DescriptionCountsTheItemsAndNamesTheDestination) {
-    QTemporaryDir tmp;
-    QList<TarnItemPtr> two;
-    for (const QString name : {"A.mxf", "B.mxf"}) {
-        writeFile(tmp.path() + "/src/" + name, content(name, 1500));
-        two << makeItem(tmp.path() + "/src/" + name);
-    }
+struct ActionRow : ActionFixture {};
+
+TEST_F(ActionRow, DescriptionCountsTheItemsAndNamesTheDestination) {
+    const QList<TarnItemPtr> two{file("A.mxf", 1500), file("B.mxf", 1500)};
     const struct Case {
         qsizetype items;
         QString action, destination, description;
     } cases[] = {
-        {1, "Copy", tmp.path(), "Copy 1 item 1.50 kB \ndestination:\n" + tmp.path()},
-        {2, "Move", tmp.path() + "/not/there", "Move 2 items 3.00 kB \ndestination:\nInvalid path"},
-        {2, "Delete", tmp.path(),
+        {1, "Copy", src(), "Copy 1 item 1.50 kB \ndestination:\n" + src()},
+        {2, "Move", dst(), "Move 2 items 3.00 kB \ndestination:\nInvalid path"},
+        {2, "Delete", src(),
          "Delete 2 items 3.00 kB \ndestination:\nSuper Secret Annihilator (SSA)"},
-        {0, "Copy", tmp.path(), "InvalidAction"},
+        {0, "Copy", src(), "InvalidAction"},
     };
     for (const Case& c : cases) {
         TarnActionOptions o(two.mid(0, c.items));
