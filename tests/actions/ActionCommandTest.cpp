@@ -43,22 +43,20 @@ struct CommandFixture : ::testing::Test {
     QString vol() const { return tmp.path() + "/vol"; }
     QString dst() const { return tmp.path() + "/dst"; }
     QString media() const { return vol() + "/Avid MediaFiles/MXF/1"; }
-    QMap<QString, QString> env() const {
-        return {{"TARN_SETTINGS", tmp.path() + "/settings.ini"},
-                {"XDG_DATA_HOME", tmp.path() + "/data"}};
-    }
     // No Trash can be made in runs with this environment: a file is where
     // their data folder should be.
     QMap<QString, QString> withoutTrash() const {
         writeFile(tmp.path() + "/blocked", "x");
         return {{"XDG_DATA_HOME", tmp.path() + "/blocked/data"}};
     }
-    // Runs `program args` to its end with env() and then `setup.env` set.
+    // Runs `program args` to its end with a private settings file and data
+    // folder, and then `setup.env`, set.
     Outcome run(const QStringList& args, testsupport::ProcessSetup setup = {},
                 const QString& program = QStringLiteral(TARN_CLI_PATH)) const {
-        QMap<QString, QString> environment = env();
-        environment.insert(setup.env);
-        setup.env = environment;
+        QMap<QString, QString> env{{"TARN_SETTINGS", tmp.path() + "/settings.ini"},
+                                   {"XDG_DATA_HOME", tmp.path() + "/data"}};
+        env.insert(setup.env);
+        setup.env = env;
         const testsupport::ProcessRun r = testsupport::runProcessWith(program, args, setup);
         return {r.exitCode, QString::fromUtf8(r.out), QString::fromUtf8(r.err)};
     }
