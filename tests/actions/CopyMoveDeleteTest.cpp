@@ -275,27 +275,22 @@ TEST_F(MoveTest, AnUnmovableFileIsCopiedOnYesAndStaysInPlace) {
     EXPECT_TRUE(a->DB_FileExists);  // still there: not marked missing
 }
 
-// An existing target: refused, the unmovable-file question still comes but
-// nothing is copied; accepted, the fast move replaces the target whole; onto
-// another name of the same file (a hard link), the rename succeeds and changes
-// nothing, so the item stays present.
+// An existing target: refused ("No", then "Yes" to copying), the unmovable-file
+// question still comes but nothing is copied; accepted ("Yes"), the fast move
+// replaces the target whole; onto another name of the same file (a hard link),
+// the rename succeeds and changes nothing, so the item stays present.
 TEST_F(MoveTest, AnExistingTargetIsKeptOrReplacedWholeAndOnlyAGoneFileIsMarkedMissing) {
     const struct Case {
-        const char* name;
         std::initializer_list<int> answers;
         bool hardLink, moved;
         QString logged;
     } cases[] = {
-        {"refused",
-         {TarnAlert::kFirstButton, 1002},
-         false,
-         false,
-         ":: SKIPPING \n:: file is not moveable \n:: COPYING \n"},
-        {"accepted", {TarnAlert::kSecondButton}, false, true, ":: OVERWRITING \n"},
-        {"the same file", {TarnAlert::kSecondButton}, true, false, ":: OVERWRITING \n"},
+        {{1000, 1002}, false, false, ":: SKIPPING \n:: file is not moveable \n:: COPYING \n"},
+        {{1001}, false, true, ":: OVERWRITING \n"},
+        {{1001}, true, false, ":: OVERWRITING \n"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(c.logged.toStdString() + (c.hardLink ? " onto a hard link" : ""));
         QDir(tmp.path()).removeRecursively();
         TarnItemPtr a = file("A.mxf");
         const QString target = dst() + "/Doc/MXF/A.mxf";
