@@ -105,6 +105,7 @@ struct SmallVolume : CommandFixture {
 };
 
 TEST_F(SmallVolume, UsageErrorsRefusalsAndDryRunsChangeNothing) {
+    const QString kept = "1/B.mxf\n    -> " + dst() + "/[^/]+/MXF/1/B.mxf\n";
     const struct Case {
         QStringList args;
         int code;
@@ -116,19 +117,14 @@ TEST_F(SmallVolume, UsageErrorsRefusalsAndDryRunsChangeNothing) {
         {{"copy", "--to", dst(), "--sure"}, 2, "", ""},
         {{"move", vol(), "--to", dst()}, 2, "^will Move \n", "Please verify everything"},
         {{"delete", vol(), "--dry-run"}, 0, "-> \\(Trash\\)\n.*destination: Super Secret", ""},
-        {{"copy", vol(), "--to", dst(), "--keep-folders", "--dry-run"},
-         0,
-         "/MXF/1/B.mxf\n    -> " + dst() + "/[^/]+/MXF/1/B.mxf\n",
-         ""},
+        {{"copy", vol(), "--to", dst(), "--keep-folders", "--dry-run"}, 0, kept, ""},
     };
     const QStringList before = snapshot(vol());
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args.join(' ').toStdString());
         const Outcome r = run(c.args);
         EXPECT_EQ(r.code, c.code);
-        EXPECT_TRUE(r.out.contains(
-            QRegularExpression(c.out, QRegularExpression::DotMatchesEverythingOption)))
-            << r.out.toStdString();
+        EXPECT_TRUE(r.out.contains(QRegularExpression("(?s)" + c.out))) << r.out.toStdString();
         EXPECT_TRUE(r.err.contains(c.err)) << r.err.toStdString();
     }
     EXPECT_EQ(snapshot(dst()), QStringList());
@@ -177,13 +173,11 @@ TEST_F(SmallVolume, EndOfInputOrAnswerNoKeepsEverything) {
         QString action;
         bool terminal;
         QString question;
-    } cases[] = {
-        {"copy", true, exists},
-        {"move", true, exists},
-        {"delete", true, "File can not be moved to the Trash."},
-        {"copy", false, exists},
-        {"delete", false, "File can not be moved to the Trash."},
-    };
+    } cases[] = {{"copy", true, exists},
+                 {"move", true, exists},
+                 {"delete", true, "File can not be moved to the Trash."},
+                 {"copy", false, exists},
+                 {"delete", false, "File can not be moved to the Trash."}};
     for (const Case& c : cases) {
         SCOPED_TRACE((c.action + (c.terminal ? " (end of input)" : " --answer no")).toStdString());
         // Every target exists, with other bytes.

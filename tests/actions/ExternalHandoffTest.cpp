@@ -63,15 +63,13 @@ TEST_F(DesktopEntryFixture, ApplicationIsAnEntryOrACommandThatMustExist) {
     const struct {
         const char* application;
         QStringList command;  // empty: not found
-    } cases[] = {
-        {"tarn-test-viewer.desktop", {sh, "-c", "true", "/m/a.mxf"}},
-        {"sh -e", {sh, "-e", "/m/a.mxf"}},
-        {"/bin/sh", {"/bin/sh", "/m/a.mxf"}},
-        {"tarn-test-gone", {}},
-        {"tarn-no-such-program", {}},
-        {"/nonexistent/viewer", {}},
-        {"  ", {}},
-    };
+    } cases[] = {{"tarn-test-viewer.desktop", {sh, "-c", "true", "/m/a.mxf"}},
+                 {"sh -e", {sh, "-e", "/m/a.mxf"}},
+                 {"/bin/sh", {"/bin/sh", "/m/a.mxf"}},
+                 {"tarn-test-gone", {}},
+                 {"tarn-no-such-program", {}},
+                 {"/nonexistent/viewer", {}},
+                 {"  ", {}}};
     for (const auto& c : cases) {
         QList<TarnExternalHandoff::Launch> launches;
         EXPECT_EQ(TarnExternalHandoff::openCommands(c.application, {"/m/a.mxf"}, &launches),

@@ -33,21 +33,19 @@ TEST_F(GuardFixture, OnlyRegularFilesInsideARootPass) {
     const struct Case {
         QString path;
         QString reason;  // empty: accepted
-    } cases[] = {
-        {root() + "/1/A.mxf", ""},
-        {root() + "/1/../1/A.mxf", ""},
-        {root() + "/1/Null", device ? "Not a regular file" : "No such file or directory"},
-        {root() + "/Elsewhere/Doc.avb", outside},
-        {root() + "/1/../../../Avid Projects", outside},
-        {root() + "/1/../../../outside.mxf", outside},
-        {root() + "/1/..", "Not a file name"},
-        {root() + "/1/.", "Not a file name"},
-        {root() + "/1/", "Not a file name"},
-        {root(), outside},
-        {vol() + "/outside.mxf", outside},
-        {"/dev/null", outside},
-        {root() + "/1/Missing.mxf", "No such file or directory"},
-    };
+    } cases[] = {{root() + "/1/A.mxf", ""},
+                 {root() + "/1/../1/A.mxf", ""},
+                 {root() + "/1/Null", device ? "Not a regular file" : "No such file or directory"},
+                 {root() + "/Elsewhere/Doc.avb", outside},
+                 {root() + "/1/../../../Avid Projects", outside},
+                 {root() + "/1/../../../outside.mxf", outside},
+                 {root() + "/1/..", "Not a file name"},
+                 {root() + "/1/.", "Not a file name"},
+                 {root() + "/1/", "Not a file name"},
+                 {root(), outside},
+                 {vol() + "/outside.mxf", outside},
+                 {"/dev/null", outside},
+                 {root() + "/1/Missing.mxf", "No such file or directory"}};
     TarnMediaFileGuard guard({root() + "/", vol() + "/no such root"});
     EXPECT_EQ(guard.roots(), QStringList{root()});
     for (const Case& c : cases) {
@@ -70,13 +68,11 @@ TEST_F(GuardFixture, ActsOnlyOnTheFileThatWasChecked) {
     const QString file = root() + "/1/A.mxf";
     // What happens to the file between the check and the act; the refusal.
     enum Change { Unchanged, Folder, Link, Another, Gone };
-    const std::pair<Change, QString> cases[] = {
-        {Unchanged, ""},
-        {Folder, "Is a directory"},
-        {Link, "Is a symbolic link"},
-        {Another, "Replaced since it was checked"},
-        {Gone, "No such file or directory"},
-    };
+    const std::pair<Change, QString> cases[] = {{Unchanged, ""},
+                                                {Folder, "Is a directory"},
+                                                {Link, "Is a symbolic link"},
+                                                {Another, "Replaced since it was checked"},
+                                                {Gone, "No such file or directory"}};
     for (const auto& [change, refusal] : cases) {
         SCOPED_TRACE(int(change));
         // (a link is removed as a link, never followed)

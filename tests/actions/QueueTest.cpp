@@ -107,13 +107,11 @@ TEST(ActionDestination, TildesAndEscapesAreResolvedOnlyWhereTheyMeanSomething) {
     const QString here = QDir::currentPath();
     const struct Case {
         QString typed, stored;
-    } cases[] = {
-        {"~/Media%20Folder/", QDir::homePath() + "/Media Folder"},
-        {"~no-such-user-here/x", here + "/~no-such-user-here/x"},
-        {"/a/~/b/./c/..", "/a/~/b"},
-        {".", here},
-        {QString(), QString()},
-    };
+    } cases[] = {{"~/Media%20Folder/", QDir::homePath() + "/Media Folder"},
+                 {"~no-such-user-here/x", here + "/~no-such-user-here/x"},
+                 {"/a/~/b/./c/..", "/a/~/b"},
+                 {".", here},
+                 {QString(), QString()}};
     for (const Case& c : cases)
         EXPECT_EQ(TarnNewActionRules::normaliseDestination(c.typed), c.stored)
             << c.typed.toStdString();

@@ -105,7 +105,7 @@ TEST_F(DatabaseFiles, OnlyTheFourNamesInTheMediaFolderRoots) {
         {"Avid MediaFiles/MXF/5/clip.mxf", false},
         {"Avid Projects/Harbour/msmMMOB.mdb", false},
         {"msmFMID.pmr", false},
-        {"Avid MediaFiles/msmFMID.pmr", false},  // above the MXF root
+        {"Avid MediaFiles/msmFMID.pmr", false}  // above the MXF root
     };
     QStringList expected;
     for (const auto& c : cases) {

@@ -77,15 +77,13 @@ class ScanCommandTest : public ::testing::Test {
 }  // namespace
 
 TEST_F(ScanCommandTest, UsageErrorsExitTwoWithMessageAndUsage) {
-    const QList<QStringList> bad = {
-        {},
-        {"--bogus", root_},
-        {root_, "--format", "xml"},
-        {root_, "--sort", "kind"},
-        {root_, "--sort", "filename:sideways"},
-        {"--volume"},
-        {root_, "-o"},
-    };
+    const QList<QStringList> bad = {{},
+                                    {"--bogus", root_},
+                                    {root_, "--format", "xml"},
+                                    {root_, "--sort", "kind"},
+                                    {root_, "--sort", "filename:sideways"},
+                                    {"--volume"},
+                                    {root_, "-o"}};
     for (const QStringList& args : bad) {
         const CliResult r = run_(QStringList{"scan"} + args);
         EXPECT_EQ(r.exitCode, 2) << qPrintable(args.join(' '));
@@ -299,12 +297,10 @@ TEST_F(ScanCommandTest, DatabasesAreListedAndTrashedOnlyWhenSure) {
     const struct {
         QStringList args;
         int exitCode;
-    } cases[] = {
-        {{"--delete"}, 2},
-        {{"--sure"}, 2},  // --sure alone is a mistake
-        {{"--bogus"}, 2},
-        {{"--delete", "--sure"}, 0},
-    };
+    } cases[] = {{{"--delete"}, 2},
+                 {{"--sure"}, 2},  // --sure alone is a mistake
+                 {{"--bogus"}, 2},
+                 {{"--delete", "--sure"}, 0}};
     for (const auto& c : cases) {
         const CliResult r = run_(QStringList{"databases", "--volume", root_} + c.args);
         EXPECT_EQ(r.exitCode, c.exitCode) << qPrintable(c.args.join(' ')) << qPrintable(r.err);
