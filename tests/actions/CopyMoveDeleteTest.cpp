@@ -84,8 +84,7 @@ TEST_F(CopyTest, TargetFolderFollowsTheOptionsAndStaysInsideTheDestination) {
         o.Create_mxf_folders = c.types;
         o.Keep_original_folders = c.original;
         EXPECT_EQ(TarnActionOperation(o).targetFolderForItem(item), dst() + c.folder)
-            << c.project.toStdString() << " " << c.name.toStdString() << " " << c.projects
-            << c.types << c.original;
+            << c.project.toStdString() << c.name.toStdString() << c.projects << c.types;
     }
 }
 
@@ -344,8 +343,7 @@ TEST_F(DeleteTest, WithoutTrashThePermanentDeleteQuestionDecides) {
     EXPECT_EQ(log.count(":: SUCCEED ::\n"), 3);
     EXPECT_TRUE(log.contains(":: SKIPPED :: " + items[1]->DB_itemPath + " \n"));
     EXPECT_EQ(op.filesFailed(), 0u);  // trashing failed, but every file had its answer
-    EXPECT_EQ(log.count(QRegularExpression(":: ERROR :: \\d+ :: No Trash folder at [^\\n]* \\n")),
-              4);
+    EXPECT_EQ(log.count(QRegularExpression(":: ERROR :: \\d+ :: No Trash folder at ")), 4);
     EXPECT_EQ(op.BytesDone(), 4 * 4096u);
 }
 

@@ -30,20 +30,6 @@ class FileReportCommandTest : public ::testing::Test {
     CliRun cli_;
 };
 
-TEST_F(FileReportCommandTest, ShowsTheHeaderAndEveryEntryOfAnIndex) {
-    const CliResult run = inspect({write("msmFMID.pmr", fixtures::writePmr(entries()))});
-    EXPECT_EQ(run.exitCode, 0) << qPrintable(run.err);
-    EXPECT_TRUE(run.out.contains("little-endian"));
-    EXPECT_TRUE(run.out.contains("3 claimed, 3 read"));
-    EXPECT_TRUE(run.out.contains("#1 A001C001_V01.mxf\n     project:      Feature\n"));
-    EXPECT_TRUE(run.out.contains("#2 A001C001_A01.wav\n     project:      (none)\n"));
-    // The identifier as the item shows it: eight groups of eight hex digits.
-    EXPECT_TRUE(run.out.contains(QStringLiteral(
-        "file UID:     { 060a2b34-01010105-01010f20-13000000-efcdab89-67452301-060e2b34-7f7f2a80 "
-        "}")))
-        << qPrintable(run.out);
-}
-
 TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     auto damaged = entries();
     damaged[1].projectLength = 65;
@@ -95,10 +81,20 @@ TEST_F(FileReportCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAre
     const QString shortPmr = write("amaFMID.pmr", fixtures::writePmr(entries()).left(29));
     const QString bin = write("Reel.avb", fixtures::writeBin({0x42}));
     const QString missing = cli_.tempPath("gone.mdb");
+    const QString pmr = write("msmFMID.pmr", fixtures::writePmr(entries()));
 
-    const CliResult human = inspect({text, bin, shortPmr, missing});
+    const CliResult human = inspect({text, bin, shortPmr, missing, pmr});
     EXPECT_EQ(human.exitCode, 1);
     EXPECT_TRUE(human.out.contains("{ 4200000000000000 }"));
+    EXPECT_TRUE(human.out.contains("little-endian"));
+    EXPECT_TRUE(human.out.contains("3 claimed, 3 read"));
+    EXPECT_TRUE(human.out.contains("#1 A001C001_V01.mxf\n     project:      Feature\n"));
+    EXPECT_TRUE(human.out.contains("#2 A001C001_A01.wav\n     project:      (none)\n"));
+    // The identifier as the item shows it: eight groups of eight hex digits.
+    EXPECT_TRUE(human.out.contains(
+        "file UID:     { 060a2b34-01010105-01010f20-13000000-efcdab89-67452301-060e2b34-7f7f2a80 "
+        "}"))
+        << qPrintable(human.out);
     const QStringList errors = human.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(errors.size(), 3) << qPrintable(human.err);
     EXPECT_TRUE(errors[0].startsWith("tarn inspect: " + text + ": "));
