@@ -7,6 +7,7 @@
 #include <sys/file.h>
 
 #include "ActionTestKit.h"
+#include "CliRun.h"
 #include "PmrWriter.h"
 
 // `tarn copy|move|delete` run to their end, each with a private settings file
@@ -14,11 +15,6 @@
 using namespace actiontest;
 
 namespace {
-
-struct Outcome {
-    int code = -1;
-    QString out, err;
-};
 
 // Everything under a folder, links not followed: one line per path with its
 // type, content hash (files) or target (links).
@@ -39,33 +35,23 @@ QStringList snapshot(const QString& folder) {
 }
 
 struct CommandFixture : ::testing::Test {
-    QTemporaryDir tmp;
-    QString vol() const { return tmp.path() + "/vol"; }
-    QString dst() const { return tmp.path() + "/dst"; }
+    CliRun tarn;
+    QString tmp(const QString& name = {}) const { return tarn.tempPath(name); }
+    QString vol() const { return tmp("vol"); }
+    QString dst() const { return tmp("dst"); }
     QString media() const { return vol() + "/Avid MediaFiles/MXF/1"; }
     // No Trash can be made in runs with this environment: a file is where
     // their data folder should be.
     QMap<QString, QString> withoutTrash() const {
-        writeFile(tmp.path() + "/blocked", "x");
-        return {{"XDG_DATA_HOME", tmp.path() + "/blocked/data"}};
-    }
-    // Runs `program args` to its end with a private settings file and data
-    // folder, and then `setup.env`, set.
-    Outcome run(const QStringList& args, testsupport::ProcessSetup setup = {},
-                const QString& program = QStringLiteral(TARN_CLI_PATH)) const {
-        QMap<QString, QString> env{{"TARN_SETTINGS", tmp.path() + "/settings.ini"},
-                                   {"XDG_DATA_HOME", tmp.path() + "/data"}};
-        env.insert(setup.env);
-        setup.env = env;
-        const testsupport::ProcessRun r = testsupport::runProcessWith(program, args, setup);
-        return {r.exitCode, QString::fromUtf8(r.out), QString::fromUtf8(r.err)};
+        writeFile(tmp("blocked"), "x");
+        return {{"XDG_DATA_HOME", tmp("blocked/data")}};
     }
     // Starts tarn with `args` and waits until it writes a partial copy into
     // `folder` (true) or ends (false).
     bool startCopying(QProcess& p, const QStringList& args, const QString& folder) const {
         QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
-        e.insert("TARN_SETTINGS", tmp.path() + "/settings.ini");
-        e.insert("XDG_DATA_HOME", tmp.path() + "/data");
+        e.insert("TARN_SETTINGS", tarn.settingsFile());
+        e.insert("XDG_DATA_HOME", tarn.dataHome());
         p.setProcessEnvironment(e);
         p.start(QStringLiteral(TARN_CLI_PATH), args);
         p.closeWriteChannel();
@@ -122,8 +108,8 @@ TEST_F(SmallVolume, UsageErrorsRefusalsAndDryRunsChangeNothing) {
     const QStringList before = snapshot(vol());
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args.join(' ').toStdString());
-        const Outcome r = run(c.args);
-        EXPECT_EQ(r.code, c.code);
+        const CliResult r = tarn(c.args);
+        EXPECT_EQ(r.exitCode, c.code);
         EXPECT_TRUE(r.out.contains(QRegularExpression("(?s)" + c.out))) << r.out.toStdString();
         EXPECT_TRUE(r.err.contains(c.err)) << r.err.toStdString();
     }
@@ -132,7 +118,7 @@ TEST_F(SmallVolume, UsageErrorsRefusalsAndDryRunsChangeNothing) {
 }
 
 TEST_F(SmallVolume, EverySpellingOfTheSourceFolderIsTheSameFolder) {
-    ASSERT_TRUE(QFile::link(media(), tmp.path() + "/link"));
+    ASSERT_TRUE(QFile::link(media(), tmp("link")));
     const struct passwd* me = ::getpwuid(::geteuid());
     ASSERT_NE(me, nullptr);
     const QString spellings[] = {
@@ -144,16 +130,16 @@ TEST_F(SmallVolume, EverySpellingOfTheSourceFolderIsTheSameFolder) {
         "~/vol/Avid MediaFiles/MXF/1",          // the home folder
         QStringLiteral("~%1/%2").arg(QString::fromLocal8Bit(me->pw_name),
                                      QDir(QFile::decodeName(me->pw_dir)).relativeFilePath(media())),
-        tmp.path() + "/link",  // a link to it
+        tmp("link"),  // a link to it
     };
     QDir().mkpath(vol() + "/Avid MediaFiles/MXF/2");
     for (const QString action : {"copy", "move"}) {
         for (const QString& to : spellings) {
             SCOPED_TRACE((action + " --to " + to).toStdString());
-            const Outcome r =
-                run(QStringList{action} + flatInto(to) + QStringList{"--answer", "all"},
-                    {{{"HOME", tmp.path()}}, tmp.path(), {}});
-            EXPECT_EQ(r.code, 0) << r.err.toStdString();
+            const CliResult r =
+                tarn(QStringList{action} + flatInto(to) + QStringList{"--answer", "all"},
+                     {{{"HOME", tmp()}}, tmp(), {}});
+            EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
             EXPECT_EQ(r.out.count("SKIPPING - the same src&dst :: " + action), 2)
                 << r.out.toStdString();
             // Skipped, but counted as done.
@@ -195,13 +181,13 @@ TEST_F(SmallVolume, EndOfInputOrAnswerNoKeepsEverything) {
         if (!c.terminal)
             args << "--answer"
                  << "no";
-        const Outcome r =
-            run(args, {c.action == "delete" ? withoutTrash() : QMap<QString, QString>{},
-                       {},
-                       c.terminal ? terminal : QString()});
+        const CliResult r =
+            tarn(args, {c.action == "delete" ? withoutTrash() : QMap<QString, QString>{},
+                        {},
+                        c.terminal ? terminal : QString()});
         ::close(slave);
         ::close(master);
-        EXPECT_EQ(r.code, 0);  // a skip is no failure
+        EXPECT_EQ(r.exitCode, 0);  // a skip is no failure
         EXPECT_EQ(r.err.count(c.question), 2) << r.err.toStdString();
         EXPECT_EQ(r.err.contains("(end of input) -> No\n"), c.terminal);
         EXPECT_GE(r.err.count(" -> No\n"), 2);
@@ -246,10 +232,10 @@ TEST_F(SmallVolume, AStoppedCopyLeavesNoPartialCopyBehind) {
     ASSERT_TRUE(held.open(QIODevice::ReadOnly));
     ASSERT_EQ(::flock(held.handle(), LOCK_EX | LOCK_NB), 0);
 
-    const QString log = tmp.path() + "/action.log";
-    const Outcome r = run(QStringList{"copy", "--no-mxf"} + flatInto(dst()) +
-                          QStringList{"--search", "A.mxf", "--action-log", log});
-    EXPECT_EQ(r.code, 0) << r.err.toStdString();
+    const QString log = tmp("action.log");
+    const CliResult r = tarn(QStringList{"copy", "--no-mxf"} + flatInto(dst()) +
+                             QStringList{"--search", "A.mxf", "--action-log", log});
+    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
     EXPECT_EQ(partials(dst()), QStringList{live});
     EXPECT_TRUE(contentOf(log).contains(":: REMOVED ABANDONED PARTIAL COPY :: " +
                                         QFile::encodeName(dst() + "/" + left.first()) + " \n"));
@@ -267,17 +253,17 @@ TEST_F(SmallVolume, AFullDiskIsNamedInTheActionLog) {
     const QString script = QStringLiteral(
         "d=$1; shift; mount -t tmpfs -o size=1m tmpfs \"$d\" || exit 99; \"$@\"; rc=$?;"
         " ls -A \"$d\" | sed 's/^/left: /' >&2; exit $rc");
-    if (run(space + QStringList{"sh", "-c", "mount -t tmpfs tmpfs \"$1\"", "sh", dst()}, {},
-            unshare)
-            .code != 0)
+    if (tarn(space + QStringList{"sh", "-c", "mount -t tmpfs tmpfs \"$1\"", "sh", dst()}, {},
+             unshare)
+            .exitCode != 0)
         GTEST_SKIP() << "cannot mount a tmpfs in a mount namespace here";
     writeFile(media() + "/A.mxf", QByteArray(3 * 1024 * 1024, 'a'));
-    const Outcome r = run(space +
-                              QStringList{"sh", "-c", script, "sh", dst(), TARN_CLI_PATH, "copy",
-                                          "--search", "A.mxf"} +
-                              flatInto(dst()),
-                          {}, unshare);
-    EXPECT_EQ(r.code, 1) << r.err.toStdString();
+    const CliResult r = tarn(space +
+                                 QStringList{"sh", "-c", script, "sh", dst(), TARN_CLI_PATH, "copy",
+                                             "--search", "A.mxf"} +
+                                 flatInto(dst()),
+                             {}, unshare);
+    EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
     EXPECT_TRUE(r.out.contains(" :: ERROR ::\n:: ERROR :: 28 :: No space left on device \n"))
         << r.out.toStdString();
     EXPECT_FALSE(r.err.contains("left: " + TarnFileCopier::temporaryPrefix()))
@@ -308,8 +294,8 @@ struct DamagedIndex : CommandFixture {
 };
 
 TEST_F(DamagedIndex, NothingButTheMediaFilesIsTouchedWhateverTheAnswers) {
-    const Outcome dry = run({"delete", "--volume", vol(), "--show-missing", "--dry-run"});
-    EXPECT_EQ(dry.code, 0);
+    const CliResult dry = tarn({"delete", "--volume", vol(), "--show-missing", "--dry-run"});
+    EXPECT_EQ(dry.exitCode, 0);
     for (const QString line :
          {"%1/Good.mxf\n    -> (Trash)\n", "%1/Sub\n    -> (refused: Is a directory)\n",
           "%1/LinkDir\n    -> (refused: Is a symbolic link)\n",
@@ -320,7 +306,7 @@ TEST_F(DamagedIndex, NothingButTheMediaFilesIsTouchedWhateverTheAnswers) {
     for (const QString action : {"delete", "move", "copy"}) {
         for (const QString answer : {"yes", "all"}) {  // "Yes", or "Yes to All"
             SCOPED_TRACE((action + " --answer " + answer).toStdString());
-            QDir(tmp.path()).removeRecursively();
+            QDir(tmp()).removeRecursively();
             SetUp();
             QStringList expected = snapshot(vol());
             ASSERT_EQ(expected.filter(mediaFile).size(), 2);
@@ -329,8 +315,8 @@ TEST_F(DamagedIndex, NothingButTheMediaFilesIsTouchedWhateverTheAnswers) {
             QStringList args{action,     "--volume", vol(),      "--show-missing",
                              "--no-mxf", "--sure",   "--answer", answer};
             if (action != "delete") args << "--to" << dst();
-            const Outcome r = run(args, {withoutTrash(), {}, {}});
-            EXPECT_EQ(r.code, 1) << r.err.toStdString();  // the refusals are errors
+            const CliResult r = tarn(args, {withoutTrash(), {}, {}});
+            EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();  // the refusals are errors
             EXPECT_EQ(snapshot(vol()), expected);
             for (const QString& line : snapshot(dst())) {
                 const QString name = line.section(" = ", 0, 0).section('/', -1);
