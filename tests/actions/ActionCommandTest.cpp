@@ -178,9 +178,7 @@ TEST_F(SmallVolume, EndOfInputOrAnswerNoKeepsEverything) {
         ASSERT_EQ(::write(master, "\x04", 1), 1);  // end of input (Ctrl-D)
         QStringList args = QStringList{c.action} + flatInto(dst());
         if (c.action == "delete") args = args.mid(0, 2) + args.mid(4);
-        if (!c.terminal)
-            args << "--answer"
-                 << "no";
+        if (!c.terminal) args += QStringList{"--answer", "no"};
         const CliResult r =
             tarn(args, {c.action == "delete" ? withoutTrash() : QMap<QString, QString>{},
                         {},
@@ -190,7 +188,6 @@ TEST_F(SmallVolume, EndOfInputOrAnswerNoKeepsEverything) {
         EXPECT_EQ(r.exitCode, 0);  // a skip is no failure
         EXPECT_EQ(r.err.count(c.question), 2) << r.err.toStdString();
         EXPECT_EQ(r.err.contains("(end of input) -> No\n"), c.terminal);
-        EXPECT_GE(r.err.count(" -> No\n"), 2);
         EXPECT_FALSE(r.err.contains(QRegularExpression(" -> (?!No\n)")));
         EXPECT_FALSE(r.out.contains("OVERWRITING"));
         expectSourcesKept();

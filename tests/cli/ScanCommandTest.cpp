@@ -126,7 +126,6 @@ TEST_F(ScanCommandTest, JsonMatchesWhatTheWritersWrote) {
         EXPECT_EQ(item.value("ama").toBool(), m.ama);
         EXPECT_EQ(item.value("size").toInteger(), qint64(m.size));
         EXPECT_EQ(item.value("usage_code").toInt(), m.usageCode);
-        EXPECT_EQ(item.value("kind").toString(), TarnDatabaseItem::kindForUsageCode(m.usageCode));
         EXPECT_EQ(item.value("frame_rate").toArray(), rate(m.frameRate));
         EXPECT_EQ(item.value("bits").toInt(), int(m.bits));
         EXPECT_EQ(item.value("resolution_id").toInteger(), qint64(m.resolutionID));
