@@ -145,7 +145,6 @@ TEST_F(SmallVolume, EverySpellingOfTheSourceFolderIsTheSameFolder) {
             // Skipped, but counted as done.
             EXPECT_TRUE(r.err.contains(QRegularExpression(": 2 of 2 items, (.+) of \\1\n")));
             EXPECT_FALSE(r.out.contains("FILE EXISTS AT DESTINATION"));
-            EXPECT_FALSE(r.err.contains("Overwrite?"));
             expectSourcesKept();
         }
     }
@@ -189,7 +188,6 @@ TEST_F(SmallVolume, EndOfInputOrAnswerNoKeepsEverything) {
         EXPECT_EQ(r.err.count(c.question), 2) << r.err.toStdString();
         EXPECT_EQ(r.err.contains("(end of input) -> No\n"), c.terminal);
         EXPECT_FALSE(r.err.contains(QRegularExpression(" -> (?!No\n)")));
-        EXPECT_FALSE(r.out.contains("OVERWRITING"));
         expectSourcesKept();
         EXPECT_EQ(contentOf(dst() + "/A.mxf"), QByteArray("the old A"));
         EXPECT_EQ(contentOf(dst() + "/B.mxf"), QByteArray("the old B"));
@@ -211,9 +209,9 @@ TEST_F(SmallVolume, AStoppedCopyLeavesNoPartialCopyBehind) {
     terminated.terminate();
     terminated.waitForFinished(-1);
     EXPECT_EQ(terminated.exitCode(), 130);
-    const QString out = QString::fromUtf8(terminated.readAllStandardOutput());
-    EXPECT_TRUE(out.contains(" :: TarnAction Cancelled\n"));
-    EXPECT_TRUE(out.endsWith(" :: TarnAction Finished\n"));
+    EXPECT_TRUE(QString::fromUtf8(terminated.readAllStandardOutput())
+                    .contains(QRegularExpression(
+                        "(?s) :: TarnAction Cancelled\n.* :: TarnAction Finished\n$")));
     EXPECT_EQ(entries(dst()), QStringList{});
 
     QProcess killed;

@@ -24,11 +24,9 @@ TEST_F(NothingLost, ACancelIsLoggedOnceWhenItComesAndKeepsWhatIsDone) {
         QDir(tmp.path()).removeRecursively();
         TarnItemPtr a = file("A.mxf");
         TarnActionOperation op(flat({a}));
-        int announced = 0;
-        QObject::connect(&op, &TarnActionOperation::isCancelledChanged, [&](bool cancelled) {
-            EXPECT_TRUE(cancelled);
-            ++announced;
-        });
+        QList<bool> announced;
+        QObject::connect(&op, &TarnActionOperation::isCancelledChanged,
+                         [&](bool cancelled) { announced << cancelled; });
         for (int twice = 0; twice < 2 && when == Before; ++twice) op.cancel();
         if (when == During)
             op.setProgressObserver([&](std::int64_t) {
@@ -38,7 +36,7 @@ TEST_F(NothingLost, ACancelIsLoggedOnceWhenItComesAndKeepsWhatIsDone) {
         op.start();
         for (int twice = 0; twice < (when == After ? 2 : 1); ++twice) op.cancel();
         EXPECT_EQ(op.actionLog().count("TarnAction Cancelled"), 1);
-        EXPECT_EQ(announced, 1);
+        EXPECT_EQ(announced, QList<bool>{true});
         EXPECT_TRUE(op.isFinished());
         EXPECT_TRUE(untimed(op.actionLog()).endsWith(logEnds[when]))
             << op.actionLog().toStdString();

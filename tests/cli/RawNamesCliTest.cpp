@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
-
 #include "CliRun.h"
 #include "FixtureFiles.h"
 #include "PmrWriter.h"

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFileInfo>
-#include <QMap>
 
 #include <fcntl.h>
 #include <sys/stat.h>
