@@ -3,24 +3,16 @@
 // Shared pieces of the action tests: scripted answers, real files, items, and
 // a volume for runs of the action engine.
 
-#include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutex>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QString>
-#include <QStringList>
-#include <QTemporaryDir>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <deque>
-#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -30,50 +22,29 @@
 #include "actions/TarnActionOperation.h"
 #include "actions/TarnAlert.h"
 #include "actions/TarnFileCopier.h"
-#include "items/TarnDatabaseItem.h"
 
 namespace actiontest {
 
-// Answers every question from a script, in order, and records what was asked.
-// Runs out -> kNoAnswer (and the test sees the extra question in `asked`).
-class ScriptedAnswers {
-  public:
-    explicit ScriptedAnswers(std::initializer_list<int> answers = {}) : answers_(answers) {
+// Answers every question (asked on the test's thread) from a script, in
+// order, and records what was asked. Runs out -> kNoAnswer (and the test sees
+// the extra question in `asked`).
+struct ScriptedAnswers {
+    explicit ScriptedAnswers(std::initializer_list<int> script = {}) : answers(script) {
         TarnAlert::setPresenter([this](const TarnAlert::Request& request) {
-            QMutexLocker lock(&mutex_);
-            asked_.append(request.message);
-            details_.append(request.detail);
-            buttons_.append(request.buttons.join(QLatin1Char('|')));
-            if (answers_.empty()) return int(TarnAlert::kNoAnswer);
-            const int answer = answers_.front();
-            answers_.pop_front();
-            return answer;
+            asked << request.message;
+            details << request.detail;
+            return answers.isEmpty() ? int(TarnAlert::kNoAnswer) : answers.takeFirst();
         });
     }
     ~ScriptedAnswers() { TarnAlert::setPresenter({}); }
-    QStringList asked() const { return locked(asked_); }
-    QStringList details() const { return locked(details_); }
-    QStringList buttons() const { return locked(buttons_); }
-
-  private:
-    QStringList locked(const QStringList& list) const {
-        QMutexLocker lock(&mutex_);
-        return list;
-    }
-    mutable QMutex mutex_;
-    std::deque<int> answers_;
-    QStringList asked_, details_, buttons_;
+    QList<int> answers;
+    QStringList asked, details;
 };
 
 using fixtures::writeFile;
+using testsupport::contentOf;
 using testsupport::entries;
 using testsupport::makeItem;
-
-inline QByteArray readFile(const QString& path) {
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return QByteArray();
-    return f.readAll();
-}
 
 // A distinct, recognisable content for each name.
 inline QByteArray content(const QString& name, int size = 4096) {
@@ -83,6 +54,9 @@ inline QByteArray content(const QString& name, int size = 4096) {
     for (int i = 0; b.size() < size; ++i) b.append(char(seed.at(i % seed.size()) ^ (i & 0x7f)));
     return b;
 }
+
+// A size whose copy takes many chunks.
+constexpr qint64 kBig = 384LL * 1024 * 1024;
 
 // A large file that takes no disk space; its first and last bytes are set.
 inline bool makeSparse(const QString& path, qint64 size) {

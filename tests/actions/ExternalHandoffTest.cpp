@@ -1,8 +1,6 @@
 #include <QStandardPaths>
-#include <QTemporaryDir>
 
 #include "ActionTestKit.h"
-#include "TestSupport.h"
 #include "actions/TarnExternalHandoff.h"
 #include "database/TarnCore.h"
 #include "support/TarnDesktopEntry.h"
@@ -12,41 +10,16 @@ using namespace actiontest;
 
 namespace {
 
-TEST(DesktopEntryExec, SplitsByTheQuotingRules) {
-    const struct {
-        const char* exec;
-        QStringList words;
-        bool ok;
-    } cases[] = {
-        {"viewer %F", {"viewer", "%F"}, true},
-        {"  viewer   --x  ", {"viewer", "--x"}, true},
-        {R"("/opt/My App/bin/viewer" --title "a \"q\" b" %f)",
-         {"/opt/My App/bin/viewer", "--title", R"(a "q" b)", "%f"},
-         true},
-        {R"(viewer "")", {"viewer", ""}, true},
-        {R"(viewer "open)", {"viewer", "open"}, false},
-        {"", {}, false},
-    };
-    for (const auto& c : cases) {
-        bool ok = !c.ok;
-        const QStringList words = TarnDesktopEntry::splitExec(QString::fromUtf8(c.exec), &ok);
-        EXPECT_EQ(ok, c.ok) << c.exec;
-        if (c.ok) {
-            EXPECT_EQ(words, c.words) << c.exec;
-        }
-    }
-}
-
 struct DesktopEntryFixture : ::testing::Test {
     QTemporaryDir tmp;
     testsupport::ScopedEnv data{"XDG_DATA_HOME", tmp.path() + "/data"};
     // Writes "<id>.desktop" into the user's applications folder.
-    QString entry(const QString& id, const QString& exec, const QString& extra = {}) {
+    QString entry(const QString& id, const QString& exec) {
         const QString path = tmp.path() + "/data/applications/" + id + ".desktop";
-        writeFile(path, ("[Desktop Action Other]\nExec=other\n\n[Desktop Entry]\nType=Application\n"
-                         "Name=Viewer\nIcon=viewer-icon\n" +
-                         extra + "Exec=" + exec + "\n")
-                            .toUtf8());
+        writeFile(path,
+                  "[Desktop Action Other]\nExec=other\n\n[Desktop Entry]\nType=Application\n"
+                  "Name=Viewer\nIcon=viewer-icon\nExec=" +
+                      exec.toUtf8() + "\n");
         return path;
     }
     QList<QStringList> lines(const QString& exec, const QStringList& paths) {
@@ -56,6 +29,8 @@ struct DesktopEntryFixture : ::testing::Test {
     }
 };
 
+// The quoting rules split the command; the field codes decide how the files
+// are passed.
 TEST_F(DesktopEntryFixture, FieldCodesDecideHowTheFilesArePassed) {
     const QStringList two{"/m/a b.mxf", "/m/c.mxf"};
     const struct {
@@ -70,6 +45,9 @@ TEST_F(DesktopEntryFixture, FieldCodesDecideHowTheFilesArePassed) {
          {{"viewer", "--name", "Viewer", "--icon", "viewer-icon", "/m/a b.mxf", "/m/c.mxf"}}},
         {"viewer 100%% %d %F", {{"viewer", "100%", "/m/a b.mxf", "/m/c.mxf"}}},
         {R"(viewer\s--x %F)", {{"viewer", "--x", "/m/a b.mxf", "/m/c.mxf"}}},
+        {"  viewer   --x  ", {{"viewer", "--x", "/m/a b.mxf", "/m/c.mxf"}}},
+        {R"("/opt/My App/viewer" --title "a \"q\" b" "" %F)",
+         {{"/opt/My App/viewer", "--title", R"(a "q" b)", "", "/m/a b.mxf", "/m/c.mxf"}}},
         {R"(viewer "open %F)", {}},
     };
     for (const auto& c : cases)
@@ -82,49 +60,25 @@ TEST_F(DesktopEntryFixture, ApplicationIsAnEntryOrACommandThatMustExist) {
     ASSERT_FALSE(sh.isEmpty());
     entry("tarn-test-viewer", "sh -c true %F");
     entry("tarn-test-gone", "tarn-no-such-program %F");
-    const QStringList paths{"/m/a.mxf"};
     const struct {
         const char* application;
-        bool found;
-        QString program;
-        QStringList arguments;
-    } cases[] = {
-        {"tarn-test-viewer", true, sh, {"-c", "true", "/m/a.mxf"}},
-        {"tarn-test-viewer.desktop", true, sh, {"-c", "true", "/m/a.mxf"}},
-        {"sh -e", true, sh, {"-e", "/m/a.mxf"}},
-        {"/bin/sh", true, "/bin/sh", {"/m/a.mxf"}},
-        {"tarn-test-gone", false, {}, {}},
-        {"tarn-no-such-program", false, {}, {}},
-        {"/nonexistent/viewer", false, {}, {}},
-        {"  ", false, {}, {}},
-    };
+        QStringList command;  // empty: not found
+    } cases[] = {{"tarn-test-viewer.desktop", {sh, "-c", "true", "/m/a.mxf"}},
+                 {"sh -e", {sh, "-e", "/m/a.mxf"}},
+                 {"/bin/sh", {"/bin/sh", "/m/a.mxf"}},
+                 {"tarn-test-gone", {}},
+                 {"tarn-no-such-program", {}},
+                 {"/nonexistent/viewer", {}},
+                 {"  ", {}}};
     for (const auto& c : cases) {
         QList<TarnExternalHandoff::Launch> launches;
-        EXPECT_EQ(TarnExternalHandoff::openCommands(c.application, paths, &launches), c.found)
+        EXPECT_EQ(TarnExternalHandoff::openCommands(c.application, {"/m/a.mxf"}, &launches),
+                  !c.command.isEmpty())
             << c.application;
-        if (!c.found) continue;
-        ASSERT_EQ(launches.size(), 1) << c.application;
-        EXPECT_EQ(launches.at(0).program, c.program) << c.application;
-        EXPECT_EQ(launches.at(0).arguments, c.arguments) << c.application;
+        QStringList command;
+        for (const auto& launch : launches) command << launch.program << launch.arguments;
+        EXPECT_EQ(command, c.command) << c.application;
     }
-}
-
-TEST(ExternalHandoff, ClipboardTextJoinsThePathsByCarriageReturns) {
-    EXPECT_EQ(TarnExternalHandoff::clipboardText({}), "");
-    EXPECT_EQ(TarnExternalHandoff::clipboardText({"/a"}), "/a");
-    EXPECT_EQ(TarnExternalHandoff::clipboardText({"/a b", "/c", "/d"}), "/a b\r/c\r/d");
-}
-
-TEST(ExternalHandoff, TheScriptGetsThePathsAsArguments) {
-    QTemporaryDir tmp;
-    const QString out = tmp.path() + "/args";
-    const QStringList paths{"/m/a b.mxf", "/m/it's.mxf", "/m/$HOME.mxf"};
-    const TarnExternalHandoff::Launch launch =
-        TarnExternalHandoff::scriptCommand("printf '%s|' \"$0\" \"$@\" > \"$OUT\"", paths);
-    EXPECT_EQ(launch.program, "/bin/sh");
-    EXPECT_EQ(testsupport::runProcess(launch.program, launch.arguments, {{"OUT", out}}).exitCode,
-              0);
-    EXPECT_EQ(readFile(out), "tarn|/m/a b.mxf|/m/it's.mxf|/m/$HOME.mxf|");
 }
 
 TEST(ExternalHandoff, ExistingPathsFollowTheRowsAndLeaveOutMissingFiles) {
@@ -138,20 +92,15 @@ TEST(ExternalHandoff, ExistingPathsFollowTheRowsAndLeaveOutMissingFiles) {
     TarnCore core;
     core.AddItemsFromArray(items);
     core.LoadDefaults();
-    ASSERT_EQ(core.getItemsCount(), 4);
     EXPECT_EQ(TarnExternalHandoff::existingPaths(core, {3, 0, 2, 0, 9}),
               QStringList({tmp.path() + "/a.mxf", tmp.path() + "/d.mxf"}));
     EXPECT_TRUE(TarnExternalHandoff::existingPaths(core, {}).isEmpty());
 }
 
-TEST(ExternalHandoff, DefaultScriptAndApplicationOfThisPlatform) {
+// The default script of this platform passes the paths on and is valid shell.
+TEST(ExternalHandoff, DefaultScriptIsValidShell) {
     const QString script = TarnPreferences::basescript();
-    ASSERT_FALSE(script.isEmpty());
     EXPECT_TRUE(script.contains("\"$@\""));
-    EXPECT_EQ(TarnPreferences::defaultValue(TarnPreferences::kExtApplescript).toString(), script);
-    EXPECT_EQ(TarnPreferences::defaultValue(TarnPreferences::kExternalAppBundleID).toString(),
-              "mediainfo-gui");
-    // The default script is valid shell.
     const testsupport::ProcessRun check = testsupport::runProcess("/bin/sh", {"-n", "-c", script});
     EXPECT_EQ(check.exitCode, 0) << check.err.toStdString();
 }

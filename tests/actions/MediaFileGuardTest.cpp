@@ -1,8 +1,4 @@
-#include <QTemporaryDir>
-
-#include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 #include "ActionTestKit.h"
 #include "actions/TarnMediaFileGuard.h"
@@ -11,9 +7,9 @@ using namespace actiontest;
 
 namespace {
 
-// A volume whose media folder holds, next to a media file, the things a
-// damaged index can name: a folder, links to a folder and to a file outside,
-// a pipe, a device, and a sub-folder that is a link to a folder outside.
+// A volume whose media folder holds, next to a media file, a device, and a
+// sub-folder that is a link to a folder outside. (Folders, links and pipes a
+// damaged index names: the damaged-index command test.)
 struct GuardFixture : ::testing::Test {
     QTemporaryDir tmp;
     QString vol() const { return tmp.path() + "/vol"; }
@@ -23,20 +19,12 @@ struct GuardFixture : ::testing::Test {
 
     void SetUp() override {
         writeFile(root() + "/1/A.mxf", content("A.mxf"));
-        writeFile(root() + "/1/Sub/Inner.mxf", content("Inner.mxf"));
         writeFile(projects() + "/Doc.avb", content("Doc.avb"));
         writeFile(projects() + "/A.mxf", content("outside"));
         writeFile(vol() + "/outside.mxf", content("outside.mxf"));
-        link(projects(), root() + "/1/LinkDir");
-        link(vol() + "/outside.mxf", root() + "/1/LinkFile");
-        link(projects(), root() + "/Elsewhere");
-        ASSERT_EQ(::mkfifo(QFile::encodeName(root() + "/1/Pipe").constData(), 0600), 0);
+        ASSERT_TRUE(QFile::link(projects(), root() + "/Elsewhere"));
         device = ::mknod(QFile::encodeName(root() + "/1/Null").constData(), S_IFCHR | 0600,
                          makedev(1, 3)) == 0;
-    }
-    static void link(const QString& target, const QString& at) {
-        ASSERT_EQ(
-            ::symlink(QFile::encodeName(target).constData(), QFile::encodeName(at).constData()), 0);
     }
 };
 
@@ -45,26 +33,19 @@ TEST_F(GuardFixture, OnlyRegularFilesInsideARootPass) {
     const struct Case {
         QString path;
         QString reason;  // empty: accepted
-    } cases[] = {
-        {root() + "/1/A.mxf", ""},
-        {root() + "/1/../1/A.mxf", ""},
-        {root() + "/1/Sub", "Is a directory"},
-        {root() + "/1/LinkDir", "Is a symbolic link"},
-        {root() + "/1/LinkFile", "Is a symbolic link"},
-        {root() + "/1/Pipe", "Not a regular file"},
-        {root() + "/1/Null", device ? "Not a regular file" : "No such file or directory"},
-        {root() + "/Elsewhere/Doc.avb", outside},
-        {root() + "/1/../../../Avid Projects", outside},
-        {root() + "/1/../../../outside.mxf", outside},
-        {root() + "/1/..", "Not a file name"},
-        {root() + "/1/.", "Not a file name"},
-        {root() + "/1/", "Not a file name"},
-        {root(), outside},
-        {vol() + "/outside.mxf", outside},
-        {"/dev/null", outside},
-        {root() + "/1/Missing.mxf", "No such file or directory"},
-        {"", "No path"},
-    };
+    } cases[] = {{root() + "/1/A.mxf", ""},
+                 {root() + "/1/../1/A.mxf", ""},
+                 {root() + "/1/Null", device ? "Not a regular file" : "No such file or directory"},
+                 {root() + "/Elsewhere/Doc.avb", outside},
+                 {root() + "/1/../../../Avid Projects", outside},
+                 {root() + "/1/../../../outside.mxf", outside},
+                 {root() + "/1/..", "Not a file name"},
+                 {root() + "/1/.", "Not a file name"},
+                 {root() + "/1/", "Not a file name"},
+                 {root(), outside},
+                 {vol() + "/outside.mxf", outside},
+                 {"/dev/null", outside},
+                 {root() + "/1/Missing.mxf", "No such file or directory"}};
     TarnMediaFileGuard guard({root() + "/", vol() + "/no such root"});
     EXPECT_EQ(guard.roots(), QStringList{root()});
     for (const Case& c : cases) {
@@ -73,49 +54,27 @@ TEST_F(GuardFixture, OnlyRegularFilesInsideARootPass) {
         EXPECT_EQ(guard.check(c.path, &checked, &reason), c.reason.isEmpty())
             << c.path.toStdString();
         EXPECT_EQ(reason, c.reason) << c.path.toStdString();
-        if (c.reason.isEmpty()) {
-            EXPECT_EQ(checked.path, root() + "/1/A.mxf");
-        }
+        EXPECT_EQ(checked.path, c.reason.isEmpty() ? root() + "/1/A.mxf" : QString())
+            << c.path.toStdString();
     }
     // Without roots nothing passes.
-    TarnMediaFileGuard none({});
     TarnMediaFileGuard::Checked checked;
     QString reason;
-    EXPECT_FALSE(none.check(root() + "/1/A.mxf", &checked, &reason));
+    EXPECT_FALSE(TarnMediaFileGuard({}).check(root() + "/1/A.mxf", &checked, &reason));
     EXPECT_EQ(reason, outside);
 }
 
 TEST_F(GuardFixture, ActsOnlyOnTheFileThatWasChecked) {
     const QString file = root() + "/1/A.mxf";
-    // What happens to the file between the check and the act.
-    const struct Case {
-        const char* name;
-        std::function<void()> change;
-        QString reason;  // empty: the act goes ahead
-    } cases[] = {
-        {"unchanged", [] {}, ""},
-        {"replaced by a folder",
-         [&] {
-             QFile::remove(file);
-             writeFile(file + "/inside.mxf", "keep");
-         },
-         "Is a directory"},
-        {"replaced by a link to a folder",
-         [&] {
-             QFile::remove(file);
-             link(projects(), file);
-         },
-         "Is a symbolic link"},
-        {"replaced by another file",
-         [&] {
-             QFile::rename(file, file + ".old");
-             writeFile(file, "another");
-         },
-         "Replaced since it was checked"},
-        {"gone", [&] { QFile::remove(file); }, "No such file or directory"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    // What happens to the file between the check and the act; the refusal.
+    enum Change { Unchanged, Folder, Link, Another, Gone };
+    const std::pair<Change, QString> cases[] = {{Unchanged, ""},
+                                                {Folder, "Is a directory"},
+                                                {Link, "Is a symbolic link"},
+                                                {Another, "Replaced since it was checked"},
+                                                {Gone, "No such file or directory"}};
+    for (const auto& [change, refusal] : cases) {
+        SCOPED_TRACE(int(change));
         // (a link is removed as a link, never followed)
         if (QFileInfo(file).isDir() && !QFileInfo(file).isSymLink()) QDir(file).removeRecursively();
         QFile::remove(file);
@@ -124,22 +83,25 @@ TEST_F(GuardFixture, ActsOnlyOnTheFileThatWasChecked) {
         TarnMediaFileGuard::Checked checked;
         QString reason;
         ASSERT_TRUE(guard.check(file, &checked, &reason)) << reason.toStdString();
-        c.change();
-        EXPECT_EQ(guard.stillSame(checked, &reason), c.reason.isEmpty());
+        if (change == Another)  // (the old file stays, so its number is not reused)
+            QFile::rename(file, file + ".old");
+        else if (change != Unchanged)
+            QFile::remove(file);
+        if (change == Folder) writeFile(file + "/inside.mxf", "keep");
+        if (change == Link) QFile::link(projects(), file);
+        if (change == Another) writeFile(file, "another");
+        EXPECT_EQ(guard.stillSame(checked, &reason), refusal.isEmpty());
         int error = 0;
         EXPECT_EQ(guard.renameFile(checked, root() + "/renamed", &error, &reason),
-                  c.reason.isEmpty());
-        if (c.reason.isEmpty()) {
+                  refusal.isEmpty());
+        if (refusal.isEmpty()) {
             ASSERT_TRUE(guard.check(root() + "/renamed", &checked, &reason));
-            EXPECT_TRUE(guard.removeFile(checked, &reason));
-            EXPECT_FALSE(QFileInfo::exists(root() + "/renamed"));
-        } else {
-            EXPECT_FALSE(guard.removeFile(checked, &reason));
-            EXPECT_EQ(reason, c.reason);
-            EXPECT_FALSE(QFileInfo::exists(root() + "/renamed"));
         }
-        EXPECT_EQ(readFile(projects() + "/A.mxf"), content("outside"));
-        EXPECT_EQ(readFile(projects() + "/Doc.avb"), content("Doc.avb"));
+        EXPECT_EQ(guard.removeFile(checked, &reason), refusal.isEmpty());
+        EXPECT_EQ(reason, refusal);
+        EXPECT_FALSE(QFileInfo::exists(root() + "/renamed"));
+        EXPECT_EQ(contentOf(projects() + "/A.mxf"), content("outside"));
+        EXPECT_EQ(contentOf(projects() + "/Doc.avb"), content("Doc.avb"));
     }
 }
 
@@ -154,7 +116,7 @@ TEST_F(GuardFixture, AFolderSwappedForALinkDoesNotRedirectTheAct) {
     ASSERT_EQ(::rename(QFile::encodeName(root() + "/1").constData(),
                        QFile::encodeName(root() + "/1-old").constData()),
               0);
-    link(projects(), root() + "/1");
+    ASSERT_TRUE(QFile::link(projects(), root() + "/1"));
     // A guard that opens the folder afresh refuses the link on the way.
     TarnMediaFileGuard fresh({root()});
     EXPECT_FALSE(fresh.removeFile(checked, &reason));
@@ -163,7 +125,7 @@ TEST_F(GuardFixture, AFolderSwappedForALinkDoesNotRedirectTheAct) {
     // The first guard still holds the folder it checked: the act stays there.
     EXPECT_TRUE(first.removeFile(checked, &reason)) << reason.toStdString();
     EXPECT_FALSE(QFileInfo::exists(root() + "/1-old/A.mxf"));
-    EXPECT_EQ(readFile(projects() + "/A.mxf"), content("outside"));
+    EXPECT_EQ(contentOf(projects() + "/A.mxf"), content("outside"));
 }
 
 }  // namespace

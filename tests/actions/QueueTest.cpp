@@ -3,33 +3,13 @@
 #include <atomic>
 
 #include "ActionTestKit.h"
+#include "actions/TarnAction.h"
 #include "actions/TarnActionManager.h"
-#include "actions/TarnActionOperation.h"
+#include "actions/TarnNewActionRules.h"
 
 using namespace actiontest;
 
 namespace {
-
-// Holds the overwrite question open until released or abandoned; answers the
-// queue's own question from `clearAnswer`.
-struct HeldQuestion {
-    std::atomic<bool> asked{false};
-    std::atomic<bool> release{false};
-    std::atomic<int> clearAnswer{TarnAlert::kNoAnswer};
-    std::atomic<int> clearAsked{0};
-    HeldQuestion() {
-        TarnAlert::setPresenter([this](const TarnAlert::Request& r) {
-            if (r.message == QLatin1String("Really clear queue?")) {
-                ++clearAsked;
-                return int(clearAnswer);
-            }
-            asked = true;
-            while (!release && !(r.abandoned && r.abandoned())) QThread::msleep(2);
-            return release ? int(TarnAlert::kSecondButton) : int(TarnAlert::kNoAnswer);
-        });
-    }
-    ~HeldQuestion() { TarnAlert::setPresenter({}); }
-};
 
 template <typename Condition>
 void waitUntil(Condition condition) {
@@ -39,100 +19,109 @@ void waitUntil(Condition condition) {
     }
 }
 
-struct QueueFixture : ::testing::Test {
+// Two copies, the newest on top: the first waits at its overwrite question
+// (held open until abandoned), so the second waits its turn. Removed, the
+// waiting one never runs and the running one keeps its row until its worker
+// has stopped. (Answering, clearing and completing: the queue window's tests.)
+TEST(Queue, ActionsRunOneAtATimeAndARemovedOneStopsOrNeverRuns) {
+    // The queue posts its work to this thread's event loop.
+    static int argc = 1;
+    static char program[] = "tarn_test_actions", *argv[] = {program, nullptr};
+    QCoreApplication application(argc, argv);
     QTemporaryDir tmp;
+    const QString dst = tmp.path() + "/Dst";
+    std::atomic<bool> asked{false};
+    TarnAlert::setPresenter([&](const TarnAlert::Request& r) {
+        asked = true;
+        while (r.abandoned && !r.abandoned()) QThread::msleep(2);
+        return int(TarnAlert::kNoAnswer);
+    });
+    writeFile(dst + "/A.mxf", "old");
     TarnActionManager manager;
-    QString dst() const { return tmp.path() + "/Dst"; }
-    // A copy into an existing folder; when its target exists (`held`), its
-    // run stops at the overwrite question.
-    TarnActionOptions copy(const QString& name, bool held = false) {
+    QList<TarnActionManager::ActionPtr> actions;
+    for (const QString name : {"A.mxf", "B.mxf"}) {
         writeFile(tmp.path() + "/src/" + name, content(name));
-        QDir().mkpath(dst());
-        if (held) writeFile(dst() + "/" + name, "old");
         TarnActionOptions o({makeItem(tmp.path() + "/src/" + name)});
-        o.Destination = dst();
+        o.Destination = dst;
         o.Create_projects_folders = o.Create_mxf_folders = false;
         o.mediaFolderRoots = {tmp.path() + "/src"};
-        return o;
+        actions << manager.SetUpNewActionWithOptions(o);
     }
-};
-
-TEST_F(QueueFixture, ActionsRunOneAtATimeNewestOnTop) {
-    HeldQuestion held;
-    auto first = manager.SetUpNewActionWithOptions(copy("A.mxf", true));
-    auto second = manager.SetUpNewActionWithOptions(copy("B.mxf"));
-    ASSERT_EQ(manager.numberOfRows(), 2);
-    EXPECT_EQ(manager.actions().at(0), second);
-    EXPECT_EQ(manager.actions().at(1), first);
-    waitUntil([&] { return bool(held.asked); });
+    const TarnActionManager::ActionPtr first = actions.at(0), second = actions.at(1);
+    EXPECT_EQ(manager.actions(), QList({second, first}));
+    waitUntil([&] { return bool(asked); });
     manager.SetCellForRow(0);
     manager.SetCellForRow(1);
     EXPECT_TRUE(manager.timerRunning());
     EXPECT_EQ(first->statusText(), "Running");
     EXPECT_EQ(second->statusText(), "Waiting");
-    EXPECT_EQ(second->descriptionText(), "Copy 1 item 4.10 kB \ndestination:\n" + dst());
-    EXPECT_EQ(second->progressMaximum(), 4096.0);
     EXPECT_EQ(TarnActionManager::progressValue(*first), 0.0);
     EXPECT_FALSE(TarnActionManager::progressValue(*second).has_value());
-    EXPECT_FALSE(QFileInfo::exists(dst() + "/B.mxf"));
 
-    held.release = true;
-    manager.waitForIdle();
-    EXPECT_EQ(first->statusText(), "Done");
-    EXPECT_EQ(second->statusText(), "Done");
-    EXPECT_EQ(first->progressDescription(), "Copy 1 of 1 item 4.10 kB \ndestination:\n" + dst());
-    EXPECT_EQ(readFile(dst() + "/A.mxf"), content("A.mxf"));
-    EXPECT_EQ(readFile(dst() + "/B.mxf"), content("B.mxf"));
-}
-
-TEST_F(QueueFixture, RemovingARunningActionWaitsForItsWorker) {
-    HeldQuestion held;
-    auto running = manager.SetUpNewActionWithOptions(copy("A.mxf", true));
-    auto waiting = manager.SetUpNewActionWithOptions(copy("B.mxf"));
-    manager.SetCellForRow(0);
-    manager.SetCellForRow(1);
-    waitUntil([&] { return bool(held.asked); });
-
-    manager.queueRemoveAction(waiting);
-    EXPECT_EQ(waiting->statusText(), "Cancelled");  // at once
-
-    manager.queueRemoveAction(running);
-    EXPECT_EQ(running->statusText(), "Cancelled");
-    EXPECT_EQ(manager.numberOfRows(), 2);  // rows stay until the worker has stopped
-    waitUntil([&] { return manager.numberOfRows() == 0; });
-    EXPECT_TRUE(running->Action_Operation()->isFinished());
-    EXPECT_FALSE(manager.timerRunning());
-    // The waiting one never ran; the running one stopped at its question.
-    EXPECT_FALSE(waiting->Action_Operation()->actionLog().contains("Execution Started"));
-    EXPECT_FALSE(QFileInfo::exists(dst() + "/B.mxf"));
-    EXPECT_EQ(readFile(dst() + "/A.mxf"), QByteArray("old"));
-    // Removing an action that is gone does nothing.
-    manager.continueRemoveAction(running);
-    EXPECT_EQ(manager.numberOfRows(), 0);
-}
-
-TEST_F(QueueFixture, ClearAsksAndOnOkCancelsAndEmptiesTheQueue) {
-    HeldQuestion held;
-    EXPECT_FALSE(manager.clearQueue());  // empty: nothing asked
-    EXPECT_EQ(held.clearAsked, 0);
-
-    auto running = manager.SetUpNewActionWithOptions(copy("A.mxf", true));
-    auto waiting = manager.SetUpNewActionWithOptions(copy("B.mxf"));
-    waitUntil([&] { return bool(held.asked); });
-    held.clearAnswer = TarnAlert::kSecondButton;  // "Cancel"
-    EXPECT_FALSE(manager.clearQueue());
+    manager.queueRemoveAction(second);
+    EXPECT_EQ(second->statusText(), "Cancelled");  // at once
+    manager.queueRemoveAction(first);
     EXPECT_EQ(manager.numberOfRows(), 2);
-    EXPECT_FALSE(running->Action_Operation()->isCancelled());
+    waitUntil([&] { return manager.numberOfRows() == 0; });
+    EXPECT_TRUE(first->Action_Operation()->isFinished());
+    EXPECT_EQ(first->statusText(), "Cancelled");  // never "Done"
+    EXPECT_FALSE(manager.timerRunning());
+    EXPECT_FALSE(second->Action_Operation()->actionLog().contains("Execution Started"));
+    manager.continueRemoveAction(first);  // gone already: nothing happens
+    EXPECT_EQ(contentOf(dst + "/A.mxf"), QByteArray("old"));
+    EXPECT_FALSE(QFileInfo::exists(dst + "/B.mxf"));
+    TarnAlert::setPresenter({});
+}
 
-    held.clearAnswer = TarnAlert::kFirstButton;  // "OK"
-    EXPECT_TRUE(manager.clearQueue());
-    EXPECT_EQ(held.clearAsked, 2);
-    EXPECT_EQ(manager.numberOfRows(), 0);
-    EXPECT_TRUE(running->Action_Operation()->isFinished());
-    EXPECT_TRUE(waiting->Action_Operation()->isFinished());
-    EXPECT_TRUE(running->Action_Operation()->isCancelled());
-    EXPECT_EQ(readFile(dst() + "/A.mxf"), QByteArray("old"));
-    EXPECT_FALSE(QFileInfo::exists(dst() + "/B.mxf"));
+// A queue row: its description counts the items and names where they go; the
+// progress text counts those done too. (Its status: the queue's tests.)
+struct ActionRow : ActionFixture {};
+
+TEST_F(ActionRow, DescriptionCountsTheItemsAndNamesTheDestination) {
+    const QList<TarnItemPtr> two{file("A.mxf", 1500), file("B.mxf", 1500)};
+    const struct Case {
+        qsizetype items;
+        QString action, destination, description;
+    } cases[] = {
+        {1, "Copy", src(), "Copy 1 item 1.50 kB \ndestination:\n" + src()},
+        {2, "Move", dst(), "Move 2 items 3.00 kB \ndestination:\nInvalid path"},
+        {2, "Delete", src(),
+         "Delete 2 items 3.00 kB \ndestination:\nSuper Secret Annihilator (SSA)"},
+        {0, "Copy", src(), "InvalidAction"},
+    };
+    for (const Case& c : cases) {
+        TarnActionOptions o(two.mid(0, c.items));
+        o.Action = c.action;
+        o.Destination = c.destination;
+        TarnAction a(o);
+        a.SetStatusText();
+        EXPECT_EQ(a.descriptionText(), c.description);
+        EXPECT_EQ(a.progressDescription(),
+                  QString(c.description).replace(c.action + " ", c.action + " 0 of "));
+    }
+}
+
+// What the command line cannot type: the dialog's percent escapes, a user
+// that does not exist, a "~" inside a path, no destination at all.
+TEST(ActionDestination, TildesAndEscapesAreResolvedOnlyWhereTheyMeanSomething) {
+    const QString here = QDir::currentPath();
+    const struct Case {
+        QString typed, stored;
+    } cases[] = {{"~/Media%20Folder/", QDir::homePath() + "/Media Folder"},
+                 {"~no-such-user-here/x", here + "/~no-such-user-here/x"},
+                 {"/a/~/b/./c/..", "/a/~/b"},
+                 {".", here},
+                 {QString(), QString()}};
+    for (const Case& c : cases)
+        EXPECT_EQ(TarnNewActionRules::normaliseDestination(c.typed), c.stored)
+            << c.typed.toStdString();
+}
+
+// Nobody to ask: a refusal. (A question abandoned before it is shown: the
+// alert presenter's tests.)
+TEST(Alert, WithNobodyToAskTheQuestionIsRefused) {
+    TarnAlert::setPresenter({});
+    EXPECT_EQ(TarnAlert::ShowDialog_with_NoYesYesToAll("m", "d"), 0);
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include "MdbWriter.h"
 #include "MxfWriter.h"
 #include "PmrWriter.h"
-#include "Umid.h"
 #include "readers/TarnMXF.h"
 
 namespace {
@@ -31,41 +30,19 @@ class FileReportCommandTest : public ::testing::Test {
     CliRun cli_;
 };
 
-TEST_F(FileReportCommandTest, ShowsTheHeaderAndEveryEntryOfAnIndex) {
-    const CliResult run = inspect({write("msmFMID.pmr", fixtures::writePmr(entries()))});
-    EXPECT_EQ(run.exitCode, 0) << qPrintable(run.err);
-    EXPECT_TRUE(run.out.contains("little-endian"));
-    EXPECT_TRUE(run.out.contains("3 claimed, 3 read"));
-    EXPECT_TRUE(run.out.contains("#1 A001C001_V01.mxf\n     project:      Feature\n"));
-    EXPECT_TRUE(run.out.contains("#2 A001C001_A01.wav\n     project:      (none)\n"));
-    // The identifier as the item shows it: eight groups of eight hex digits.
-    EXPECT_TRUE(run.out.contains(QStringLiteral(
-        "file UID:     { 060a2b34-01010105-01010f20-13000000-efcdab89-67452301-060e2b34-7f7f2a80 "
-        "}")))
-        << qPrintable(run.out);
-}
-
 TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     auto damaged = entries();
     damaged[1].projectLength = 65;
-    const QString pmr = write("msmFMID.pmr", fixtures::writePmr(damaged, 2, true));
+    // Indexes and bins are known by their first bytes, whatever their names.
+    const QString pmr = write("index.dat", fixtures::writePmr(damaged, 2, true));
 
     fixtures::AvbReference linked{0x99, 0x0202, "AMA Card"};
     const QString bin =
-        write("Reel 1.avb", fixtures::writeBinReferences({{0x42}, linked, {0x42}, {0x5, 0x0203}}));
+        write("reel-copy", fixtures::writeBinReferences({{0x42}, linked, {0x42}, {0x5, 0x0203}}));
 
-    fixtures::MdbClip clip;
-    clip.fileShortUID = 0x42;
-    clip.materialShortUID = 0x43;
-    clip.clipName = "A001C001";
-    clip.project = "Feature";
-    const QString mdb = write("msmMMOB.mdb", fixtures::writeMdb({clip, clip}, true));
-
+    const QString mdb = write("msmMMOB.mdb", fixtures::writeMdb({{}, {}}, true));
     fixtures::MxfClip mxfClip;
     mxfClip.clipName = "Interview";
-    mxfClip.projectName = "Documentary";
-    mxfClip.fileUMID = fixtures::umidFor(7);
-    mxfClip.materialUMID = fixtures::umidFor(8);
     const QString mxf = write("clip.mxf", fixtures::writeMxf(mxfClip));
 
     const CliResult run = inspect({"--json", pmr, bin, mdb, mxf});
@@ -77,7 +54,6 @@ TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
     const QJsonObject pmrFacts{{"path", pmr},   {"kind", "pmr"},        {"byte_order", "big"},
                                {"uid_size", 2}, {"entries_claimed", 3}, {"entries_read", 1}};
     EXPECT_EQ(fieldsOf(p, pmrFacts), pmrFacts);
-    EXPECT_GT(p["stopped_at"].toInt(), 12);
     const QJsonObject entry{{"name", "A001C001_V01.mxf"},
                             {"project", "Feature"},
                             {"file_package_uid", "efcdab8967452301"},
@@ -89,28 +65,15 @@ TEST_F(FileReportCommandTest, JsonGivesTheFactsOfEveryKindOfFile) {
                                {"short_uids", QJsonArray{"4200000000000000", "9900000000000000"}}};
     EXPECT_EQ(fieldsOf(files[1].toObject(), binFacts), binFacts);
 
-    const QJsonObject m = files[2].toObject();
-    const QJsonObject mdbFacts{{"kind", "mdb"},
-                               {"byte_order", "big"},
-                               {"major_version", 1},
-                               {"compositions", 2},
-                               {"objects", fixtures::mdbObjectCount({clip, clip})}};
-    EXPECT_EQ(fieldsOf(m, mdbFacts), mdbFacts);
-    EXPECT_EQ(m["toc_entries"].toInt() * 24, m["toc_size"].toInt());
-    EXPECT_GT(m["toc_offset"].toInt(), 0);
-
-    const QJsonObject x = files[3].toObject();
+    const QJsonObject mdbFacts{{"kind", "mdb"}, {"byte_order", "big"}, {"compositions", 2}};
+    EXPECT_EQ(fieldsOf(files[2].toObject(), mdbFacts), mdbFacts);
     const QJsonObject mxfFacts{
         {"kind", "mxf"},
-        {"status", 0},
         {"status_text", "OK"},
         {"clip_name", "Interview"},
-        {"project", "Documentary"},
         {"file_package_uid",
-         QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(mxfClip.fileUMID).toHex())},
-        {"material_package_uid",
-         QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(mxfClip.materialUMID).toHex())}};
-    EXPECT_EQ(fieldsOf(x, mxfFacts), mxfFacts);
+         QString::fromLatin1(TarnMXF::swapUUIDfromMXFtoTarn(fixtures::umidFor(2)).toHex())}};
+    EXPECT_EQ(fieldsOf(files[3].toObject(), mxfFacts), mxfFacts);
 }
 
 TEST_F(FileReportCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAreShown) {
@@ -118,10 +81,20 @@ TEST_F(FileReportCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAre
     const QString shortPmr = write("amaFMID.pmr", fixtures::writePmr(entries()).left(29));
     const QString bin = write("Reel.avb", fixtures::writeBin({0x42}));
     const QString missing = cli_.tempPath("gone.mdb");
+    const QString pmr = write("msmFMID.pmr", fixtures::writePmr(entries()));
 
-    const CliResult human = inspect({text, bin, shortPmr, missing});
+    const CliResult human = inspect({text, bin, shortPmr, missing, pmr});
     EXPECT_EQ(human.exitCode, 1);
     EXPECT_TRUE(human.out.contains("{ 4200000000000000 }"));
+    EXPECT_TRUE(human.out.contains("little-endian"));
+    EXPECT_TRUE(human.out.contains("3 claimed, 3 read"));
+    EXPECT_TRUE(human.out.contains("#1 A001C001_V01.mxf\n     project:      Feature\n"));
+    EXPECT_TRUE(human.out.contains("#2 A001C001_A01.wav\n     project:      (none)\n"));
+    // The identifier as the item shows it: eight groups of eight hex digits.
+    EXPECT_TRUE(human.out.contains(
+        "file UID:     { 060a2b34-01010105-01010f20-13000000-efcdab89-67452301-060e2b34-7f7f2a80 "
+        "}"))
+        << qPrintable(human.out);
     const QStringList errors = human.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(errors.size(), 3) << qPrintable(human.err);
     EXPECT_TRUE(errors[0].startsWith("tarn inspect: " + text + ": "));
@@ -134,21 +107,7 @@ TEST_F(FileReportCommandTest, AnUntakenFileGetsOneLineAndStatusOneWhileOthersAre
     ASSERT_EQ(files.size(), 2);
     EXPECT_TRUE(files[0].toObject().contains("error"));
     EXPECT_FALSE(files[1].toObject().contains("error"));
-}
 
-TEST_F(FileReportCommandTest, IndexesAndBinsAreKnownByTheirFirstBytes) {
-    const QString pmr = write("index.dat", fixtures::writePmr(entries(), 8, true));
-    const QString bin = write("reel-copy", fixtures::writeBin({1, 2}));
-    const CliResult run = inspect({"--json", pmr, bin});
-    EXPECT_EQ(run.exitCode, 0);
-    const QJsonArray files = filesOf(run);
-    ASSERT_EQ(files.size(), 2);
-    EXPECT_EQ(files[0].toObject()["kind"].toString(), "pmr");
-    EXPECT_EQ(files[0].toObject()["entries_read"].toInt(), 3);
-    EXPECT_EQ(files[1].toObject()["kind"].toString(), "bin");
-}
-
-TEST_F(FileReportCommandTest, UsageErrors) {
     EXPECT_EQ(inspect({}).exitCode, 2);
     const CliResult unknown = inspect({"--nope", "x.pmr"});
     EXPECT_EQ(unknown.exitCode, 2);

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
-
 #include "CliRun.h"
 #include "FixtureFiles.h"
 #include "PmrWriter.h"
@@ -46,12 +44,10 @@ TEST_F(RawNamesCliTest, ScannedShownCopiedAndDeletedWithTheirBytes) {
     ASSERT_EQ(scan.exitCode, 0) << qPrintable(scan.err);
     ASSERT_EQ(scan.items().size(), 2) << qPrintable(scan.out);
     QMap<QString, qint64> sizes;
-    for (const QJsonValue& v : scan.items()) {
-        const QJsonObject item = v.toObject();
-        EXPECT_TRUE(item.value("exists").toBool());
-        EXPECT_TRUE(
-            item.value("path").toString().contains(QStringLiteral("/\uFFFD\uFFFD_folder/")));
-        sizes.insert(item.value("file_name").toString(), item.value("size").toInteger());
+    for (const QJsonValue& item : scan.items()) {
+        EXPECT_TRUE(item["exists"].toBool());
+        EXPECT_TRUE(item["path"].toString().contains(QStringLiteral("/\uFFFD\uFFFD_folder/")));
+        sizes.insert(item["file_name"].toString(), item["size"].toInteger());
     }
     EXPECT_EQ(sizes, (QMap<QString, qint64>{{QStringLiteral("caf\uFFFD.mxf"), 700},
                                             {QStringLiteral("\uFFFDt\uFFFD.wav"), 10}}));
@@ -68,11 +64,8 @@ TEST_F(RawNamesCliTest, ScannedShownCopiedAndDeletedWithTheirBytes) {
     EXPECT_FALSE(exists(folder() + '/' + listed()));
     EXPECT_FALSE(exists(folder() + '/' + unlisted()));
     EXPECT_TRUE(exists(folder() + "/msmFMID.pmr"));
-    const QString trash = run_.dataHome() + "/Trash";
-    EXPECT_EQ(contentOf(trash + "/files/" + listed()), QByteArray(700, 'm'));
-    const QByteArray info = contentOf(trash + "/info/" + listed() + ".trashinfo");
-    EXPECT_TRUE(info.startsWith("[Trash Info]\nPath=/")) << info.constData();
-    EXPECT_TRUE(info.contains("/%FF%FE_folder/caf%E9.mxf\n")) << info.constData();
+    // (How the Trash records such a name: the Trash test.)
+    EXPECT_EQ(contentOf(run_.dataHome() + "/Trash/files/" + listed()), QByteArray(700, 'm'));
 }
 
 TEST_F(RawNamesCliTest, MovedByRenameIntoNewFoldersWithTheIndex) {

@@ -3,8 +3,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QString>
-#include <QStringList>
 
 #include "QtPrinters.h"
 #include "TestSupport.h"
@@ -36,10 +34,15 @@ inline QJsonObject fieldsOf(const QJsonObject& object, const QJsonObject& expect
 
 class CliRun {
   public:
-    CliResult operator()(const QStringList& args) const {
-        const testsupport::ProcessRun run = testsupport::runProcess(
-            QStringLiteral(TARN_CLI_PATH), args,
-            {{"TARN_SETTINGS", settingsFile()}, {"XDG_DATA_HOME", dataHome()}});
+    // Runs tarn with `args` to its end; `setup.env` is set over the private
+    // folders, and `program` runs instead of tarn (given tarn among its args).
+    CliResult operator()(const QStringList& args, testsupport::ProcessSetup setup = {},
+                         const QString& program = QStringLiteral(TARN_CLI_PATH)) const {
+        QMap<QString, QString> env{{"TARN_SETTINGS", settingsFile()},
+                                   {"XDG_DATA_HOME", dataHome()}};
+        env.insert(setup.env);
+        setup.env = env;
+        const testsupport::ProcessRun run = testsupport::runProcessWith(program, args, setup);
         return {run.exitCode, QString::fromUtf8(run.out), QString::fromUtf8(run.err)};
     }
 
