@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <memory>
 
@@ -57,29 +58,39 @@ QString textAt(int i) {
     return kTexts.at(i % kTexts.size());
 }
 
-// Takes at most seven bytes per write, as a pipe or a socket may.
-class TrickleDevice : public QIODevice {
+// Takes at most seven bytes per write, as a pipe or a socket may; or, when
+// full, refuses every write, as a full disk does.
+class TestDevice : public QIODevice {
   public:
-    TrickleDevice() { open(QIODevice::WriteOnly); }
+    explicit TestDevice(bool full = false) : full_(full) { open(QIODevice::WriteOnly); }
     QByteArray bytes;
 
   protected:
     qint64 readData(char*, qint64) override { return -1; }
     qint64 writeData(const char* data, qint64 length) override {
+        if (full_) return -1;
         const qint64 n = std::min<qint64>(length, 7);
         bytes.append(data, n);
         return n;
     }
+
+  private:
+    bool full_;
 };
 
-// Refuses every write, as a full disk does.
-class FullDevice : public QIODevice {
-  public:
-    FullDevice() { open(QIODevice::WriteOnly); }
-
-  protected:
-    qint64 readData(char*, qint64) override { return -1; }
-    qint64 writeData(const char*, qint64) override { return -1; }
+// The streamed table formats and what closes each document.
+struct Format {
+    const char* name;
+    std::function<bool(const TarnReportRows&, QIODevice*)> write;
+    QString end;
+};
+const QList<Format> kFormats = {
+    {"csv",
+     [](const TarnReportRows& rows, QIODevice* device) {
+         return TarnExport::writeCsv(rows, QStringLiteral(";"), device);
+     },
+     QString()},
+    {"html", &TarnExport::writeHtml, QStringLiteral("</tbody></table></div></body></html>")},
 };
 
 TarnExportTable tableOf(int rows) {
@@ -156,65 +167,49 @@ TEST(StreamedReport, SinkEncodesTextAsQtDoes) {
     }
 }
 
+// An empty view and a large one of awkward items: Qt's own indented JSON of
+// the same document, with the table's hash text and Qt's dates; a failing
+// device fails the report.
 TEST(StreamedReport, JsonReportHasTheBytesOfQtIndentedJson) {
-    TarnCore core;
-    QList<TarnItemPtr> items;
-    for (int i = 0; i < 1500; ++i) items.append(awkwardItem(i));
-    core.AddItemsFromArray(items);
-    core.LoadDefaults();
-    ASSERT_EQ(core.getFilteredIndexesCount(), 1500);
+    for (int count : {0, 1500}) {
+        SCOPED_TRACE(count);
+        TarnCore core;
+        QList<TarnItemPtr> items;
+        for (int i = 0; i < count; ++i) items.append(awkwardItem(i));
+        core.AddItemsFromArray(items);
+        core.LoadDefaults();
+        ASSERT_EQ(core.getFilteredIndexesCount(), count);
 
-    TrickleDevice device;
-    ASSERT_TRUE(TarnJsonReport::write(core, &device));
-    QJsonParseError error;
-    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes, &error);
-    ASSERT_EQ(error.error, QJsonParseError::NoError) << qPrintable(error.errorString());
-    // Qt writes members in key order, four blanks per level, its own escapes.
-    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
+        TestDevice device;
+        ASSERT_TRUE(TarnJsonReport::write(core, &device));
+        QJsonParseError error;
+        const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes, &error);
+        ASSERT_EQ(error.error, QJsonParseError::NoError) << qPrintable(error.errorString());
+        // Qt writes members in key order, four blanks per level, its own escapes.
+        EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
 
-    const QJsonArray rows = parsed.object().value(QStringLiteral("items")).toArray();
-    ASSERT_EQ(rows.size(), 1500);
-    // The texts the report makes itself are the table's and Qt's.
-    for (qsizetype row = 0; row < rows.size(); ++row) {
-        const TarnItemPtr item = core.ObjectAtIndexFiltered(row);
-        const QJsonObject o = rows.at(row).toObject();
-        ASSERT_EQ(o.value(QStringLiteral("path")).toString(), item->DB_itemPath);
-        EXPECT_EQ(o.value(QStringLiteral("hash")).toString(),
-                  TarnColumns::cellText(TarnColumn::Hash, *item));
-        EXPECT_EQ(o.value(QStringLiteral("date")).toString(),
-                  item->DB_Date.toUTC().toString(Qt::ISODate));
+        const QJsonArray rows = parsed.object().value(QStringLiteral("items")).toArray();
+        ASSERT_EQ(rows.size(), count);
+        for (qsizetype row = 0; row < rows.size(); ++row) {
+            const TarnItemPtr item = core.ObjectAtIndexFiltered(row);
+            const QJsonObject o = rows.at(row).toObject();
+            ASSERT_EQ(o.value(QStringLiteral("path")).toString(), item->DB_itemPath);
+            EXPECT_EQ(o.value(QStringLiteral("hash")).toString(),
+                      TarnColumns::cellText(TarnColumn::Hash, *item));
+            EXPECT_EQ(o.value(QStringLiteral("date")).toString(),
+                      item->DB_Date.toUTC().toString(Qt::ISODate));
+        }
+        TestDevice full(true);
+        EXPECT_FALSE(TarnJsonReport::write(core, &full));
     }
     TarnFilter::sharedFilter()->ResetFilter();
-}
-
-TEST(StreamedReport, EmptyViewIsAWholeDocument) {
-    TarnCore core;
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    ASSERT_TRUE(TarnJsonReport::write(core, &buffer));
-    const QJsonDocument parsed = QJsonDocument::fromJson(buffer.data());
-    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == buffer.data());
-    EXPECT_TRUE(parsed.object().value(QStringLiteral("items")).toArray().isEmpty());
 }
 
 // The header (or page head) of the empty table, each row as a one-row table
 // writes it, then the end: the large table must be exactly that.
 TEST(StreamedReport, LargeTableIsItsRowsWrittenAlone) {
     const TarnExportTable large = tableOf(2500);
-    struct Format {
-        const char* name;
-        std::function<bool(const TarnReportRows&, QIODevice*)> write;
-        QString end;
-    };
-    const QList<Format> formats = {
-        {"csv",
-         [](const TarnReportRows& rows, QIODevice* device) {
-             return TarnExport::writeCsv(rows, QStringLiteral(";"), device);
-         },
-         QString()},
-        {"html", &TarnExport::writeHtml, QStringLiteral("</tbody></table></div></body></html>")},
-    };
-    for (const Format& format : formats) {
+    for (const Format& format : kFormats) {
         auto whole = [&](const TarnReportRows& rows) {
             QBuffer buffer;
             buffer.open(QIODevice::WriteOnly);
@@ -231,13 +226,14 @@ TEST(StreamedReport, LargeTableIsItsRowsWrittenAlone) {
         }
         expected += format.end;
 
-        TrickleDevice device;
+        TestDevice device;
         ASSERT_TRUE(format.write(large, &device)) << format.name;
         EXPECT_TRUE(device.bytes == expected.toUtf8()) << format.name;
     }
 
-    TrickleDevice device;
+    TestDevice device, full(true);
     ASSERT_TRUE(TarnExport::writeJson(large, &device));
+    EXPECT_FALSE(TarnExport::writeJson(large, &full));
     const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes);
     EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
     EXPECT_EQ(parsed.object().value(QStringLiteral("rows")).toArray().size(), 2500);
@@ -263,28 +259,13 @@ TEST(StreamedReport, ItemRowsFormattedTogetherAreTheRowsInTurn) {
     QList<TarnItemPtr> items;
     for (int i = 0; i < 2100; ++i) items.append(awkwardItem(i));
     const TarnItemRows rows(items, QStringLiteral("Tarn"));
-    const OneThreadRows oneThread(rows);
-    const QList<std::pair<const char*, std::function<bool(const TarnReportRows&, QIODevice*)>>>
-        formats = {{"csv",
-                    [](const TarnReportRows& r, QIODevice* device) {
-                        return TarnExport::writeCsv(r, QStringLiteral(","), device);
-                    }},
-                   {"html", &TarnExport::writeHtml}};
-    for (const auto& [name, write] : formats) {
-        TrickleDevice together, inTurn;
-        ASSERT_TRUE(write(rows, &together)) << name;
-        ASSERT_TRUE(write(oneThread, &inTurn)) << name;
-        EXPECT_GT(together.bytes.size(), 100000) << name;
-        EXPECT_TRUE(together.bytes == inTurn.bytes) << name;
-        FullDevice full;
-        EXPECT_FALSE(write(rows, &full)) << name;
+    for (const Format& format : kFormats) {
+        TestDevice together, inTurn, full(true);
+        ASSERT_TRUE(format.write(rows, &together)) << format.name;
+        ASSERT_TRUE(format.write(OneThreadRows(rows), &inTurn)) << format.name;
+        EXPECT_GT(together.bytes.size(), 100000) << format.name;
+        EXPECT_TRUE(together.bytes == inTurn.bytes) << format.name;
+        EXPECT_FALSE(format.write(rows, &full)) << format.name;
+        EXPECT_FALSE(format.write(tableOf(3), &full)) << format.name;
     }
-}
-
-TEST(StreamedReport, AFailedDeviceFailsTheReport) {
-    FullDevice device;
-    EXPECT_FALSE(TarnExport::writeCsv(tableOf(3), QStringLiteral(","), &device));
-    EXPECT_FALSE(TarnExport::writeHtml(tableOf(3), &device));
-    TarnCore core;
-    EXPECT_FALSE(TarnJsonReport::write(core, &device));
 }
