@@ -7,7 +7,6 @@
 
 #include "TestSupport.h"
 #include "status/TarnStatusViewController.h"
-#include "status/TarnVolumeSelector.h"
 
 namespace {
 
@@ -92,15 +91,4 @@ TEST(StatusText, ChangesAreAnnounced) {
     EXPECT_EQ(announced, (QStringList{"Execution Time: 1.5", "", "running", "idle"}));
     QObject::disconnect(texts);
     QObject::disconnect(running);
-}
-
-TEST(VolumeSelector, ChecksStartOnAndTheResultKeepsTheOrder) {
-    TarnVolumeSelector selector({"/Volumes/A", "/Volumes/B", "/Volumes/C"});
-    selector.setCheck(1, false);
-    EXPECT_EQ(selector.createResultingArray(), QStringList({"/Volumes/A", "/Volumes/C"}));
-    EXPECT_EQ(selector.delectDeselectAll(false), "Select all");
-    EXPECT_TRUE(selector.createResultingArray().isEmpty());
-    EXPECT_EQ(selector.delectDeselectAll(true), "Deselect all");
-    EXPECT_EQ(selector.createResultingArray().size(), 3);
-    EXPECT_TRUE(selector.volumeAt(3).isNull());
 }
