@@ -25,41 +25,21 @@ TEST_F(CoreViewTest, DefaultOrderIsProjectThenFileNameCaseSensitive) {
     // "Alpha" < "_00_TRN_NULL_PROJECT_NAME" < "beta" by character codes.
     EXPECT_EQ(sortedNames(core), QStringList({"z.mxf", "c.mxf", "a.mxf", "b.mxf"}));
     EXPECT_EQ(shownNames(core), sortedNames(core));
-    EXPECT_EQ(core.getAllItemsCount(), 4);
-    EXPECT_EQ(core.getItemsCount(), 4);
-}
-
-TEST_F(CoreViewTest, FilterHidesItemsAndSumsTheShownSizes) {
-    auto precompute = makeItem(1, "p.mxf", "A", 100);
-    precompute->DB_usageCode = 1;
-    load({precompute, makeItem(2, "x.mxf", "A", 20), makeItem(3, "y.mxf", "B", 3)});
-    EXPECT_EQ(core.FilteredItemsSize(), 123u);
-
-    TarnFilter::sharedFilter()->setFilterFlagPrecomputes(true);
-    core.applyFilter();
-    EXPECT_EQ(shownNames(core), QStringList({"p.mxf"}));
-    EXPECT_EQ(core.FilteredItemsSize(), 100u);
-
-    // A search keystroke.
-    TarnFilter::sharedFilter()->ResetFilter();
-    TarnFilter::sharedFilter()->setFilterString(QStringLiteral("Y."));
-    core.applyFilter();
-    EXPECT_EQ(shownNames(core), QStringList({"y.mxf"}));
-    EXPECT_EQ(core.getItemsCountUnfiltered(), 3);
 }
 
 TEST_F(CoreViewTest, UncheckedProjectsHideTheirItemsAndEmptyProjectsStayListed) {
     load({makeItem(1, "a1.mxf", "a", 5), makeItem(2, "a2.mxf", "a", 7),
           makeItem(3, "b1.mxf", "B", 11)});
-    ASSERT_EQ(core.getProjectsCount(), 2);
-    auto a = core.projectAtIndex(0);
-    EXPECT_EQ(a->name, "a");
-    EXPECT_EQ(a->FilesCount, 2u);
-    EXPECT_EQ(a->SizeValue, 12u);
-    EXPECT_EQ(core.projectAtIndex(1)->name, "B");
-    EXPECT_EQ(core.projectAtIndex(2), nullptr);
-
-    a->mustBeShownInList = false;
+    auto projects = [&] {
+        QStringList out;
+        for (int i = 0; core.projectAtIndex(i); ++i) {
+            const auto p = core.projectAtIndex(i);
+            out << QStringLiteral("%1 %2 %3").arg(p->name).arg(p->FilesCount).arg(p->SizeValue);
+        }
+        return out;
+    };
+    EXPECT_EQ(projects(), QStringList({"a 2 12", "B 1 11"}));
+    core.projectAtIndex(0)->mustBeShownInList = false;
     core.applyFilter();
     EXPECT_EQ(shownNames(core), QStringList({"b1.mxf"}));
 
@@ -69,10 +49,7 @@ TEST_F(CoreViewTest, UncheckedProjectsHideTheirItemsAndEmptyProjectsStayListed) 
     // Filter away all of "a": it stays in the summary with nothing in it.
     TarnFilter::sharedFilter()->setFilterString(QStringLiteral("b1"));
     core.prepareProjectsSummary();
-    ASSERT_EQ(core.getProjectsCount(), 2);
-    EXPECT_EQ(core.projectAtIndex(0)->FilesCount, 0u);
-    EXPECT_EQ(core.projectAtIndex(0)->SizeValue, 0u);
-    EXPECT_EQ(core.projectAtIndex(1)->FilesCount, 1u);
+    EXPECT_EQ(projects(), QStringList({"a 0 0", "B 1 11"}));
 
     core.setFilterFlagProjects(false);
     EXPECT_EQ(core.getItemsCount(), 0);
@@ -118,10 +95,8 @@ TEST_F(CoreViewTest, SelectedRowsGiveTheirItemsAndSize) {
     load({makeItem(1, "a.mxf", "P", 10), makeItem(2, "b.mxf", "P", 20),
           makeItem(3, "c.mxf", "P", 40)});
     const auto selected = core.getSelectedItemsArray({0, 2, 9});
-    ASSERT_EQ(selected.size(), 2);
-    EXPECT_EQ(selected[1]->DB_ClipName, "c.mxf");
+    EXPECT_EQ(selected.size() == 2 ? selected[1]->DB_ClipName : QString(), "c.mxf");
     EXPECT_EQ(core.calculateSelectedSize({0, 2, -1}), 50u);
-    EXPECT_EQ(core.SelectedItemsSize(), 50u);
     EXPECT_EQ(core.ObjectAtIndexFiltered(3), nullptr);
 }
 
@@ -132,27 +107,10 @@ TEST_F(CoreViewTest, MakeUniqueKeepsTheFirstOfItemsEqualInIdentifierAndPath) {
     elsewhere->DB_itemPath = QStringLiteral("/other/a.mxf");
     core.AddItemsFromArray({first, again, elsewhere, makeItem(3, "b.mxf")});
     core.makeUnique();
-    ASSERT_EQ(core.getAllItemsCount(), 3);
     QStringList projects;
-    for (const auto& item : core.ItemsUnsorted()) projects << item->DB_ProjectName;
-    EXPECT_TRUE(projects.contains("first"));
-    EXPECT_FALSE(projects.contains("second"));
-    EXPECT_TRUE(projects.contains("third"));
-}
-
-TEST_F(CoreViewTest, UniqueLessTestsOnlyTheFirstItemsPathForAbsence) {
-    auto a = makeItem(7, "a.mxf");
-    auto b = makeItem(7, "b.mxf");
-    auto none = makeItem(7, "n.mxf");
-    none->DB_itemPath = QString();
-    EXPECT_TRUE(TarnCore::uniqueLess(a, b));
-    EXPECT_FALSE(TarnCore::uniqueLess(b, a));
-    EXPECT_FALSE(TarnCore::uniqueLess(none, a));
-    // The second item's missing path reads as an empty one: nothing is below it.
-    EXPECT_FALSE(TarnCore::uniqueLess(a, none));
-    // Another identifier: the identifier order alone.
-    EXPECT_TRUE(TarnCore::uniqueLess(none, makeItem(8, "z.mxf")));
-    EXPECT_FALSE(TarnCore::uniqueEqual(none, none));
+    for (const auto& item : core.ItemsUnsorted()) projects << item->get_DB_ProjectName();
+    projects.sort();
+    EXPECT_EQ(projects, QStringList({"_00_TRN_NULL_PROJECT_NAME", "first", "third"}));
 }
 
 // Items ordered by one key: ranks 1..3 valid, rank 0 not valid.

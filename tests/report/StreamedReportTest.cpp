@@ -21,7 +21,6 @@
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
 #include "report/TarnExport.h"
-#include "report/TarnExportTable.h"
 #include "report/TarnItemRows.h"
 #include "report/TarnJsonReport.h"
 #include "report/TarnReportSink.h"
@@ -92,17 +91,6 @@ const QList<Format> kFormats = {
      QString()},
     {"html", &TarnExport::writeHtml, QStringLiteral("</tbody></table></div></body></html>")},
 };
-
-TarnExportTable tableOf(int rows) {
-    TarnExportTable table(
-        QStringLiteral("Tarn <media> & \"more\""),
-        {QStringLiteral("File \"Name\""), QStringLiteral("Project"), QStringLiteral("Path")});
-    for (int r = 0; r < rows; ++r) {
-        table.addRow(
-            {textAt(r), textAt(r / 3) + QString::number(r), textAt(r + 5).repeated(r % 9)});
-    }
-    return table;
-}
 
 // An item whose every field takes one of the awkward values in turn.
 TarnItemPtr awkwardItem(int i) {
@@ -205,67 +193,39 @@ TEST(StreamedReport, JsonReportHasTheBytesOfQtIndentedJson) {
     TarnFilter::sharedFilter()->ResetFilter();
 }
 
-// The header (or page head) of the empty table, each row as a one-row table
-// writes it, then the end: the large table must be exactly that.
-TEST(StreamedReport, LargeTableIsItsRowsWrittenAlone) {
-    const TarnExportTable large = tableOf(2500);
-    for (const Format& format : kFormats) {
-        auto whole = [&](const TarnReportRows& rows) {
-            QBuffer buffer;
-            buffer.open(QIODevice::WriteOnly);
-            format.write(rows, &buffer);
-            return QString::fromUtf8(buffer.data());
-        };
-        const QString head = whole(tableOf(0)).chopped(format.end.size());
-        QString expected = head;
-        for (const QStringList& row : large.rows()) {
-            TarnExportTable one(large.title(), large.columns());
-            one.addRow(row);
-            const QString text = whole(one);
-            expected += text.mid(head.size(), text.size() - head.size() - format.end.size());
-        }
-        expected += format.end;
-
-        TestDevice device;
-        ASSERT_TRUE(format.write(large, &device)) << format.name;
-        EXPECT_TRUE(device.bytes == expected.toUtf8()) << format.name;
-    }
-
-    TestDevice device, full(true);
-    ASSERT_TRUE(TarnExport::writeJson(large, &device));
-    EXPECT_FALSE(TarnExport::writeJson(large, &full));
-    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes);
-    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
-    EXPECT_EQ(parsed.object().value(QStringLiteral("rows")).toArray().size(), 2500);
-}
-
-// The same rows, read by one thread only.
-class OneThreadRows : public TarnReportRows {
-  public:
-    explicit OneThreadRows(const TarnReportRows& rows) : rows_(rows) {}
-    QString title() const override { return rows_.title(); }
-    QStringList headers() const override { return rows_.headers(); }
-    qsizetype rowCount() const override { return rows_.rowCount(); }
-    void cells(qsizetype row, QStringList& cells) const override { rows_.cells(row, cells); }
-
-  private:
-    const TarnReportRows& rows_;
-};
-
-// Rows of the database are formatted on several threads: the report has the
-// bytes of the same rows formatted in turn, and a failing device still fails
-// it (and ends it).
-TEST(StreamedReport, ItemRowsFormattedTogetherAreTheRowsInTurn) {
+// Rows of the database are formatted on several threads and written through
+// the buffer: the report is the header (or page head) of no rows, each row as
+// a report of that row alone writes it, then the end. A failing device fails
+// the report (and ends it).
+TEST(StreamedReport, ItemRowsAreEachRowAsWrittenAlone) {
     QList<TarnItemPtr> items;
     for (int i = 0; i < 2100; ++i) items.append(awkwardItem(i));
     const TarnItemRows rows(items, QStringLiteral("Tarn"));
     for (const Format& format : kFormats) {
-        TestDevice together, inTurn, full(true);
-        ASSERT_TRUE(format.write(rows, &together)) << format.name;
-        ASSERT_TRUE(format.write(OneThreadRows(rows), &inTurn)) << format.name;
-        EXPECT_GT(together.bytes.size(), 100000) << format.name;
-        EXPECT_TRUE(together.bytes == inTurn.bytes) << format.name;
-        EXPECT_FALSE(format.write(rows, &full)) << format.name;
-        EXPECT_FALSE(format.write(tableOf(3), &full)) << format.name;
+        SCOPED_TRACE(format.name);
+        auto whole = [&](const QList<TarnItemPtr>& some) {
+            QBuffer buffer;
+            buffer.open(QIODevice::WriteOnly);
+            format.write(TarnItemRows(some, QStringLiteral("Tarn")), &buffer);
+            return buffer.data();
+        };
+        const QByteArray head = whole({}).chopped(format.end.size());
+        QByteArray expected = head;
+        for (const TarnItemPtr& item : items)
+            expected += whole({item}).chopped(format.end.size()).mid(head.size());
+        expected += format.end.toUtf8();
+
+        TestDevice device, full(true);
+        ASSERT_TRUE(format.write(rows, &device));
+        EXPECT_GT(device.bytes.size(), 100000);
+        EXPECT_TRUE(device.bytes == expected);
+        EXPECT_FALSE(format.write(rows, &full));
     }
+
+    TestDevice device, full(true);
+    ASSERT_TRUE(TarnExport::writeJson(rows, &device));
+    EXPECT_FALSE(TarnExport::writeJson(rows, &full));
+    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes);
+    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
+    EXPECT_EQ(parsed.object().value(QStringLiteral("rows")).toArray().size(), items.size());
 }
