@@ -48,86 +48,53 @@ struct Parsed {
 
 }  // namespace
 
-TEST(ItemFromIndex, TruncationKeepsWhatWasReadBeforeTheCut) {
+// Fields are read up to a cut or to the first count out of bounds: a name of
+// 1..255 bytes, a project of 0..64. Each field needs at least one byte after it.
+TEST(ItemFromIndex, FieldsReadUpToTheCutOrTheFirstBadCount) {
     const QByteArray full = entry();
-    struct Cut {
-        int length;
-        bool fileUid, name, project, materialUid;
-    };
-    // Each field needs at least one byte after it.
-    const Cut cuts[] = {
-        {1, false, false, false, false}, {32, false, false, false, false},
-        {33, true, false, false, false}, {42, true, false, false, false},
-        {43, true, true, false, false},  {48, true, true, false, false},
-        {49, true, true, true, false},   {80, true, true, true, false},
-        {81, true, true, true, true},
-    };
-    for (const Cut& cut : cuts) {
-        SCOPED_TRACE(cut.length);
-        Parsed p(full.left(cut.length));
-        EXPECT_EQ(p.fileUID(), cut.fileUid);
-        EXPECT_EQ(!p.item.DB_ClipName.isNull(), cut.name);
-        EXPECT_EQ(!p.item.DB_ProjectName.isNull(), cut.project);
-        EXPECT_EQ(p.materialUID(), cut.materialUid);
-        EXPECT_TRUE(p.item.DB_isReferenced);
-    }
-}
-
-TEST(ItemFromIndex, NameAndProjectLengthLimits) {
     struct Case {
         const char* label;
         QByteArray bytes;
-        int nameSize;  // -1: no name
-        int projectSize;
+        bool fileUid;
+        int nameSize, projectSize;  // -1: none read
         bool materialUid;
     };
     const Case cases[] = {
-        {"empty name", entry(""), -1, -1, false},
-        {"name of 256", entry(QByteArray(256, 'n')), -1, -1, false},
-        {"name of 255", entry(QByteArray(255, 'n')), 255, 4, true},
-        {"project of 65", entry("clip.mxf", QByteArray(65, 'p')), 8, -1, false},
-        {"project of 64", entry("clip.mxf", QByteArray(64, 'p')), 8, 64, true},
-        {"no project", entry("clip.mxf", ""), 8, -1, true},
+        {"1 byte", full.left(1), false, -1, -1, false},
+        {"32 bytes", full.left(32), false, -1, -1, false},
+        {"33 bytes", full.left(33), true, -1, -1, false},
+        {"42 bytes", full.left(42), true, -1, -1, false},
+        {"43 bytes", full.left(43), true, 8, -1, false},
+        {"48 bytes", full.left(48), true, 8, -1, false},
+        {"49 bytes", full.left(49), true, 8, 4, false},
+        {"80 bytes", full.left(80), true, 8, 4, false},
+        {"whole", full, true, 8, 4, true},
+        {"empty name", entry(""), true, -1, -1, false},
+        {"name of 256", entry(QByteArray(256, 'n')), true, -1, -1, false},
+        {"name of 255", entry(QByteArray(255, 'n')), true, 255, 4, true},
+        {"project of 65", entry("clip.mxf", QByteArray(65, 'p')), true, 8, -1, false},
+        {"project of 64", entry("clip.mxf", QByteArray(64, 'p')), true, 8, 64, true},
+        {"no project", entry("clip.mxf", ""), true, 8, -1, true},
         // 0x0800 = 2048 read unswapped is above 255: the parse stops at the name.
-        {"swapped counts read without the flag", entry("clip.mxf", "Proj", true), -1, -1, false},
+        {"swapped counts read without the flag", entry("clip.mxf", "Proj", true), true, -1, -1,
+         false},
     };
+    auto size = [](const QString& text) { return text.isNull() ? -1 : int(text.size()); };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.label);
         Parsed p(c.bytes);
-        EXPECT_TRUE(p.fileUID());
-        EXPECT_EQ(p.item.DB_ClipName.isNull() ? -1 : p.item.DB_ClipName.size(), c.nameSize);
-        EXPECT_EQ(p.item.DB_ProjectName.isNull() ? -1 : p.item.DB_ProjectName.size(),
-                  c.projectSize);
+        EXPECT_EQ(p.fileUID(), c.fileUid);
+        EXPECT_EQ(size(p.item.DB_ClipName), c.nameSize);
+        EXPECT_EQ(size(p.item.DB_ProjectName), c.projectSize);
         EXPECT_EQ(p.materialUID(), c.materialUid);
+        EXPECT_TRUE(p.item.DB_isReferenced);
     }
-}
-
-TEST(ItemFromIndex, ALaterEntryOverwritesWhatItGotTo) {
-    Parsed whole(entry().chopped(1) + entry("second.wav", "Other", false, umid(50), umid(150)));
-    EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(whole.item.materialPackageUID), 32),
-              umid(150));
-    EXPECT_EQ(whole.item.DB_ClipName, "second.wav");
-    EXPECT_EQ(whole.item.DB_ProjectName, "Other");
-    EXPECT_EQ(whole.item.DB_CompressionString, "Audio");
-
-    // A broken second entry replaces the identifier it got to, nothing else.
-    Parsed broken(entry().chopped(1) + entry("", "Other", false, umid(50), umid(150)));
-    EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(broken.item.filePackageUID), 32), umid(50));
-    EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(broken.item.materialPackageUID), 32),
-              umid(101));
-    EXPECT_EQ(broken.item.DB_ClipName, "clip.mxf");
-}
-
-TEST(ItemFromIndex, RejectsAWrongUIDSizeOrNoBytes) {
-    for (quint32 size : {0u, 1u, 4u, 32u}) {
-        SCOPED_TRACE(size);
-        Parsed p(entry(), size);
-        EXPECT_EQ(p.item.DB_SizeofUID, 0u);
-        EXPECT_FALSE(p.item.DB_isReferenced);
-    }
+    // A wrong identifier size or no bytes: nothing is read.
+    for (quint32 uidSize : {0u, 1u, 4u, 32u})
+        EXPECT_FALSE(Parsed(entry(), uidSize).item.DB_isReferenced);
     TarnDatabaseItem item;
     item.setupWithPmrBytes(nullptr, 100, 8, false);
-    item.setupWithPmrBytes(entry().constData(), 0, 8, false);
+    item.setupWithPmrBytes(full.constData(), 0, 8, false);
     EXPECT_FALSE(item.DB_isReferenced);
 }
 

@@ -14,34 +14,6 @@ const TarnVocabulary& vocabulary() {
 
 }  // namespace
 
-TEST(Vocabulary, ResolutionTableSpellingsAndGaps) {
-    const auto& map = vocabulary().resolutionIDDictionary();
-    EXPECT_EQ(map.size(), 190u);
-    // A sample from every group of rows, spelling and spacing as shown; 0: a gap.
-    const std::pair<quint32, const char*> rows[] = {
-        {75, "10:1"},
-        {113, "3:1m"},
-        {143, "DV25P 411"},
-        {171, "1:1"},
-        {1244, "DNxHD-TR 960i SQ"},
-        {1274, "DNxHR LB"},
-        {2022, "1:1 10b (PAL)"},
-        {566, "J2K PALp/24"},
-        {3427, "XAVC Intra 100 23.976p"},
-        {3811, "Apple ProRes Proxy"},
-        {4051, "XDCAM HD 17.5Mbits 1080p/23.97"},
-        {81, nullptr},
-        {1257, nullptr},
-        {3806, nullptr},
-        {4090, nullptr},
-    };
-    for (const auto& [id, text] : rows) {
-        SCOPED_TRACE(id);
-        const auto it = map.find(id);
-        EXPECT_EQ(it == map.end() ? QString() : it->second, QString::fromUtf8(text));
-    }
-}
-
 // The bit rate needs an exact frame rate match; the sample rate column shows
 // the bit rate for DNx resolutions; unknown rates show their numerator.
 TEST(Vocabulary, RateColumns) {
