@@ -166,20 +166,14 @@ TEST_F(ScanNamesTest, NamesThatAreNotUtf8AreScannedAsTheyAreOnDisk) {
     clip.project = QStringLiteral("P");
     fixtures::writeFile(folder + "/msmMMOB.mdb", fixtures::writeMdb({clip}));
 
+    // The scan command tests check the listing, sizes and names; here the
+    // readers open the files.
     testsupport::LogCapture log;
     ASSERT_TRUE(scanFolder(root + "/MXF"));
-    ASSERT_EQ(core.getAllItemsCount(), 3);
-    for (const auto& item : core.ItemsUnsorted()) {
-        SCOPED_TRACE(TarnFileName::displayText(item->DB_itemPath).toStdString());
-        EXPECT_TRUE(item->DB_FileExists);
-        EXPECT_TRUE(item->DB_itemPath.startsWith(folder + '/'));
-        EXPECT_FALSE(item->DB_isPortableFilename);
-    }
     ASSERT_TRUE(itemNamed(listed) && itemNamed(unlisted) && itemNamed(track));
-    EXPECT_EQ(itemNamed(listed)->DB_filesize.value_or(0), 100u);
     EXPECT_EQ(itemNamed(listed)->DB_NameInBin, "From the MDB");
-    EXPECT_EQ(itemNamed(unlisted)->DB_filesize.value_or(0), 10u);
     EXPECT_EQ(itemNamed(track)->DB_NameInBin, "From the MXF");
+    EXPECT_TRUE(itemNamed(unlisted)->DB_FileExists);
     EXPECT_EQ(core.getItemsCount(), 3);
     EXPECT_FALSE(log.contains("can't open"));
 }
