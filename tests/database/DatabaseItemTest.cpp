@@ -1,18 +1,19 @@
-// Identity, the look-up on disk and the texts of an item.
+// An item: its entry of a media index file, identity, look-up on disk and
+// texts.
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "FixtureFiles.h"
+#include "PmrWriter.h"
 #include "TestSupport.h"
 #include "items/TarnDatabaseItem.h"
-#include "support/TarnFileName.h"
 
 namespace {
 
@@ -27,6 +28,29 @@ TarnItemPtr itemWithWords(quint32 a, quint32 b, quint8 outside = 0,
     item->DB_itemPath = path;
     return item;
 }
+
+// The bytes of one index entry; `unlabelled` 0 or 1 takes the SMPTE label off
+// the file or the material UMID. Offsets for "clip.mxf"/"Proj": file UID
+// 0..31, name count 32, name 34..41, project count 42, project 44..47,
+// material UID 48..79, trailer 80..83.
+QByteArray entry(const QString& name = "clip.mxf", const QString& project = "Proj",
+                 bool bigEndian = false, int unlabelled = -1) {
+    fixtures::PmrEntry e = fixtures::makePmrEntry(1, name, project);
+    if (unlabelled >= 0) (unlabelled == 0 ? e.fileUID : e.materialUID)[0] = 0x07;
+    return fixtures::pmrEntryBytes(e, 8, bigEndian);
+}
+
+struct Parsed {
+    TarnDatabaseItem item;
+    explicit Parsed(const QByteArray& bytes, quint32 uidSize = 8) {
+        item.setupWithPmrBytes(bytes.constData(), bytes.size(), uidSize, false);
+    }
+    static bool set(const quint8* p) {
+        return std::any_of(p, p + 32, [](quint8 b) { return b != 0; });
+    }
+    bool fileUID() const { return set(item.filePackageUID); }
+    bool materialUID() const { return set(item.materialPackageUID); }
+};
 
 }  // namespace
 
@@ -138,22 +162,6 @@ TEST(ItemPath, PortableNameBoundaries) {
         EXPECT_TRUE(portable(withCode(code))) << int(code.unicode());
 }
 
-TEST(ItemUnreferenced, FileFoundOnlyOnDisk) {
-    testsupport::TempDir dir;
-    ASSERT_TRUE(fixtures::writeFile(dir.filePath(QStringLiteral("tone.WAV")), QByteArray(10, 0)));
-    TarnDatabaseItem item;
-    item.setupWithUnrefFile(dir.path() + QStringLiteral("/"), QStringLiteral("tone.WAV"));
-    EXPECT_EQ(QDir::cleanPath(item.DB_itemPath), dir.filePath("tone.WAV"));
-    EXPECT_EQ(item.DB_ProjectName, "_00_TRN_UNMANAGED_FILES");
-    EXPECT_FALSE(item.DB_isReferenced);
-
-    // A project set beforehand is kept.
-    TarnDatabaseItem named;
-    named.DB_ProjectName = QStringLiteral("Mine");
-    named.setupWithUnrefFile(dir.path(), QStringLiteral("x.omf"));
-    EXPECT_EQ(named.DB_ProjectName, "Mine");
-}
-
 TEST(ItemText, ProjectFallbacksAndDescription) {
     TarnDatabaseItem item;
     EXPECT_EQ(item.get_DB_ProjectName(), "_00_TRN_NULL_PROJECT_NAME");
@@ -176,4 +184,79 @@ TEST(ItemText, ProjectFallbacksAndDescription) {
               "\n    File UID:{ 0102030405060708 }"
               "\nMaterial UID:{ 0000000000000000 }"
               "\n Compression:Audio");
+}
+
+// Fields are read up to a cut or to the first count out of bounds: a name of
+// 1..255 bytes, a project of 0..64. Each field needs at least one byte after it.
+TEST(ItemFromIndex, FieldsReadUpToTheCutOrTheFirstBadCount) {
+    const QByteArray full = entry();
+    struct Case {
+        const char* label;
+        QByteArray bytes;
+        bool fileUid;
+        int nameSize, projectSize;  // -1: none read
+        bool materialUid;
+    };
+    const Case cases[] = {
+        {"1 byte", full.left(1), false, -1, -1, false},
+        {"32 bytes", full.left(32), false, -1, -1, false},
+        {"33 bytes", full.left(33), true, -1, -1, false},
+        {"42 bytes", full.left(42), true, -1, -1, false},
+        {"43 bytes", full.left(43), true, 8, -1, false},
+        {"48 bytes", full.left(48), true, 8, -1, false},
+        {"49 bytes", full.left(49), true, 8, 4, false},
+        {"80 bytes", full.left(80), true, 8, 4, false},
+        {"81 bytes", full.left(81), true, 8, 4, true},
+        {"empty name", entry(""), true, -1, -1, false},
+        {"name of 256", entry(QString(256, 'n')), true, -1, -1, false},
+        {"name of 255", entry(QString(255, 'n')), true, 255, 4, true},
+        {"project of 65", entry("clip.mxf", QString(65, 'p')), true, 8, -1, false},
+        {"project of 64", entry("clip.mxf", QString(64, 'p')), true, 8, 64, true},
+        {"no project", entry("clip.mxf", ""), true, 8, -1, true},
+        // 0x0800 = 2048 read unswapped is above 255: the parse stops at the name.
+        {"swapped counts read without the flag", entry("clip.mxf", "Proj", true), true, -1, -1,
+         false},
+    };
+    auto size = [](const QString& text) { return text.isNull() ? -1 : int(text.size()); };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.label);
+        Parsed p(c.bytes);
+        EXPECT_EQ(p.fileUID(), c.fileUid);
+        EXPECT_EQ(size(p.item.DB_ClipName), c.nameSize);
+        EXPECT_EQ(size(p.item.DB_ProjectName), c.projectSize);
+        EXPECT_EQ(p.materialUID(), c.materialUid);
+        EXPECT_TRUE(p.item.DB_isReferenced);
+    }
+    // A wrong identifier size or no bytes: nothing is read.
+    for (quint32 uidSize : {0u, 1u, 4u, 32u})
+        EXPECT_FALSE(Parsed(entry(), uidSize).item.DB_isReferenced);
+    TarnDatabaseItem item;
+    item.setupWithPmrBytes(nullptr, 100, 8, false);
+    item.setupWithPmrBytes(full.constData(), 0, 8, false);
+    EXPECT_FALSE(item.DB_isReferenced);
+}
+
+TEST(ItemFromIndex, AudioExtensionsMarkTheCompression) {
+    for (const char* name : {"a.aif", "b.WAV", "c.Sd2", "d.lrc", "v.mxf"}) {
+        SCOPED_TRACE(name);
+        const bool audio = !QByteArray(name).endsWith(".mxf");
+        Parsed p(entry(name));
+        EXPECT_EQ(QByteArray(p.item.CompressionFourCC, 4),
+                  audio ? QByteArray("_AUD") : QByteArray(4, '\0'));
+        EXPECT_EQ(p.item.DB_CompressionString, audio ? "Audio" : QString());
+    }
+}
+
+TEST(ItemFromIndex, UMIDWithoutTheSMPTELabelIsLoggedOnce) {
+    for (int unlabelled : {0, 1, -1}) {
+        SCOPED_TRACE(unlabelled);
+        testsupport::LogCapture log;
+        Parsed p(entry("bad.mxf", "P", false, unlabelled));
+        EXPECT_EQ(p.item.DB_isGoodUUID, unlabelled < 0);
+        const QString line =
+            QStringLiteral("UMID: %1 :: File: bad.mxf \n").arg(p.item.getFileUIDString());
+        EXPECT_EQ(log.count(line), unlabelled < 0 ? 0 : 1) << log.text().toStdString();
+    }
+    EXPECT_EQ(Parsed(entry()).item.getFileUIDString(),
+              "{ 060a2b34-01010105-01010f20-13000000-01000000-00000000-060e2b34-7f7f2a80 }");
 }
