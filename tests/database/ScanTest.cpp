@@ -1,48 +1,85 @@
+// Scans of written volumes: what the walk finds (unusual names, links and
+// folders that cannot be read included), what the readers complete, what is
+// logged and what the view and the status line are told.
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QUrl>
 
 #include <atomic>
 #include <thread>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "AvbWriter.h"
 #include "DatabaseTestSupport.h"
+#include "FixtureFiles.h"
 #include "MdbWriter.h"
 #include "MxfWriter.h"
+#include "PmrWriter.h"
+#include "database/TarnScanner.h"
+#include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 
 using fixtures::makePmrEntry;
 
-// Scans of written volumes: what the walk finds, what the readers complete,
-// what is logged and what the view and the status line are told.
 namespace {
 
-using ScanTest = dbtest::ScanFixture;
-
-TEST_F(ScanTest, IndexedAndUnlistedFilesBecomeItems) {
-    const QString folder = root + "/Avid MediaFiles/MXF/1";
-    dbtest::writeMediaFolder(folder,
-                             {makePmrEntry(1, "A01.mxf", "Doc"), makePmrEntry(2, "A02.mxf", "Doc")},
-                             {"stray.mxf", "sub/inner.mxf"});
-
-    ASSERT_TRUE(scanFolder(root));
-    EXPECT_EQ(itemLines(), QStringList({"Avid MediaFiles/MXF/1/A01.mxf (100)",
-                                        "Avid MediaFiles/MXF/1/A02.mxf (100)",
-                                        "Avid MediaFiles/MXF/1/stray.mxf (10)"}));
-    auto listed = itemNamed("A01.mxf");
-    // Without a media database the file itself completes the item, which then
-    // counts as unreferenced.
-    EXPECT_FALSE(listed->DB_isReferenced);
-    EXPECT_EQ(listed->DB_ProjectName, "Doc");
-    EXPECT_EQ(listed->shortFileUID(), 1u);
-    EXPECT_EQ(itemNamed("stray.mxf")->DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
-    EXPECT_EQ(core.getItemsCount(), 3);  // the view is ready
+// Writes a media folder: its index listing `entries`, a file of 100 bytes for
+// each listed entry and the `unlisted` files of 10 bytes.
+void writeMediaFolder(const QString& folder, const QList<fixtures::PmrEntry>& entries,
+                      const QStringList& unlisted = {}) {
+    QDir().mkpath(folder);
+    fixtures::writeFile(folder + QStringLiteral("/msmFMID.pmr"), fixtures::writePmr(entries));
+    for (const auto& entry : entries)
+        fixtures::writeFile(folder + '/' + entry.name, QByteArray(100, 'm'));
+    for (const auto& name : unlisted) fixtures::writeFile(folder + '/' + name, QByteArray(10, 'u'));
 }
+
+// A volume in a temporary folder, a database and its scanner.
+class ScanTest : public ::testing::Test, public dbtest::DatabaseTest {
+  protected:
+    bool scan(TarnScanner::Kind kind, const QStringList& inputs) {
+        return scanner.run(kind, inputs);
+    }
+    bool scanFolder(const QString& folder) {
+        return scan(TarnScanner::Kind::SingleFolder, {folder});
+    }
+    TarnItemPtr itemNamed(const QString& name) const {
+        for (const auto& item : core.ItemsUnsorted())
+            if (item->DB_ClipName == name) return item;
+        return nullptr;
+    }
+    QStringList allNames() const {
+        QStringList names;
+        for (const auto& item : core.ItemsUnsorted()) names << item->DB_ClipName;
+        names.sort();
+        return names;
+    }
+    // Every item as "path below the root (size)", -1 for a missing file; sorted.
+    QStringList itemLines() const {
+        QStringList lines;
+        for (const auto& item : core.ItemsUnsorted())
+            lines << QStringLiteral("%1 (%2)")
+                         .arg(item->DB_itemPath.mid(root.size() + 1))
+                         .arg(item->DB_FileExists ? qint64(item->DB_filesize.value_or(0)) : -1);
+        lines.sort();
+        return lines;
+    }
+
+    testsupport::TempDir dir;
+    QString root = dir.path();
+    TarnCore core;
+    TarnScanner scanner{&core};
+};
 
 // An item is dropped only when identifier and path are both equal.
 TEST_F(ScanTest, ScanningAFolderTwiceKeepsEachItemOnceWithOneWarningPerDuplicate) {
-    dbtest::writeMediaFolder(
-        root + "/1", {makePmrEntry(1, "a.mxf", "P"), makePmrEntry(2, "b.mxf", "P")}, {"c.wav"});
-    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(1, "a.mxf", "P")});
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P"), makePmrEntry(2, "b.mxf", "P")},
+                     {"c.wav"});
+    writeMediaFolder(root + "/2", {makePmrEntry(1, "a.mxf", "P")});
     ASSERT_TRUE(scanFolder(root));
     ASSERT_EQ(core.getAllItemsCount(), 4);
 
@@ -72,7 +109,7 @@ TEST_F(ScanTest, AllVolumesScanWalksTheSixMediaRoots) {
                                "Elsewhere"};
     for (int i = 0; i < roots.size(); ++i) {
         const QString name = QStringLiteral("%1%2.mxf").arg(i < 6 ? "in" : "out").arg(i);
-        dbtest::writeMediaFolder(root + '/' + roots[i] + "/1", {makePmrEntry(i + 1, name, "P")});
+        writeMediaFolder(root + '/' + roots[i] + "/1", {makePmrEntry(i + 1, name, "P")});
     }
     core.AddItemsFromArray({dbtest::makeItem(4242, "stale.mxf")});
     testsupport::LogCapture log;
@@ -85,8 +122,8 @@ TEST_F(ScanTest, AllVolumesScanWalksTheSixMediaRoots) {
 }
 
 TEST_F(ScanTest, CreatingFoldersGetNoMDBLineButTheirIndexesAreRead) {
-    dbtest::writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
-    dbtest::writeMediaFolder(root + "/media/CREATING", {makePmrEntry(2, "new.mxf", "P")});
+    writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
+    writeMediaFolder(root + "/media/CREATING", {makePmrEntry(2, "new.mxf", "P")});
     fixtures::writeFile(root + "/media/2/msmMMOB.mdb", "not read here");
     setPreference(TarnPreferences::kScanMDB, 0);
 
@@ -99,11 +136,14 @@ TEST_F(ScanTest, CreatingFoldersGetNoMDBLineButTheirIndexesAreRead) {
     EXPECT_EQ(allNames(), QStringList({"a.mxf", "new.mxf"}));
 }
 
+// An index file scans its folder (not the folders below it) and adds to the
+// database.
 TEST_F(ScanTest, PickingOneIndexFileScansJustItsFolderAndAddsToWhatIsThere) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")}, {"u.mxf"});
-    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(2, "b.mxf", "P")});
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")}, {"u.mxf", "sub/inner.mxf"});
+    writeMediaFolder(root + "/2", {makePmrEntry(2, "b.mxf", "P")});
     ASSERT_TRUE(scanFolder(root + "/1/msmFMID.pmr"));
-    EXPECT_EQ(allNames(), QStringList({"a.mxf", "u.mxf"}));
+    EXPECT_EQ(itemLines(), QStringList({"1/a.mxf (100)", "1/u.mxf (10)"}));
+    EXPECT_EQ(itemNamed("a.mxf")->shortFileUID(), 1u);
     ASSERT_TRUE(scanFolder(root + "/2/msmFMID.pmr"));
     EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "u.mxf"}));
 }
@@ -112,9 +152,9 @@ TEST_F(ScanTest, DamagedOrUnreadableIndexesKeepWhatWasReadBeforeAndTheFiles) {
     auto damaged = makePmrEntry(2, "b.mxf", "P");
     damaged.nameLength = 0;
     const QString folder = root + "/1";
-    dbtest::writeMediaFolder(
-        folder, {makePmrEntry(1, "a.mxf", "P"), damaged, makePmrEntry(3, "c.mxf", "P")},
-        {"extra.mxf"});
+    writeMediaFolder(folder,
+                     {makePmrEntry(1, "a.mxf", "P"), damaged, makePmrEntry(3, "c.mxf", "P")},
+                     {"extra.mxf"});
     // An index too short to read adds nothing for its folder, not even the files.
     fixtures::writeFile(root + "/2/msmFMID.pmr", QByteArray(29, '\0'));
     fixtures::writeFile(root + "/2/z.mxf", "z");
@@ -132,7 +172,7 @@ TEST_F(ScanTest, DamagedOrUnreadableIndexesKeepWhatWasReadBeforeAndTheFiles) {
 }
 
 TEST_F(ScanTest, TheRunningMarkIsClearedAsSoonAsTheDatabaseIsReady) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
     auto* status = TarnStatusViewController::getTheController();
     // What the view is told, and whether a scan was still running then.
     QStringList told;
@@ -156,8 +196,10 @@ TEST_F(ScanTest, TheRunningMarkIsClearedAsSoonAsTheDatabaseIsReady) {
     EXPECT_EQ(status->wheelsleft(), TarnStatusViewController::TarnMAXWheels);
 }
 
-TEST_F(ScanTest, StartingAScanWhileOneRunsDoesNothing) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
+// While a scan runs another is refused; in the background the end is
+// signalled, and a handler of that signal may start the next scan.
+TEST_F(ScanTest, AScanStartsOnlyWhenNoneRuns) {
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
     auto* status = TarnStatusViewController::getTheController();
     status->setIsRunning(true);
     EXPECT_FALSE(scanFolder(root));
@@ -165,7 +207,6 @@ TEST_F(ScanTest, StartingAScanWhileOneRunsDoesNothing) {
     EXPECT_EQ(core.getAllItemsCount(), 0);
     status->setIsRunning(false);
 
-    // In the background: the end is signalled, and a second start meanwhile is refused.
     std::atomic<int> finished{0};
     QObject::connect(&scanner, &TarnScanner::scanFinished, [&](double) { ++finished; });
     ASSERT_TRUE(scanner.start(TarnScanner::Kind::SingleFolder, {root}));
@@ -174,13 +215,10 @@ TEST_F(ScanTest, StartingAScanWhileOneRunsDoesNothing) {
     EXPECT_EQ(finished.load(), second ? 2 : 1);
     EXPECT_EQ(core.getAllItemsCount(), 1);
     EXPECT_FALSE(status->isRunning());
-}
 
-TEST_F(ScanTest, AFinishedScanMayStartTheNextFromItsSignal) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
-    std::atomic<int> finished{0};
+    finished = 0;
     QObject::connect(&scanner, &TarnScanner::scanFinished, [&](double) {
-        if (++finished == 1) scanner.start(TarnScanner::Kind::SingleFolder, {root});
+        if (finished == 1) scanner.start(TarnScanner::Kind::SingleFolder, {root});
     });
     ASSERT_TRUE(scanner.start(TarnScanner::Kind::SingleFolder, {root}));
     while (finished.load() < 2) std::this_thread::yield();
@@ -192,7 +230,7 @@ TEST_F(ScanTest, AFinishedScanMayStartTheNextFromItsSignal) {
 // the MXF reader unlisted files, each only while its preference is on.
 TEST_F(ScanTest, ReadersCompleteTheItemsWhileTheirPreferencesAreOn) {
     const QString folder = root + "/1";
-    dbtest::writeMediaFolder(folder, {makePmrEntry(10, "V01.mxf", "Feature")});
+    writeMediaFolder(folder, {makePmrEntry(10, "V01.mxf", "Feature")});
     fixtures::MdbClip clip;
     clip.fileShortUID = 10;
     clip.materialShortUID = 11;
@@ -221,15 +259,14 @@ TEST_F(ScanTest, ReadersCompleteTheItemsWhileTheirPreferencesAreOn) {
 }
 
 // Bins name media by short identifier: every item with that identifier
-// matches, wherever it is.
+// matches, wherever it is. (The scan command tests run the usual sequences.)
 TEST_F(ScanTest, BinsIntersectSubtractAndAddTheirMedia) {
     QList<fixtures::PmrEntry> entries;
     for (quint64 uid : {1, 2, 3, 4})
         entries << makePmrEntry(uid * 10, QStringLiteral("m%1.mxf").arg(uid), "P");
-    dbtest::writeMediaFolder(root + "/1", entries);
-    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(20, "m2-copy.mxf", "P")});
+    writeMediaFolder(root + "/1", entries);
+    writeMediaFolder(root + "/2", {makePmrEntry(20, "m2-copy.mxf", "P")});
     ASSERT_TRUE(scanFolder(root));
-    ASSERT_EQ(core.getItemsCount(), 5);
 
     auto bin = [&](const QString& name, const QList<quint64>& uids) {
         fixtures::writeFile(root + "/bins/" + name, fixtures::writeBin(uids));
@@ -256,6 +293,111 @@ TEST_F(ScanTest, BinsIntersectSubtractAndAddTheirMedia) {
     // AMA links are only looked for; the view stays as it is.
     EXPECT_TRUE(core.parseAMAfromAVBs({both}).isEmpty());
     EXPECT_EQ(core.getItemsCount(), 0);
+}
+
+// Listed names (100 bytes each) and, beside them, the files their
+// percent-decoded forms would name (10 bytes each), which the index does not
+// list: each is an item of its own.
+TEST_F(ScanTest, NamesWithPercentSignsAreEachAccountedForOnce) {
+    QList<fixtures::PmrEntry> entries;
+    for (const char* name : {"Mix 100%.wav", "a%41b.wav", "Clip%20One.wav", "two%%.wav", "end%"})
+        entries << makePmrEntry(entries.size() + 1, name, "P");
+    writeMediaFolder(root + "/1", entries, {"aAb.wav", "Clip One.wav"});
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_EQ(itemLines(), QStringList({"1/Clip One.wav (10)", "1/Clip%20One.wav (100)",
+                                        "1/Mix 100%.wav (100)", "1/a%41b.wav (100)",
+                                        "1/aAb.wav (10)", "1/end% (100)", "1/two%%.wav (100)"}));
+}
+
+// Links to a sibling folder, up the tree (a cycle), to the folder itself and
+// to the root of the system are not followed; a link to a file is a file.
+TEST_F(ScanTest, LinksToFoldersAreNotFollowedAndLinksToFilesAreFiles) {
+    writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
+    fixtures::writeFile(root + "/elsewhere/real.wav", QByteArray(77, 'w'));
+    const QPair<const char*, const char*> links[] = {{"1", "media/2"},
+                                                     {"..", "media/1/up"},
+                                                     {"../../media", "media/1/loop"},
+                                                     {".", "media/1/here"},
+                                                     {".", "media/1/again"},
+                                                     {"/", "media/1/everything"},
+                                                     {"../../elsewhere/real.wav", "media/1/b.wav"}};
+    for (const auto& [target, at] : links) {
+        ASSERT_EQ(::symlink(target, TarnFileName::encode(root + '/' + at).constData()), 0) << at;
+    }
+    ASSERT_TRUE(scanFolder(root + "/media"));
+    EXPECT_EQ(itemLines(), QStringList({"media/1/a.mxf (100)", "media/1/b.wav (77)"}));
+}
+
+// A chain of folders whose full path is longer than the system takes.
+class DeepFolders {
+  public:
+    explicit DeepFolders(const QString& top) : top_(TarnFileName::encode(top)) {
+        QDir().mkpath(top);
+        int fd = ::open(top_.constData(), O_RDONLY | O_DIRECTORY);
+        for (int i = 0; i < kDepth && fd >= 0; ++i) {
+            ::mkdirat(fd, name().constData(), 0755);
+            const int next = ::openat(fd, name().constData(), O_RDONLY | O_DIRECTORY);
+            ::close(fd);
+            fd = next;
+        }
+        if (fd >= 0) ::close(fd);
+    }
+    ~DeepFolders() { remove(::open(top_.constData(), O_RDONLY | O_DIRECTORY), 0); }
+
+  private:
+    static constexpr int kDepth = 24;
+    static QByteArray name() { return QByteArray(200, 'd'); }
+    // Removed from the bottom up, each relative to its parent.
+    static void remove(int fd, int depth) {
+        if (fd < 0) return;
+        if (depth < kDepth)
+            remove(::openat(fd, name().constData(), O_RDONLY | O_DIRECTORY), depth + 1);
+        ::unlinkat(fd, name().constData(), AT_REMOVEDIR);
+        ::close(fd);
+    }
+    QByteArray top_;
+};
+
+// Before the media in the walk: a folder without permission to read (root
+// reads every folder) and a path longer than the system takes.
+TEST_F(ScanTest, FoldersThatCannotBeReadAreLoggedAndTheWalkGoesOn) {
+    const QByteArray locked = TarnFileName::encode(root + "/media/0");
+    QDir().mkpath(root + "/media/0");
+    ::chmod(locked.constData(), 0);
+    const DeepFolders deep(root + "/media/00");
+    writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
+    testsupport::LogCapture log;
+    const bool scanned = scanFolder(root + "/media");
+    ::chmod(locked.constData(), 0755);
+    ASSERT_TRUE(scanned);
+    EXPECT_GE(log.count("An error occurred: "), ::geteuid() == 0 ? 1 : 2);
+    EXPECT_EQ(itemLines(), QStringList({"media/1/a.mxf (100)"}));
+}
+
+TEST_F(ScanTest, NamesThatAreNotUtf8AreScannedAsTheyAreOnDisk) {
+    const QString folder = root + "/MXF/" + TarnFileName::decode("\xFF\xFE_folder");
+    const QString listed = TarnFileName::decode("caf\xE9.mxf");
+    const QString unlisted = TarnFileName::decode("\xE9t\xE9.wav");
+    const QString track = TarnFileName::decode("piste \xE9.mxf");
+    writeMediaFolder(folder, {makePmrEntry(1, listed, "P")}, {unlisted});
+    fixtures::writeFile(folder + "/" + track,
+                        fixtures::writeMxf({QStringLiteral("From the MXF"), QStringLiteral("P"),
+                                            fixtures::umidFor(7), fixtures::umidFor(8)}));
+    fixtures::MdbClip clip;
+    clip.fileShortUID = 1;
+    clip.materialShortUID = 2;
+    clip.clipName = QStringLiteral("From the MDB");
+    fixtures::writeFile(folder + "/msmMMOB.mdb", fixtures::writeMdb({clip}));
+
+    // The scan command tests check the listing, sizes and names; here the
+    // readers open the files.
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(root + "/MXF"));
+    ASSERT_TRUE(itemNamed(listed) && itemNamed(unlisted) && itemNamed(track));
+    EXPECT_EQ(itemNamed(listed)->DB_NameInBin, "From the MDB");
+    EXPECT_EQ(itemNamed(track)->DB_NameInBin, "From the MXF");
+    EXPECT_TRUE(itemNamed(unlisted)->DB_FileExists);
+    EXPECT_FALSE(log.contains("can't open"));
 }
 
 }  // namespace
