@@ -3,7 +3,6 @@
 #include <cstring>
 #include <memory>
 
-#include "database/TarnItemComparator.h"
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
 #include "report/TarnItemRows.h"
@@ -31,19 +30,6 @@ QString shown(const QString& text) {
 }
 
 }  // namespace
-
-// The table's preferences store identifiers and its header sorts by sort key:
-// each leads back to its column, and the comparator knows every sort key.
-TEST(Columns, IdentifiersAndSortKeysLeadBackToTheirColumn) {
-    for (TarnColumn c : TarnColumns::all()) {
-        EXPECT_EQ(TarnColumns::fromIdentifier(TarnColumns::identifier(c)), c);
-        const QString key = TarnColumns::sortKey(c);
-        if (key.isNull()) continue;
-        EXPECT_EQ(TarnColumns::fromSortKey(key), c);
-        EXPECT_TRUE(TarnItemComparator(key, true, false).isKnownKey()) << key.toStdString();
-    }
-    EXPECT_FALSE(TarnColumns::fromIdentifier(QStringLiteral("CheckCellID")));
-}
 
 TEST(Columns, CellTexts) {
     const TarnItemPtr video = videoItem();
