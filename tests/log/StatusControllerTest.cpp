@@ -1,7 +1,6 @@
 // The status strip's model: busy flag, status text and the pool of wheels.
 #include <gtest/gtest.h>
 
-#include <set>
 #include <thread>
 #include <vector>
 
