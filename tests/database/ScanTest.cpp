@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QProcess>
 #include <QUrl>
 
 #include <atomic>
@@ -97,16 +98,12 @@ TEST_F(ScanTest, ScanningAFolderTwiceKeepsEachItemOnceWithOneWarningPerDuplicate
 // elsewhere are not; a stale database goes first. Only the status line gets
 // the time.
 TEST_F(ScanTest, AllVolumesScanWalksTheSixMediaRoots) {
-    const QStringList roots = {"Avid MediaFiles/MXF",
-                               "MXF/MXF",
-                               "Avid MediaFiles/UME",
-                               "Users/Shared/AvidMediaComposer/MXF/MXF",
-                               "Users/Shared/AvidMediaComposer/Avid MediaFiles/MXF",
-                               "OMFI MediaFiles",
-                               "Users/Shared/AvidMediaComposer/Avid MediaFiles/UME",
-                               "Users/Shared/AvidMediaComposer/MXF/UME",
-                               "MXF/UME",
-                               "Elsewhere"};
+    const QString shared = "Users/Shared/AvidMediaComposer/";
+    const QStringList roots = {
+        "Avid MediaFiles/MXF", "MXF/MXF", "Avid MediaFiles/UME", shared + "MXF/MXF",
+        shared + "Avid MediaFiles/MXF", "OMFI MediaFiles",
+        // not walked:
+        shared + "Avid MediaFiles/UME", shared + "MXF/UME", "MXF/UME", "Elsewhere"};
     for (int i = 0; i < roots.size(); ++i) {
         const QString name = QStringLiteral("%1%2.mxf").arg(i < 6 ? "in" : "out").arg(i);
         writeMediaFolder(root + '/' + roots[i] + "/1", {makePmrEntry(i + 1, name, "P")});
@@ -328,34 +325,23 @@ TEST_F(ScanTest, LinksToFoldersAreNotFollowedAndLinksToFilesAreFiles) {
     EXPECT_EQ(itemLines(), QStringList({"media/1/a.mxf (100)", "media/1/b.wav (77)"}));
 }
 
-// A chain of folders whose full path is longer than the system takes.
-class DeepFolders {
-  public:
-    explicit DeepFolders(const QString& top) : top_(TarnFileName::encode(top)) {
+// A chain of folders whose full path is longer than the system takes. `rm`
+// removes it: the temporary folder's own removal goes by full paths.
+struct DeepFolders {
+    explicit DeepFolders(const QString& path) : top(path) {
         QDir().mkpath(top);
-        int fd = ::open(top_.constData(), O_RDONLY | O_DIRECTORY);
-        for (int i = 0; i < kDepth && fd >= 0; ++i) {
-            ::mkdirat(fd, name().constData(), 0755);
-            const int next = ::openat(fd, name().constData(), O_RDONLY | O_DIRECTORY);
+        const QByteArray name(200, 'd');
+        int fd = ::open(TarnFileName::encode(top).constData(), O_RDONLY | O_DIRECTORY);
+        for (int depth = 0; depth < 24 && fd >= 0; ++depth) {
+            ::mkdirat(fd, name.constData(), 0755);
+            const int next = ::openat(fd, name.constData(), O_RDONLY | O_DIRECTORY);
             ::close(fd);
             fd = next;
         }
         if (fd >= 0) ::close(fd);
     }
-    ~DeepFolders() { remove(::open(top_.constData(), O_RDONLY | O_DIRECTORY), 0); }
-
-  private:
-    static constexpr int kDepth = 24;
-    static QByteArray name() { return QByteArray(200, 'd'); }
-    // Removed from the bottom up, each relative to its parent.
-    static void remove(int fd, int depth) {
-        if (fd < 0) return;
-        if (depth < kDepth)
-            remove(::openat(fd, name().constData(), O_RDONLY | O_DIRECTORY), depth + 1);
-        ::unlinkat(fd, name().constData(), AT_REMOVEDIR);
-        ::close(fd);
-    }
-    QByteArray top_;
+    ~DeepFolders() { QProcess::execute(QStringLiteral("rm"), {QStringLiteral("-rf"), top}); }
+    QString top;
 };
 
 // Before the media in the walk: a folder without permission to read (root

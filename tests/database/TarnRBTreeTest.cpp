@@ -107,8 +107,8 @@ TEST_P(TarnRBTreeModel, AgreesWithAMapAndStaysBalanced) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, TarnRBTreeModel, ::testing::Range(-1, 6));
 
-// Without its rules a tree takes nothing; emptied, it answers nothing and
-// releases its data.
+// Without its rules a tree takes nothing; emptied, it answers nothing,
+// releases its data and takes new entries.
 TEST(TarnRBTree, DeleteReleasesDataAndTheTreeCanBeRefilled) {
     using Ptr = std::shared_ptr<int>;
     auto held = std::make_shared<int>(5), other = std::make_shared<int>(6);
@@ -119,19 +119,15 @@ TEST(TarnRBTree, DeleteReleasesDataAndTheTreeCanBeRefilled) {
         tree.setLTBlock([](const Ptr& a, const Ptr& b) { return *a < *b; });
         std::vector<TarnRBTree<Ptr>::TarnTreeNode*> list;
         tree.setNonEQNodeArray(&list);
-        for (int i = 0; i < 3; ++i) tree.TreeInsertNode(held);
-        tree.TreeInsertNode(other);
+        for (const Ptr& p : {held, held, held, other}) tree.TreeInsertNode(p);
         EXPECT_EQ(held.use_count(), 4);
         tree.TreeDelete();
         EXPECT_EQ(held.use_count() + other.use_count(), 2);
         EXPECT_TRUE(list.empty());
-        EXPECT_EQ(tree.TreeGetMin(), nullptr);
-        EXPECT_EQ(tree.TreefindNode(held), nullptr);
-        EXPECT_EQ(tree.Tree_v2_GetMinNonEqual(), nullptr);
+        EXPECT_TRUE(!tree.TreeGetMin() && !tree.TreefindNode(held) &&
+                    !tree.Tree_v2_GetMinNonEqual());
         EXPECT_FALSE(tree.Tree_v2_GetNonEqDataArray().has_value());
-
-        tree.TreeInsertNode(other);
-        tree.TreeInsertNode(held);
+        for (const Ptr& p : {other, held}) tree.TreeInsertNode(p);
         EXPECT_EQ(**tree.TreeGetMin(), 5);
         EXPECT_EQ(list.size(), 2u);
     }
@@ -162,39 +158,35 @@ std::vector<quint32> walk(TarnRBTree_u32t_u32t& tree) {
 // The object numbers of a container arrive in non-decreasing order. Runs of
 // equal keys keep their first and their last entry: each new equal key
 // replaces the middle link of the key's tree node.
-TEST(TarnRBTree32, OrderedInputAgreesWithAMultimap) {
+TEST(TarnRBTree32, OrderedInputAgreesWithAMap) {
     std::mt19937 rng(11);
     TarnRBTree_u32t_u32t tree;
-    std::multimap<quint32, quint32> model;
+    std::map<quint32, std::pair<quint32, quint32>> firstAndLast;  // key -> values
     TarnTreeNode32t* first = nullptr;
     quint32 key = 0;
-    const int count = 50000;
-    for (int i = 0; i < count; ++i) {
+    const quint32 count = 50000;
+    for (quint32 i = 0; i < count; ++i) {
         key += (rng() % 4 == 0) ? 0 : 1 + rng() % 5;  // a quarter repeat the previous key
-        TarnTreeNode32t* n = tree.TreeInsert(key, quint32(i));
+        TarnTreeNode32t* n = tree.TreeInsert(key, i);
         ASSERT_NE(n, nullptr);
         if (!first) first = n;
-        model.emplace(key, quint32(i));
+        firstAndLast.try_emplace(key, i, i).first->second.second = i;
     }
     EXPECT_EQ(tree.TreeNodeCount(), quint64(count));
     EXPECT_EQ(tree.TreeEqualNodeCount(), 0u);  // never met a greater key
+    expectBalanced(first, firstAndLast.size());
 
-    std::vector<quint32> expectedWalk;
-    size_t keys = 0;
-    for (auto it = model.begin(); it != model.end(); it = model.upper_bound(it->first), ++keys) {
-        const quint32 k = it->first, firstValue = it->second;
-        const quint32 lastValue = std::prev(model.upper_bound(k))->second;
-        expectedWalk.push_back(lastValue);
-        EXPECT_EQ(tree.TreefindNode(k), lastValue);
-        if (lastValue != firstValue) {
-            expectedWalk.push_back(firstValue);
-            EXPECT_EQ(tree.TreefindNextEQ(), firstValue);
-        }
-        EXPECT_EQ(tree.TreefindNextEQ(), kNone);
-        EXPECT_EQ(tree.TreefindNode(k + 1) == kNone, model.count(k + 1) == 0);
+    // Lookups and the walk: each key's last value, then its first.
+    std::vector<quint32> expected, found;
+    for (const auto& [k, values] : firstAndLast) {
+        expected.push_back(values.second);
+        if (values.first != values.second) expected.push_back(values.first);
+        for (quint32 v = tree.TreefindNode(k); v != kNone; v = tree.TreefindNextEQ())
+            found.push_back(v);
+        EXPECT_EQ(tree.TreefindNode(k + 1) == kNone, firstAndLast.count(k + 1) == 0);
     }
-    EXPECT_EQ(walk(tree), expectedWalk);
-    expectBalanced(first, keys);
+    EXPECT_EQ(found, expected);
+    EXPECT_EQ(walk(tree), expected);
 }
 
 // A damaged container can list object numbers out of order: the tree may then
