@@ -201,28 +201,18 @@ TEST_F(CoreViewTest, ItemsWithoutADateAreLastInBothDirections) {
     EXPECT_EQ(sortedNames(core), QStringList({"late", "early", "undated"}));
 }
 
+// Later descriptors break ties, but four or more apply only the first; an
+// unknown key keeps the order it was given.
 TEST_F(CoreViewTest, FirstDescriptorDecidesButFourOrMoreApplyOnlyTheFirst) {
-    auto a = makeItem(1, "a", "P", 1);
-    auto b = makeItem(2, "b", "P", 3);
-    auto c = makeItem(3, "c", "P", 2);
-    auto d = makeItem(4, "d", "Q", 9);
-    a->DB_bits = b->DB_bits = c->DB_bits = 16;
-    load({d, c, b, a});
-    ASSERT_EQ(sortedNames(core), QStringList({"a", "b", "c", "d"}));
-
+    load({makeItem(4, "d", "Q", 9), makeItem(3, "c", "P", 2), makeItem(2, "b", "P", 3),
+          makeItem(1, "a", "P", 1)});
     const QList<TarnSortDescriptor> three = {
-        {"project", false}, {"bits", true}, {"filesize", false}};
+        {"project", false}, {"filesize", false}, {"bits", true}};
     core.sortUsingDescriptors(three);
     EXPECT_EQ(sortedNames(core), QStringList({"d", "b", "c", "a"}));
-
     core.SortDefault();
-    QList<TarnSortDescriptor> four = three;
-    four.append({"filename", false});
-    core.sortUsingDescriptors(four);
-    // Only the project applies: within "P" the default order stays.
+    core.sortUsingDescriptors(three + QList<TarnSortDescriptor>{{"filename", false}});
     EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c"}));
-
-    // An unknown key keeps the order it was given.
     core.sortUsingDescriptors({{"nonsense", true}});
     EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c"}));
 }

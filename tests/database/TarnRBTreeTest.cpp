@@ -26,11 +26,6 @@ using Node = Tree::TarnTreeNode;
 using Pairs = std::vector<std::pair<int, int>>;
 constexpr quint32 kNone = 4294967295u;
 
-void byKey(Tree& tree) {
-    tree.setEQBlock([](const Entry& a, const Entry& b) { return a.key == b.key; });
-    tree.setLTBlock([](const Entry& a, const Entry& b) { return a.key < b.key; });
-}
-
 template <typename N>
 int height(const N* n, const N* nil) {
     return n == nil ? 0 : 1 + std::max(height(n->NodeLeft, nil), height(n->NodeRight, nil));
@@ -56,7 +51,8 @@ TEST_P(TarnRBTreeModel, AgreesWithAMapAndStaysBalanced) {
     const int maxKey = seed < 0 ? count - 1 : count / 3;
 
     Tree tree;
-    byKey(tree);
+    tree.setEQBlock([](const Entry& a, const Entry& b) { return a.key == b.key; });
+    tree.setLTBlock([](const Entry& a, const Entry& b) { return a.key < b.key; });
     std::vector<Node*> newNodes;
     tree.setNonEQNodeArray(&newNodes);
     std::map<int, std::vector<int>> model;  // key -> serials, latest first

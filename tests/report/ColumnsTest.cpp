@@ -17,8 +17,6 @@ TarnItemPtr videoItem() {
     std::memcpy(item->filePackageUID + 16, "\x01\x02\x03\x04\x10\x20\x30\x40", 8);
     item->DB_FileExists = true;
     item->DB_filesize = 1500000;
-    item->DB_DIDResolutionID = 1235;
-    item->setFrameRateNumerator(2997, 100);
     item->DB_bits = 10;
     item->DB_usageCode = 15;
     return item;
@@ -45,12 +43,9 @@ TEST(Columns, CellTexts) {
     } cases[] = {
         {TarnColumn::FilePackageUID, *video, "{ 0102030410203040 }"},
         {TarnColumn::Exists, *video, "Yes"},
-        {TarnColumn::Framerate, *video, "29.97fps"},
-        {TarnColumn::Samplerate, *video, "220x"},
         {TarnColumn::Bits, *video, "10 bit"},
         {TarnColumn::Kind, *video, "IMPORTED"},
         {TarnColumn::Size, *video, "1.50 MB"},
-        {TarnColumn::Hash, *video, "44332211"},
         {TarnColumn::Icon, *video, nullptr},
         {TarnColumn::SourceTapeID, *video, nullptr},
         {TarnColumn::Exists, gone, "NO"},
