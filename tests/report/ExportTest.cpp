@@ -69,8 +69,3 @@ TEST(Export, CsvFieldsAndRowShapes) {
     const QString html = TarnExport::genHtml(cases[2].table);
     EXPECT_TRUE(html.contains(QLatin1String("<th>A</th><th>B</th></tr></thead><tbody></tbody>")));
 }
-
-TEST(Export, JsonCarriesTheTitle) {
-    EXPECT_TRUE(
-        TarnExport::genJson(sampleTable()).contains(QLatin1String("\"title\": \"Tarn <media>\"")));
-}
