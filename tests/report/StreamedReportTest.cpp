@@ -123,12 +123,8 @@ TarnItemPtr awkwardItem(int i) {
         item->filePackageUID[b] = quint8(i * 31 + b);
         item->materialPackageUID[b] = quint8(i * 17 + b * 3);
     }
-    const char codes[][4] = {{0, 0, 0, 0},
-                             {'A', 'V', 'd', 'n'},
-                             {'_', 'A', 'U', 'D'},
-                             {'A', 'V', 0, 0},
-                             {'\xe9', '"', '\\', '\x01'}};
-    std::memcpy(item->CompressionFourCC, codes[i % 5], 4);
+    // No code, a picture code, the audio code, a short code and odd bytes.
+    std::memcpy(item->CompressionFourCC, &"\0\0\0\0AVdn_AUDAV\0\0\xe9\"\\\x01"[4 * (i % 5)], 4);
     if (i % 5) item->DB_filesize = quint64(i) * 1000003u * (i % 7 == 0 ? 1000000000u : 1u);
     item->DB_FileExists = i % 6 != 0;
     item->DB_isAMA = i % 11 == 0;
