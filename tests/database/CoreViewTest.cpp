@@ -32,14 +32,6 @@ class CoreViewTest : public ::testing::Test, public dbtest::DatabaseTest {
     TarnCore core;
 };
 
-TEST_F(CoreViewTest, DefaultOrderIsProjectThenFileNameCaseSensitive) {
-    load({makeItem(1, "b.mxf", "beta"), makeItem(2, "a.mxf", "beta"), makeItem(3, "z.mxf", "Alpha"),
-          makeItem(4, "c.mxf")});
-    // "Alpha" < "_00_TRN_NULL_PROJECT_NAME" < "beta" by character codes.
-    EXPECT_EQ(sortedNames(core), QStringList({"z.mxf", "c.mxf", "a.mxf", "b.mxf"}));
-    EXPECT_EQ(shownNames(core), sortedNames(core));
-}
-
 TEST_F(CoreViewTest, UncheckedProjectsHideTheirItemsAndEmptyProjectsStayListed) {
     load({makeItem(1, "a1.mxf", "a", 5), makeItem(2, "a2.mxf", "a", 7),
           makeItem(3, "b1.mxf", "B", 11)});
@@ -189,32 +181,34 @@ TEST_F(CoreViewTest, EachSortKeyOrdersBothWaysWithInvalidRowsAtTheRightEnd) {
     }
 }
 
-TEST_F(CoreViewTest, ItemsWithoutADateAreLastInBothDirections) {
-    auto early = makeItem(1, "early", "P");
-    early->DB_setDate(QDateTime::fromSecsSinceEpoch(1000));
-    auto late = makeItem(2, "late", "P");
-    late->DB_setDate(QDateTime::fromSecsSinceEpoch(2000));
-    load({makeItem(3, "undated", "P"), late, early});
-    core.sortUsingDescriptors({{"filedate", true}});
-    EXPECT_EQ(sortedNames(core), QStringList({"early", "late", "undated"}));
-    core.sortUsingDescriptors({{"filedate", false}});
-    EXPECT_EQ(sortedNames(core), QStringList({"late", "early", "undated"}));
-}
-
-// Later descriptors break ties, but four or more apply only the first; an
-// unknown key keeps the order it was given.
-TEST_F(CoreViewTest, FirstDescriptorDecidesButFourOrMoreApplyOnlyTheFirst) {
-    load({makeItem(4, "d", "Q", 9), makeItem(3, "c", "P", 2), makeItem(2, "b", "P", 3),
+// The default order is project then file name by character codes ("Q" <
+// "_00_TRN_NULL_PROJECT_NAME" < "b"); descriptors ignore case. Later
+// descriptors break ties, but four or more apply only the first; an unknown
+// key keeps the order it was given. Items without a date are last in both
+// directions.
+TEST_F(CoreViewTest, SortDescriptors) {
+    auto d = makeItem(4, "d", "Q", 9), e = makeItem(5, "e");
+    d->DB_setDate(QDateTime::fromSecsSinceEpoch(2000));
+    e->DB_setDate(QDateTime::fromSecsSinceEpoch(1000));
+    load({d, e, makeItem(6, "f", "b"), makeItem(3, "c", "P", 2), makeItem(2, "b", "P", 3),
           makeItem(1, "a", "P", 1)});
+    EXPECT_EQ(sortedNames(core), QStringList({"a", "b", "c", "d", "e", "f"}));
+    EXPECT_EQ(shownNames(core), sortedNames(core));
     const QList<TarnSortDescriptor> three = {
         {"project", false}, {"filesize", false}, {"bits", true}};
     core.sortUsingDescriptors(three);
-    EXPECT_EQ(sortedNames(core), QStringList({"d", "b", "c", "a"}));
+    EXPECT_EQ(sortedNames(core), QStringList({"d", "b", "c", "a", "f", "e"}));
     core.SortDefault();
     core.sortUsingDescriptors(three + QList<TarnSortDescriptor>{{"filename", false}});
-    EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c"}));
+    EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c", "f", "e"}));
     core.sortUsingDescriptors({{"nonsense", true}});
-    EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c"}));
+    EXPECT_EQ(sortedNames(core), QStringList({"d", "a", "b", "c", "f", "e"}));
+
+    for (bool ascending : {true, false}) {
+        core.sortUsingDescriptors({{"filedate", ascending}});
+        EXPECT_EQ(sortedNames(core).first(2),
+                  ascending ? QStringList({"e", "d"}) : QStringList({"d", "e"}));
+    }
 }
 
 TEST_F(CoreViewTest, IntersectKeepsFilteredAndMissingItemsOutUnlessAsked) {

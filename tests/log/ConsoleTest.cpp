@@ -1,5 +1,5 @@
-// The log: the forms of its lines, byte dumps, logging from several threads
-// and delivery to the subscribed sinks.
+// The log: the forms of its lines, logging from several threads and delivery
+// to the subscribed sinks.
 #include <gtest/gtest.h>
 
 #include <QProcess>
@@ -159,39 +159,4 @@ TEST(ConsoleFormat, MacroNamesTheCallingFunctionAndFile) {
               QStringLiteral("(ConsoleFormat_MacroNamesTheCallingFunctionAndFile_Test::TestBody) "
                              "(ConsoleTest.cpp:%1) :: hello\n")
                   .arg(line, 8, 10, QLatin1Char('0')));
-}
-
-TEST(ConsoleFormat, PlainPrintAppendsAsItStands) {
-    testsupport::LogCapture log;
-    xConsole::xPrint(QStringLiteral("no line feed"));
-    xConsole::xPrint(QStringLiteral(" red\n"), QStringLiteral("red"));
-    xConsole::xPrint(QString());
-    EXPECT_EQ(log.text(), "no line feed red\n");
-}
-
-// Hex with a bar after every fourth byte, then the bytes as Latin-1 text with
-// control characters and the no-break space shown as dots; by 32 bytes a
-// line, the text column aligned on a short last line, no final line feed.
-TEST(ConsoleDump, HexAndText) {
-    const unsigned char bytes[] = {0x41, 0x00, 0x0A, 0x20, 0x7E, 0x7F,
-                                   0xE9, 0xA0, 0xA9, 0x09, 0x2C};
-    const xConsole* console = xConsole::sharedInstance();
-    EXPECT_EQ(xConsole::hexlifyRawBytes(bytes, 9), "41 00 0a 20 | 7e 7f e9 a0 | a9");
-    EXPECT_EQ(console->hexlifyRawBytes(bytes, 4, xConsole::kUntrimmed), "41 00 0a 20 | ");
-    EXPECT_EQ(console->RawBytesToString(bytes, sizeof bytes),
-              QString::fromUtf8("A.. ~.\u00e9.\u00a9.,"));
-    EXPECT_EQ(console->hexlifyAndShowRawBytes(bytes, 5), "41 00 0a 20 | 7e A.. ~");
-    EXPECT_TRUE(xConsole::hexlifyRawBytes(nullptr, 5).isEmpty());
-    EXPECT_TRUE(console->RawBytesToString(bytes, 0).isEmpty());
-
-    QByteArray letters;
-    for (int i = 0; i < 70; ++i) letters.append(char('A' + i % 26));
-    const QStringList lines =
-        console->hexlifyAndShowRawBytesBy20(letters.constData(), 70).split(QLatin1Char('\n'));
-    ASSERT_EQ(lines.size(), 3);
-    EXPECT_EQ(lines[0].size(), 112 + 32);
-    EXPECT_TRUE(lines[0].startsWith("41 42 43 44 | 45 "));
-    EXPECT_EQ(lines[0].mid(109, 3), " | ");
-    EXPECT_EQ(lines[2].indexOf(" | MNOPQR"), 109);
-    EXPECT_EQ(console->hexlifyAndShowRawBytesBy20(letters.constData(), 64).count('\n'), 1);
 }
