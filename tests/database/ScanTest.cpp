@@ -118,21 +118,6 @@ TEST_F(ScanTest, AllVolumesScanWalksTheSixMediaRoots) {
         TarnStatusViewController::getTheController()->statusText().startsWith("Execution Time: "));
 }
 
-TEST_F(ScanTest, CreatingFoldersGetNoMDBLineButTheirIndexesAreRead) {
-    writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
-    writeMediaFolder(root + "/media/CREATING", {makePmrEntry(2, "new.mxf", "P")});
-    fixtures::writeFile(root + "/media/2/msmMMOB.mdb", "not read here");
-    setPreference(TarnPreferences::kScanMDB, 0);
-
-    testsupport::LogCapture log;
-    ASSERT_TRUE(scanFolder(root + "/media"));
-    const QString missing = "MDB :: doesn't exist in::";
-    EXPECT_TRUE(log.contains(missing + QUrl::fromLocalFile(root + "/media/1/").toString()));
-    EXPECT_FALSE(log.contains("CREATING"));
-    EXPECT_FALSE(log.contains(missing + QUrl::fromLocalFile(root + "/media/2/").toString()));
-    EXPECT_EQ(allNames(), QStringList({"a.mxf", "new.mxf"}));
-}
-
 // An index file scans its folder (not the folders below it) and adds to the
 // database.
 TEST_F(ScanTest, PickingOneIndexFileScansJustItsFolderAndAddsToWhatIsThere) {
@@ -145,25 +130,33 @@ TEST_F(ScanTest, PickingOneIndexFileScansJustItsFolderAndAddsToWhatIsThere) {
     EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "u.mxf"}));
 }
 
-TEST_F(ScanTest, DamagedOrUnreadableIndexesKeepWhatWasReadBeforeAndTheFiles) {
+// A damaged index keeps what was read before the damage (the folder's other
+// files count as unlisted); an index too short to read adds nothing for its
+// folder, not even the files. A "Creating" folder's index is read, but no line
+// tells that it has no media database.
+TEST_F(ScanTest, DamagedUnreadableAndCreatingIndexes) {
     auto damaged = makePmrEntry(2, "b.mxf", "P");
     damaged.nameLength = 0;
-    const QString folder = root + "/1";
-    writeMediaFolder(folder,
+    writeMediaFolder(root + "/1",
                      {makePmrEntry(1, "a.mxf", "P"), damaged, makePmrEntry(3, "c.mxf", "P")},
                      {"extra.mxf"});
-    // An index too short to read adds nothing for its folder, not even the files.
     fixtures::writeFile(root + "/2/msmFMID.pmr", QByteArray(29, '\0'));
     fixtures::writeFile(root + "/2/z.mxf", "z");
+    writeMediaFolder(root + "/CREATING", {makePmrEntry(4, "new.mxf", "P")});
+    fixtures::writeFile(root + "/3/msmMMOB.mdb", "not read here");
+    setPreference(TarnPreferences::kScanMDB, 0);
 
     testsupport::LogCapture log;
     ASSERT_TRUE(scanFolder(root));
-    const QString pmr = folder + "/msmFMID.pmr";
+    const QString pmr = root + "/1/msmFMID.pmr", noMdb = "MDB :: doesn't exist in::";
     EXPECT_TRUE(log.contains("Error:: PMR ::" + pmr + "\n"));
     EXPECT_TRUE(log.contains("Error:: PMR ::" + QUrl::fromLocalFile(pmr).toString() + "\n"));
     EXPECT_TRUE(log.contains("Item :: 00000001 of 00000003 \n"));
     EXPECT_TRUE(log.contains("**** Warning **** can't open " + root + "/2/msmFMID.pmr\n"));
-    EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "c.mxf", "extra.mxf"}));
+    EXPECT_TRUE(log.contains(noMdb + QUrl::fromLocalFile(root + "/1/").toString()));
+    EXPECT_FALSE(log.contains(noMdb + QUrl::fromLocalFile(root + "/3/").toString()));
+    EXPECT_FALSE(log.contains("CREATING"));
+    EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "c.mxf", "extra.mxf", "new.mxf"}));
     EXPECT_EQ(itemNamed("a.mxf")->DB_ProjectName, "P");
     EXPECT_EQ(itemNamed("c.mxf")->DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
 }
