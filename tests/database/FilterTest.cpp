@@ -1,99 +1,66 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "DatabaseTestSupport.h"
-
-using dbtest::makeItem;
-
-namespace {
-
-class FilterTest : public ::testing::Test, public dbtest::DatabaseTest {};
 
 // Three stages, all of which must pass: the type stage lets through any
 // enabled type, the problem stage needs one enabled problem, the search looks
 // in bin name, file name, project (with its fall-back name) and path,
 // ignoring case. Nothing enabled lets everything through.
-TEST_F(FilterTest, EveryStageMustPass) {
-    auto audio = [](TarnItemPtr item) {
-        std::memcpy(item->CompressionFourCC, "_AUD", 4);
-        return item;
-    };
-    auto set = [](TarnItemPtr item, const std::function<void(TarnDatabaseItem&)>& change) {
-        change(*item);
-        return item;
-    };
-    const QList<TarnItemPtr> items = {
-        makeItem(1, "plain.mxf", "P"),
-        set(makeItem(2, "imported.mxf", "P"), [](auto& i) { i.DB_usageCode = 15; }),
-        set(makeItem(3, "precompute.mxf", "P"), [](auto& i) { i.DB_usageCode = 1; }),
-        audio(set(makeItem(4, "apre.wav", "P"), [](auto& i) { i.DB_usageCode = 1; })),
-        audio(set(makeItem(5, "voice.wav", "P"), [](auto& i) { i.DB_isReferenced = false; })),
-        set(makeItem(6, "np.mxf", "P"), [](auto& i) { i.DB_isPortableFilename = false; }),
-        set(makeItem(7, "bad.mxf", "P"), [](auto& i) { i.DB_isGoodUUID = false; }),
-        set(makeItem(8, "a.mxf", "P"), [](auto& i) { i.DB_NameInBin = "Interview TAKE 3"; }),
-        makeItem(9, "take_b.mxf", "P"),
-        makeItem(10, "c.mxf", "BIGTAKEPROJECT"),
-        set(makeItem(11, "d.mxf", "P"), [](auto& i) { i.DB_itemPath = "/Vol/Takes/d.mxf"; }),
-        makeItem(12, "f.mxf"),
-    };
+TEST(Filter, EveryStageMustPass) {
+    dbtest::DatabaseTest reset;
+    QList<TarnItemPtr> items;
+    for (const char* name : {"plain.mxf", "imported.mxf", "precompute.mxf", "apre.wav", "voice.wav",
+                             "np.mxf", "bad.mxf", "a.mxf", "take_b.mxf", "c.mxf", "d.mxf", "f.mxf"})
+        items << dbtest::makeItem(items.size() + 1, name, "P");
+    items[1]->DB_usageCode = 15;
+    items[2]->DB_usageCode = items[3]->DB_usageCode = 1;
+    std::memcpy(items[3]->CompressionFourCC, "_AUD", 4);
+    std::memcpy(items[4]->CompressionFourCC, "_AUD", 4);
+    items[4]->DB_isReferenced = false;
+    items[5]->DB_isPortableFilename = false;
+    items[6]->DB_isGoodUUID = false;
+    items[7]->DB_NameInBin = QStringLiteral("Interview TAKE 3");
+    items[9]->DB_ProjectName = QStringLiteral("BIGTAKEPROJECT");
+    items[10]->DB_itemPath = QStringLiteral("/Vol/Takes/d.mxf");
+    items[11]->DB_ProjectName = QString();
+
     TarnFilter* filter = TarnFilter::sharedFilter();
-    struct Case {
+    using Flag = void (TarnFilter::*)(bool);
+    const Flag precomputes = &TarnFilter::setFilterFlagPrecomputes,
+               audio = &TarnFilter::setFilterFlagAudioMedia,
+               unreferenced = &TarnFilter::setFilterFlagUnreferenced;
+    const struct {
         const char* label;
-        std::function<void()> setUp;
+        QList<Flag> flags;
+        QString search;
         QStringList passing;  // "*": every item
-    };
-    const Case cases[] = {
-        {"nothing enabled", [] {}, {"*"}},
-        {"an empty search", [&] { filter->setFilterString(QString("")); }, {"*"}},
+    } cases[] = {
+        {"nothing enabled", {}, QString(), {"*"}},
+        {"an empty search", {}, "", {"*"}},
         {"precomputes or audio",
-         [&] {
-             filter->setFilterFlagPrecomputes(true);
-             filter->setFilterFlagAudioMedia(true);
-         },
+         {precomputes, audio},
+         QString(),
          {"precompute.mxf", "apre.wav", "voice.wav"}},
-        {"imported", [&] { filter->setFilterFlagImportedMedia(true); }, {"imported.mxf"}},
+        {"imported", {&TarnFilter::setFilterFlagImportedMedia}, QString(), {"imported.mxf"}},
         {"non-portable or unreferenced",
-         [&] {
-             filter->setFilterFlagNonPortableFiles(true);
-             filter->setFilterFlagUnreferenced(true);
-         },
+         {&TarnFilter::setFilterFlagNonPortableFiles, unreferenced},
+         QString(),
          {"voice.wav", "np.mxf"}},
-        {"bad UMID", [&] { filter->setFilterFlagBadUMID(true); }, {"bad.mxf"}},
-        {"search",
-         [&] { filter->setFilterString("take"); },
-         {"a.mxf", "take_b.mxf", "c.mxf", "d.mxf"}},
-        {"search a fall-back project name",
-         [&] { filter->setFilterString("_null_project"); },
-         {"f.mxf"}},
-        {"audio, unreferenced and a search",
-         [&] {
-             filter->setFilterFlagAudioMedia(true);
-             filter->setFilterFlagUnreferenced(true);
-             filter->setFilterString("VOICE");
-         },
-         {"voice.wav"}},
-        {"audio, unreferenced and another search",
-         [&] {
-             filter->setFilterFlagAudioMedia(true);
-             filter->setFilterFlagUnreferenced(true);
-             filter->setFilterString("apre");
-         },
-         {}},
+        {"bad UMID", {&TarnFilter::setFilterFlagBadUMID}, QString(), {"bad.mxf"}},
+        {"search", {}, "take", {"a.mxf", "take_b.mxf", "c.mxf", "d.mxf"}},
+        {"search a fall-back project name", {}, "_null_project", {"f.mxf"}},
+        {"audio, unreferenced and a search", {audio, unreferenced}, "VOICE", {"voice.wav"}},
+        {"audio, unreferenced and another search", {audio, unreferenced}, "apre", {}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.label);
         filter->ResetFilter();
-        c.setUp();
+        for (Flag flag : c.flags) (filter->*flag)(true);
+        if (!c.search.isNull()) filter->setFilterString(c.search);
         QStringList passing;
         for (const auto& item : items)
             if (filter->itemPassFilter(item.get())) passing << item->DB_ClipName;
-        if (c.passing == QStringList{"*"})
-            EXPECT_EQ(passing.size(), items.size());
-        else
-            EXPECT_EQ(passing, c.passing);
+        EXPECT_EQ(passing.size() == items.size() ? QStringList{"*"} : passing, c.passing);
         EXPECT_FALSE(filter->itemPassFilter(nullptr));
     }
 }
-
-}  // namespace

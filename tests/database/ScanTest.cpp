@@ -1,53 +1,86 @@
+// Scans of written volumes: what the walk finds (unusual names, links and
+// folders that cannot be read included), what the readers complete, what is
+// logged and what the view and the status line are told.
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QProcess>
 #include <QUrl>
 
 #include <atomic>
 #include <thread>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "AvbWriter.h"
 #include "DatabaseTestSupport.h"
+#include "FixtureFiles.h"
 #include "MdbWriter.h"
 #include "MxfWriter.h"
-#include "items/TarnVocabulary.h"
+#include "PmrWriter.h"
+#include "database/TarnScanner.h"
+#include "status/TarnStatusViewController.h"
+#include "support/TarnFileName.h"
 
 using fixtures::makePmrEntry;
 
-// Scans of written volumes: what the walk finds, what the readers complete,
-// what is logged and what the view and the status line are told.
 namespace {
 
-using ScanTest = dbtest::ScanFixture;
-
-TEST_F(ScanTest, IndexedAndUnlistedFilesBecomeItems) {
-    const QString folder = root + "/Avid MediaFiles/MXF/1";
-    dbtest::writeMediaFolder(folder,
-                             {makePmrEntry(1, "A01.mxf", "Doc"), makePmrEntry(2, "A02.mxf", "Doc")},
-                             {"stray.mxf", "sub/inner.mxf"});
-    QDir().mkpath(folder + "/Creating");
-
-    ASSERT_TRUE(scanFolder(root));
-    EXPECT_EQ(allNames(), QStringList({"A01.mxf", "A02.mxf", "stray.mxf"}));
-    auto listed = itemNamed("A01.mxf");
-    // Without a media database the file itself completes the item, which then
-    // counts as unreferenced.
-    EXPECT_FALSE(listed->DB_isReferenced);
-    EXPECT_TRUE(listed->DB_FileExists);
-    EXPECT_EQ(listed->DB_ProjectName, "Doc");
-    EXPECT_EQ(listed->DB_itemPath, folder + "/A01.mxf");
-    EXPECT_EQ(listed->shortFileUID(), 1u);
-    EXPECT_EQ(listed->DB_filesize.value_or(0), 100u);
-    EXPECT_EQ(itemNamed("stray.mxf")->DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
-    // The view is ready: every item shown.
-    EXPECT_EQ(core.getItemsCount(), 3);
-    EXPECT_EQ(core.getProjectsCount(), 2);
+// Writes a media folder: its index listing `entries`, a file of 100 bytes for
+// each listed entry and the `unlisted` files of 10 bytes.
+void writeMediaFolder(const QString& folder, const QList<fixtures::PmrEntry>& entries,
+                      const QStringList& unlisted = {}) {
+    QDir().mkpath(folder);
+    fixtures::writeFile(folder + QStringLiteral("/msmFMID.pmr"), fixtures::writePmr(entries));
+    for (const auto& entry : entries)
+        fixtures::writeFile(folder + '/' + entry.name, QByteArray(100, 'm'));
+    for (const auto& name : unlisted) fixtures::writeFile(folder + '/' + name, QByteArray(10, 'u'));
 }
+
+// A volume in a temporary folder, a database and its scanner.
+class ScanTest : public ::testing::Test, public dbtest::DatabaseTest {
+  protected:
+    bool scan(TarnScanner::Kind kind, const QStringList& inputs) {
+        return scanner.run(kind, inputs);
+    }
+    bool scanFolder(const QString& folder) {
+        return scan(TarnScanner::Kind::SingleFolder, {folder});
+    }
+    TarnItemPtr itemNamed(const QString& name) const {
+        for (const auto& item : core.ItemsUnsorted())
+            if (item->DB_ClipName == name) return item;
+        return nullptr;
+    }
+    QStringList allNames() const {
+        QStringList names;
+        for (const auto& item : core.ItemsUnsorted()) names << item->DB_ClipName;
+        names.sort();
+        return names;
+    }
+    // Every item as "path below the root (size)", -1 for a missing file; sorted.
+    QStringList itemLines() const {
+        QStringList lines;
+        for (const auto& item : core.ItemsUnsorted())
+            lines << QStringLiteral("%1 (%2)")
+                         .arg(item->DB_itemPath.mid(root.size() + 1))
+                         .arg(item->DB_FileExists ? qint64(item->DB_filesize.value_or(0)) : -1);
+        lines.sort();
+        return lines;
+    }
+
+    testsupport::TempDir dir;
+    QString root = dir.path();
+    TarnCore core;
+    TarnScanner scanner{&core};
+};
 
 // An item is dropped only when identifier and path are both equal.
 TEST_F(ScanTest, ScanningAFolderTwiceKeepsEachItemOnceWithOneWarningPerDuplicate) {
-    dbtest::writeMediaFolder(
-        root + "/1", {makePmrEntry(1, "a.mxf", "P"), makePmrEntry(2, "b.mxf", "P")}, {"c.wav"});
-    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(1, "a.mxf", "P")});
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P"), makePmrEntry(2, "b.mxf", "P")},
+                     {"c.wav"});
+    writeMediaFolder(root + "/2", {makePmrEntry(1, "a.mxf", "P")});
     ASSERT_TRUE(scanFolder(root));
     ASSERT_EQ(core.getAllItemsCount(), 4);
 
@@ -61,109 +94,75 @@ TEST_F(ScanTest, ScanningAFolderTwiceKeepsEachItemOnceWithOneWarningPerDuplicate
         1);
 }
 
-TEST_F(ScanTest, AllVolumesScanWalksTheSixRootsAndLeavesUMEOut) {
-    const QStringList roots = TarnScanner::mediaFolderRoots(root);
-    EXPECT_EQ(roots, QStringList({root + "/Avid MediaFiles/MXF/", root + "/MXF/MXF/",
-                                  root + "/Avid MediaFiles/UME/",
-                                  root + "/Users/Shared/AvidMediaComposer/MXF/MXF/",
-                                  root + "/Users/Shared/AvidMediaComposer/Avid MediaFiles/MXF/",
-                                  root + "/OMFI MediaFiles/"}));
-    quint64 uid = 1;
-    for (const QString& r : roots)
-        dbtest::writeMediaFolder(r + "1",
-                                 {makePmrEntry(uid, QStringLiteral("m%1.mxf").arg(uid), "P")}),
-            ++uid;
-    for (const QString& r : TarnScanner::umeFolderRoots(root))
-        dbtest::writeMediaFolder(r + "1", {makePmrEntry(100 + uid++, "ume.mxf", "P")});
-    // Media outside every root are not found either.
-    dbtest::writeMediaFolder(root + "/Elsewhere/1", {makePmrEntry(999, "other.mxf", "P")});
-
-    // A stale database goes away first.
+// The six media roots of a volume are walked, the UME folders and media
+// elsewhere are not; a stale database goes first. Only the status line gets
+// the time.
+TEST_F(ScanTest, AllVolumesScanWalksTheSixMediaRoots) {
+    const QString shared = "Users/Shared/AvidMediaComposer/";
+    const QStringList roots = {
+        "Avid MediaFiles/MXF", "MXF/MXF", "Avid MediaFiles/UME", shared + "MXF/MXF",
+        shared + "Avid MediaFiles/MXF", "OMFI MediaFiles",
+        // not walked:
+        shared + "Avid MediaFiles/UME", shared + "MXF/UME", "MXF/UME", "Elsewhere"};
+    for (int i = 0; i < roots.size(); ++i) {
+        const QString name = QStringLiteral("%1%2.mxf").arg(i < 6 ? "in" : "out").arg(i);
+        writeMediaFolder(root + '/' + roots[i] + "/1", {makePmrEntry(i + 1, name, "P")});
+    }
     core.AddItemsFromArray({dbtest::makeItem(4242, "stale.mxf")});
+    testsupport::LogCapture log;
     ASSERT_TRUE(scan(TarnScanner::Kind::AllVolumes, {root}));
     EXPECT_EQ(allNames(),
-              QStringList({"m1.mxf", "m2.mxf", "m3.mxf", "m4.mxf", "m5.mxf", "m6.mxf"}));
+              QStringList({"in0.mxf", "in1.mxf", "in2.mxf", "in3.mxf", "in4.mxf", "in5.mxf"}));
+    EXPECT_FALSE(log.contains("Execution Time: "));
+    EXPECT_TRUE(
+        TarnStatusViewController::getTheController()->statusText().startsWith("Execution Time: "));
 }
 
-TEST_F(ScanTest, CreatingFoldersGetNoMDBLineButTheirIndexesAreRead) {
-    dbtest::writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
-    dbtest::writeMediaFolder(root + "/media/CREATING", {makePmrEntry(2, "new.mxf", "P")});
-    fixtures::writeFile(root + "/media/2/msmMMOB.mdb", "not read here");
-    setPreference(TarnPreferences::kScanMDB, 0);
-
-    testsupport::LogCapture log;
-    ASSERT_TRUE(scanFolder(root + "/media"));
-    const QString missing = "MDB :: doesn't exist in::";
-    EXPECT_TRUE(log.contains(missing + QUrl::fromLocalFile(root + "/media/1/").toString()));
-    EXPECT_FALSE(log.contains("CREATING"));
-    EXPECT_FALSE(log.contains(missing + QUrl::fromLocalFile(root + "/media/2/").toString()));
-    EXPECT_EQ(allNames(), QStringList({"a.mxf", "new.mxf"}));
-}
-
+// An index file scans its folder (not the folders below it) and adds to the
+// database.
 TEST_F(ScanTest, PickingOneIndexFileScansJustItsFolderAndAddsToWhatIsThere) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")}, {"u.mxf"});
-    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(2, "b.mxf", "P")});
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")}, {"u.mxf", "sub/inner.mxf"});
+    writeMediaFolder(root + "/2", {makePmrEntry(2, "b.mxf", "P")});
     ASSERT_TRUE(scanFolder(root + "/1/msmFMID.pmr"));
-    EXPECT_EQ(allNames(), QStringList({"a.mxf", "u.mxf"}));
+    EXPECT_EQ(itemLines(), QStringList({"1/a.mxf (100)", "1/u.mxf (10)"}));
+    EXPECT_EQ(itemNamed("a.mxf")->shortFileUID(), 1u);
     ASSERT_TRUE(scanFolder(root + "/2/msmFMID.pmr"));
     EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "u.mxf"}));
 }
 
-TEST_F(ScanTest, DamagedOrUnreadableIndexesKeepWhatWasReadBeforeAndTheFiles) {
+// A damaged index keeps what was read before the damage (the folder's other
+// files count as unlisted); an index too short to read adds nothing for its
+// folder, not even the files. A "Creating" folder's index is read, but no line
+// tells that it has no media database.
+TEST_F(ScanTest, DamagedUnreadableAndCreatingIndexes) {
     auto damaged = makePmrEntry(2, "b.mxf", "P");
     damaged.nameLength = 0;
-    const QString folder = root + "/1";
-    dbtest::writeMediaFolder(
-        folder, {makePmrEntry(1, "a.mxf", "P"), damaged, makePmrEntry(3, "c.mxf", "P")},
-        {"extra.mxf"});
-    // An index too short to read adds nothing for its folder, not even the files.
+    writeMediaFolder(root + "/1",
+                     {makePmrEntry(1, "a.mxf", "P"), damaged, makePmrEntry(3, "c.mxf", "P")},
+                     {"extra.mxf"});
     fixtures::writeFile(root + "/2/msmFMID.pmr", QByteArray(29, '\0'));
     fixtures::writeFile(root + "/2/z.mxf", "z");
+    writeMediaFolder(root + "/CREATING", {makePmrEntry(4, "new.mxf", "P")});
+    fixtures::writeFile(root + "/3/msmMMOB.mdb", "not read here");
+    setPreference(TarnPreferences::kScanMDB, 0);
 
     testsupport::LogCapture log;
     ASSERT_TRUE(scanFolder(root));
-    const QString pmr = folder + "/msmFMID.pmr";
+    const QString pmr = root + "/1/msmFMID.pmr", noMdb = "MDB :: doesn't exist in::";
     EXPECT_TRUE(log.contains("Error:: PMR ::" + pmr + "\n"));
     EXPECT_TRUE(log.contains("Error:: PMR ::" + QUrl::fromLocalFile(pmr).toString() + "\n"));
     EXPECT_TRUE(log.contains("Item :: 00000001 of 00000003 \n"));
     EXPECT_TRUE(log.contains("**** Warning **** can't open " + root + "/2/msmFMID.pmr\n"));
-    EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "c.mxf", "extra.mxf"}));
+    EXPECT_TRUE(log.contains(noMdb + QUrl::fromLocalFile(root + "/1/").toString()));
+    EXPECT_FALSE(log.contains(noMdb + QUrl::fromLocalFile(root + "/3/").toString()));
+    EXPECT_FALSE(log.contains("CREATING"));
+    EXPECT_EQ(allNames(), QStringList({"a.mxf", "b.mxf", "c.mxf", "extra.mxf", "new.mxf"}));
     EXPECT_EQ(itemNamed("a.mxf")->DB_ProjectName, "P");
     EXPECT_EQ(itemNamed("c.mxf")->DB_ProjectName, TarnDatabaseItem::GetProjectNameUnmanaged());
 }
 
-TEST_F(ScanTest, ShowOnlyExistingFilesHidesIndexedFilesThatAreMissing) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "gone.mxf", "P")}, {"here.mxf"},
-                             /*listedOnDisk=*/false);
-    setPreference(TarnPreferences::kShowOnlyExistingFiles, 1);
-    ASSERT_TRUE(scanFolder(root));
-    EXPECT_EQ(dbtest::shownNames(core), QStringList({"here.mxf"}));
-
-    setPreference(TarnPreferences::kShowOnlyExistingFiles, 0);
-    ASSERT_TRUE(scan(TarnScanner::Kind::SingleFolder, {}));
-    EXPECT_EQ(dbtest::shownNames(core), QStringList({"gone.mxf", "here.mxf"}));
-    EXPECT_FALSE(itemNamed("gone.mxf")->DB_FileExists);
-    EXPECT_TRUE(itemNamed("gone.mxf")->DB_isReferenced);
-}
-
-TEST_F(ScanTest, FinishedScanReportsItsTimeAndFreesTheWheels) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
-    auto* status = TarnStatusViewController::getTheController();
-    testsupport::LogCapture log;
-    ASSERT_TRUE(scanFolder(root));
-    EXPECT_TRUE(log.contains("Execution Time: "));
-    EXPECT_TRUE(status->statusText().startsWith("Execution Time: "));
-    EXPECT_EQ(status->wheelsleft(), TarnStatusViewController::TarnMAXWheels);
-
-    // The all-volumes scan reports its time only in the status line.
-    testsupport::LogCapture quiet;
-    ASSERT_TRUE(scan(TarnScanner::Kind::AllVolumes, {root}));
-    EXPECT_FALSE(quiet.contains("Execution Time: "));
-    EXPECT_TRUE(status->statusText().startsWith("Execution Time: "));
-}
-
 TEST_F(ScanTest, TheRunningMarkIsClearedAsSoonAsTheDatabaseIsReady) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
     auto* status = TarnStatusViewController::getTheController();
     // What the view is told, and whether a scan was still running then.
     QStringList told;
@@ -177,15 +176,20 @@ TEST_F(ScanTest, TheRunningMarkIsClearedAsSoonAsTheDatabaseIsReady) {
     const auto counts =
         QObject::connect(&scanner, &TarnScanner::itemCountChanged,
                          [&](qsizetype n) { note(QStringLiteral("count %1").arg(n)); });
+    testsupport::LogCapture log;
     ASSERT_TRUE(scanFolder(root));
     QObject::disconnect(texts);
     QObject::disconnect(counts);
     EXPECT_EQ(told, QStringList({"Working (running)", "count 0 (running)", "count 1 (idle)",
                                  "Done (idle)", "Execution Time (idle)"}));
+    EXPECT_TRUE(log.contains("Execution Time: "));
+    EXPECT_EQ(status->wheelsleft(), TarnStatusViewController::TarnMAXWheels);
 }
 
-TEST_F(ScanTest, StartingAScanWhileOneRunsDoesNothing) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
+// While a scan runs another is refused; in the background the end is
+// signalled, and a handler of that signal may start the next scan.
+TEST_F(ScanTest, AScanStartsOnlyWhenNoneRuns) {
+    writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
     auto* status = TarnStatusViewController::getTheController();
     status->setIsRunning(true);
     EXPECT_FALSE(scanFolder(root));
@@ -193,19 +197,6 @@ TEST_F(ScanTest, StartingAScanWhileOneRunsDoesNothing) {
     EXPECT_EQ(core.getAllItemsCount(), 0);
     status->setIsRunning(false);
 
-    // In the background: the end is signalled, and a second start meanwhile is refused.
-    std::atomic<int> finished{0};
-    QObject::connect(&scanner, &TarnScanner::scanFinished, [&](double) { ++finished; });
-    ASSERT_TRUE(scanner.start(TarnScanner::Kind::SingleFolder, {root}));
-    const bool second = scanner.start(TarnScanner::Kind::SingleFolder, {root});
-    scanner.waitForFinished();
-    EXPECT_EQ(finished.load(), second ? 2 : 1);
-    EXPECT_EQ(core.getAllItemsCount(), 1);
-    EXPECT_FALSE(status->isRunning());
-}
-
-TEST_F(ScanTest, AFinishedScanMayStartTheNextFromItsSignal) {
-    dbtest::writeMediaFolder(root + "/1", {makePmrEntry(1, "a.mxf", "P")});
     std::atomic<int> finished{0};
     QObject::connect(&scanner, &TarnScanner::scanFinished, [&](double) {
         if (++finished == 1) scanner.start(TarnScanner::Kind::SingleFolder, {root});
@@ -214,70 +205,50 @@ TEST_F(ScanTest, AFinishedScanMayStartTheNextFromItsSignal) {
     while (finished.load() < 2) std::this_thread::yield();
     scanner.waitForFinished();
     EXPECT_EQ(core.getAllItemsCount(), 1);
+    EXPECT_FALSE(status->isRunning());
 }
 
-fixtures::MdbClip videoClip(quint64 uid, const QString& name, bool audio = false) {
-    fixtures::MdbClip clip;
-    clip.fileShortUID = uid;
-    clip.materialShortUID = uid + 1;
-    clip.clipName = name;
-    clip.project = QStringLiteral("Feature");
-    clip.frameRate = {25, 1};
-    clip.audio = audio;
-    clip.resolutionID = audio ? 0 : 1237;
-    std::memcpy(clip.fourCC, audio ? "\0\0\0\0" : "AVdn", 4);
-    clip.bits = 8;
-    return clip;
-}
-
-// The media database completes listed items, the MXF reader unlisted files,
-// each only while its preference is on.
+// The media database completes listed items (which then stay listed ones),
+// the MXF reader unlisted files, each only while its preference is on.
 TEST_F(ScanTest, ReadersCompleteTheItemsWhileTheirPreferencesAreOn) {
     const QString folder = root + "/1";
-    dbtest::writeMediaFolder(
-        folder, {makePmrEntry(10, "V01.mxf", "Feature"), makePmrEntry(20, "A01.mxf", "Feature")});
-    fixtures::writeFile(folder + "/msmMMOB.mdb", fixtures::writeMdb({videoClip(10, "Interview"),
-                                                                     videoClip(20, "A1", true)}));
+    writeMediaFolder(folder, {makePmrEntry(10, "V01.mxf", "Feature")});
+    fixtures::MdbClip clip;
+    clip.fileShortUID = 10;
+    clip.materialShortUID = 11;
+    clip.clipName = QStringLiteral("Interview");
+    clip.project = QStringLiteral("Feature");
+    fixtures::writeFile(folder + "/msmMMOB.mdb", fixtures::writeMdb({clip}));
     fixtures::MxfClip mxf;
     mxf.clipName = QStringLiteral("Lost Take");
     mxf.projectName = QStringLiteral("Lost Project");
     ASSERT_TRUE(fixtures::writeMxfFile(folder + "/unlisted.mxf", mxf));
 
-    ASSERT_TRUE(scanFolder(folder));
-    ASSERT_EQ(core.getAllItemsCount(), 3);
-    auto video = itemNamed("V01.mxf");
-    EXPECT_EQ(video->DB_NameInBin, "Interview");
-    EXPECT_EQ(video->DB_CompressionString, core.vocabulary().resolutionIDDictionary().at(1237));
-    EXPECT_EQ(video->DB_framerate().numerator, 25u);
-    // Completed from the media database, the item stays a listed one.
-    EXPECT_TRUE(video->DB_isReferenced);
-    EXPECT_EQ(itemNamed("A01.mxf")->DB_CompressionString, "Audio");
-    auto unlisted = itemNamed("unlisted.mxf");
-    EXPECT_EQ(unlisted->DB_NameInBin, "Lost Take");
-    EXPECT_EQ(unlisted->DB_ProjectName, "Lost Project");
-    EXPECT_FALSE(unlisted->DB_isReferenced);
-
-    setPreference(TarnPreferences::kScanMDB, 0);
-    setPreference(TarnPreferences::kScanMXF, 0);
-    core.clear();
-    ASSERT_TRUE(scanFolder(folder));
-    EXPECT_TRUE(itemNamed("V01.mxf")->DB_NameInBin.isEmpty());
-    EXPECT_TRUE(itemNamed("V01.mxf")->DB_CompressionString.isEmpty());
-    EXPECT_TRUE(itemNamed("unlisted.mxf")->DB_NameInBin.isEmpty());
-    EXPECT_EQ(itemNamed("unlisted.mxf")->DB_ProjectName,
-              TarnDatabaseItem::GetProjectNameUnmanaged());
+    for (int on : {1, 0}) {
+        SCOPED_TRACE(on);
+        setPreference(TarnPreferences::kScanMDB, on);
+        setPreference(TarnPreferences::kScanMXF, on);
+        core.clear();
+        ASSERT_TRUE(scanFolder(folder));
+        ASSERT_EQ(core.getAllItemsCount(), 2);
+        const auto listed = itemNamed("V01.mxf"), unlisted = itemNamed("unlisted.mxf");
+        EXPECT_EQ(listed->DB_NameInBin, on ? "Interview" : "");
+        EXPECT_EQ(listed->DB_isReferenced, on == 1);
+        EXPECT_EQ(unlisted->DB_NameInBin, on ? "Lost Take" : "");
+        EXPECT_EQ(unlisted->DB_ProjectName,
+                  on ? "Lost Project" : TarnDatabaseItem::GetProjectNameUnmanaged());
+    }
 }
 
 // Bins name media by short identifier: every item with that identifier
-// matches, wherever it is.
+// matches, wherever it is. (The scan command tests run the usual sequences.)
 TEST_F(ScanTest, BinsIntersectSubtractAndAddTheirMedia) {
     QList<fixtures::PmrEntry> entries;
     for (quint64 uid : {1, 2, 3, 4})
         entries << makePmrEntry(uid * 10, QStringLiteral("m%1.mxf").arg(uid), "P");
-    dbtest::writeMediaFolder(root + "/1", entries);
-    dbtest::writeMediaFolder(root + "/2", {makePmrEntry(20, "m2-copy.mxf", "P")});
+    writeMediaFolder(root + "/1", entries);
+    writeMediaFolder(root + "/2", {makePmrEntry(20, "m2-copy.mxf", "P")});
     ASSERT_TRUE(scanFolder(root));
-    ASSERT_EQ(core.getItemsCount(), 5);
 
     auto bin = [&](const QString& name, const QList<quint64>& uids) {
         fixtures::writeFile(root + "/bins/" + name, fixtures::writeBin(uids));
@@ -290,21 +261,114 @@ TEST_F(ScanTest, BinsIntersectSubtractAndAddTheirMedia) {
     core.AVBArray_IntersectWith({both, root + "/bins/broken.avb"});
     EXPECT_EQ(dbtest::shownNames(core), QStringList({"m2-copy.mxf", "m2.mxf", "m3.mxf"}));
     core.AVBArray_Subtract({third});
-    EXPECT_EQ(dbtest::shownNames(core), QStringList({"m2-copy.mxf", "m2.mxf"}));
-    core.AVBArray_Add({bin("fourth.avb", {40, 40}), third});
-    EXPECT_EQ(dbtest::shownNames(core), QStringList({"m2-copy.mxf", "m2.mxf", "m3.mxf", "m4.mxf"}));
+    core.AVBArray_Add({bin("fourth.avb", {40, 40})});
+    EXPECT_EQ(dbtest::shownNames(core), QStringList({"m2-copy.mxf", "m2.mxf", "m4.mxf"}));
 
-    // Bins that reference nothing in the database.
+    // Bins that reference nothing in the database; an empty one changes nothing.
     core.AVBArray_Subtract({foreign});
     core.AVBArray_Subtract({nothing});
-    core.AVBArray_IntersectWith({nothing});  // nothing read: nothing changes
-    EXPECT_EQ(core.getItemsCount(), 4);
+    core.AVBArray_IntersectWith({nothing});
+    EXPECT_EQ(core.getItemsCount(), 3);
     core.AVBArray_IntersectWith({foreign});
     EXPECT_EQ(core.getItemsCount(), 0);
 
     // AMA links are only looked for; the view stays as it is.
     EXPECT_TRUE(core.parseAMAfromAVBs({both}).isEmpty());
     EXPECT_EQ(core.getItemsCount(), 0);
+}
+
+// Listed names (100 bytes each) and, beside them, the files their
+// percent-decoded forms would name (10 bytes each), which the index does not
+// list: each is an item of its own.
+TEST_F(ScanTest, NamesWithPercentSignsAreEachAccountedForOnce) {
+    QList<fixtures::PmrEntry> entries;
+    for (const char* name : {"Mix 100%.wav", "a%41b.wav", "Clip%20One.wav", "two%%.wav", "end%"})
+        entries << makePmrEntry(entries.size() + 1, name, "P");
+    writeMediaFolder(root + "/1", entries, {"aAb.wav", "Clip One.wav"});
+    ASSERT_TRUE(scanFolder(root));
+    EXPECT_EQ(itemLines(), QStringList({"1/Clip One.wav (10)", "1/Clip%20One.wav (100)",
+                                        "1/Mix 100%.wav (100)", "1/a%41b.wav (100)",
+                                        "1/aAb.wav (10)", "1/end% (100)", "1/two%%.wav (100)"}));
+}
+
+// Links to a sibling folder, up the tree (a cycle), to the folder itself and
+// to the root of the system are not followed; a link to a file is a file.
+TEST_F(ScanTest, LinksToFoldersAreNotFollowedAndLinksToFilesAreFiles) {
+    writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
+    fixtures::writeFile(root + "/elsewhere/real.wav", QByteArray(77, 'w'));
+    const QPair<const char*, const char*> links[] = {{"1", "media/2"},
+                                                     {"..", "media/1/up"},
+                                                     {"../../media", "media/1/loop"},
+                                                     {".", "media/1/here"},
+                                                     {".", "media/1/again"},
+                                                     {"/", "media/1/everything"},
+                                                     {"../../elsewhere/real.wav", "media/1/b.wav"}};
+    for (const auto& [target, at] : links) {
+        ASSERT_EQ(::symlink(target, TarnFileName::encode(root + '/' + at).constData()), 0) << at;
+    }
+    ASSERT_TRUE(scanFolder(root + "/media"));
+    EXPECT_EQ(itemLines(), QStringList({"media/1/a.mxf (100)", "media/1/b.wav (77)"}));
+}
+
+// A chain of folders whose full path is longer than the system takes. `rm`
+// removes it: the temporary folder's own removal goes by full paths.
+struct DeepFolders {
+    explicit DeepFolders(const QString& path) : top(path) {
+        QDir().mkpath(top);
+        const QByteArray name(200, 'd');
+        int fd = ::open(TarnFileName::encode(top).constData(), O_RDONLY | O_DIRECTORY);
+        for (int depth = 0; depth < 24 && fd >= 0; ++depth) {
+            ::mkdirat(fd, name.constData(), 0755);
+            const int next = ::openat(fd, name.constData(), O_RDONLY | O_DIRECTORY);
+            ::close(fd);
+            fd = next;
+        }
+        if (fd >= 0) ::close(fd);
+    }
+    ~DeepFolders() { QProcess::execute(QStringLiteral("rm"), {QStringLiteral("-rf"), top}); }
+    QString top;
+};
+
+// Before the media in the walk: a folder without permission to read (root
+// reads every folder) and a path longer than the system takes.
+TEST_F(ScanTest, FoldersThatCannotBeReadAreLoggedAndTheWalkGoesOn) {
+    const QByteArray locked = TarnFileName::encode(root + "/media/0");
+    QDir().mkpath(root + "/media/0");
+    ::chmod(locked.constData(), 0);
+    const DeepFolders deep(root + "/media/00");
+    writeMediaFolder(root + "/media/1", {makePmrEntry(1, "a.mxf", "P")});
+    testsupport::LogCapture log;
+    const bool scanned = scanFolder(root + "/media");
+    ::chmod(locked.constData(), 0755);
+    ASSERT_TRUE(scanned);
+    EXPECT_GE(log.count("An error occurred: "), ::geteuid() == 0 ? 1 : 2);
+    EXPECT_EQ(itemLines(), QStringList({"media/1/a.mxf (100)"}));
+}
+
+TEST_F(ScanTest, NamesThatAreNotUtf8AreScannedAsTheyAreOnDisk) {
+    const QString folder = root + "/MXF/" + TarnFileName::decode("\xFF\xFE_folder");
+    const QString listed = TarnFileName::decode("caf\xE9.mxf");
+    const QString unlisted = TarnFileName::decode("\xE9t\xE9.wav");
+    const QString track = TarnFileName::decode("piste \xE9.mxf");
+    writeMediaFolder(folder, {makePmrEntry(1, listed, "P")}, {unlisted});
+    fixtures::writeFile(folder + "/" + track,
+                        fixtures::writeMxf({QStringLiteral("From the MXF"), QStringLiteral("P"),
+                                            fixtures::umidFor(7), fixtures::umidFor(8)}));
+    fixtures::MdbClip clip;
+    clip.fileShortUID = 1;
+    clip.materialShortUID = 2;
+    clip.clipName = QStringLiteral("From the MDB");
+    fixtures::writeFile(folder + "/msmMMOB.mdb", fixtures::writeMdb({clip}));
+
+    // The scan command tests check the listing, sizes and names; here the
+    // readers open the files.
+    testsupport::LogCapture log;
+    ASSERT_TRUE(scanFolder(root + "/MXF"));
+    ASSERT_TRUE(itemNamed(listed) && itemNamed(unlisted) && itemNamed(track));
+    EXPECT_EQ(itemNamed(listed)->DB_NameInBin, "From the MDB");
+    EXPECT_EQ(itemNamed(track)->DB_NameInBin, "From the MXF");
+    EXPECT_TRUE(itemNamed(unlisted)->DB_FileExists);
+    EXPECT_FALSE(log.contains("can't open"));
 }
 
 }  // namespace

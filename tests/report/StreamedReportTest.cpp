@@ -1,7 +1,7 @@
 // Reports are written as they are made, through a buffer of fixed size. These
 // check that a report of many rows, whose texts cross the buffer's boundaries
 // and which goes to a device that takes a few bytes at a time, has the bytes
-// of the same report built whole.
+// of the same report built whole; and the values of one item's JSON.
 #include <gtest/gtest.h>
 
 #include <QBuffer>
@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <memory>
 
@@ -20,9 +21,9 @@
 #include "items/TarnDatabaseItem.h"
 #include "report/TarnColumns.h"
 #include "report/TarnExport.h"
-#include "report/TarnExportTable.h"
 #include "report/TarnItemRows.h"
 #include "report/TarnJsonReport.h"
+#include "report/TarnJsonWriter.h"
 #include "report/TarnReportSink.h"
 
 namespace {
@@ -53,45 +54,61 @@ const QList<QString> kTexts = {
     units({0xD800, 0x00E9, 0xDC00, 0xD83C, 0xDFAC, 0xDBFF}),
 };
 
+// An item's JSON object, parsed back; only the members named in `expected`.
+QJsonObject membersOf(const TarnDatabaseItem& item, const QJsonObject& expected) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    {
+        TarnReportSink sink(&buffer);
+        TarnJsonWriter json(sink);
+        TarnJsonReport::writeItem(json, item);
+    }
+    const QJsonObject written = QJsonDocument::fromJson(buffer.data()).object();
+    EXPECT_EQ(written.size(), 26) << buffer.data().toStdString();
+    QJsonObject picked;
+    for (auto it = expected.begin(); it != expected.end(); ++it)
+        picked.insert(it.key(), written.value(it.key()));
+    return picked;
+}
+
 QString textAt(int i) {
     return kTexts.at(i % kTexts.size());
 }
 
-// Takes at most seven bytes per write, as a pipe or a socket may.
-class TrickleDevice : public QIODevice {
+// Takes at most seven bytes per write, as a pipe or a socket may; or, when
+// full, refuses every write, as a full disk does.
+class TestDevice : public QIODevice {
   public:
-    TrickleDevice() { open(QIODevice::WriteOnly); }
+    explicit TestDevice(bool full = false) : full_(full) { open(QIODevice::WriteOnly); }
     QByteArray bytes;
 
   protected:
     qint64 readData(char*, qint64) override { return -1; }
     qint64 writeData(const char* data, qint64 length) override {
+        if (full_) return -1;
         const qint64 n = std::min<qint64>(length, 7);
         bytes.append(data, n);
         return n;
     }
+
+  private:
+    bool full_;
 };
 
-// Refuses every write, as a full disk does.
-class FullDevice : public QIODevice {
-  public:
-    FullDevice() { open(QIODevice::WriteOnly); }
-
-  protected:
-    qint64 readData(char*, qint64) override { return -1; }
-    qint64 writeData(const char*, qint64) override { return -1; }
+// The streamed table formats and what closes each document.
+struct Format {
+    const char* name;
+    std::function<bool(const TarnReportRows&, QIODevice*)> write;
+    QString end;
 };
-
-TarnExportTable tableOf(int rows) {
-    TarnExportTable table(
-        QStringLiteral("Tarn <media> & \"more\""),
-        {QStringLiteral("File \"Name\""), QStringLiteral("Project"), QStringLiteral("Path")});
-    for (int r = 0; r < rows; ++r) {
-        table.addRow(
-            {textAt(r), textAt(r / 3) + QString::number(r), textAt(r + 5).repeated(r % 9)});
-    }
-    return table;
-}
+const QList<Format> kFormats = {
+    {"csv",
+     [](const TarnReportRows& rows, QIODevice* device) {
+         return TarnExport::writeCsv(rows, QStringLiteral(";"), device);
+     },
+     QString()},
+    {"html", &TarnExport::writeHtml, QStringLiteral("</tbody></table></div></body></html>")},
+};
 
 // An item whose every field takes one of the awkward values in turn.
 TarnItemPtr awkwardItem(int i) {
@@ -106,12 +123,8 @@ TarnItemPtr awkwardItem(int i) {
         item->filePackageUID[b] = quint8(i * 31 + b);
         item->materialPackageUID[b] = quint8(i * 17 + b * 3);
     }
-    const char codes[][4] = {{0, 0, 0, 0},
-                             {'A', 'V', 'd', 'n'},
-                             {'_', 'A', 'U', 'D'},
-                             {'A', 'V', 0, 0},
-                             {'\xe9', '"', '\\', '\x01'}};
-    std::memcpy(item->CompressionFourCC, codes[i % 5], 4);
+    // No code, a picture code, the audio code, a short code and odd bytes.
+    std::memcpy(item->CompressionFourCC, &"\0\0\0\0AVdn_AUDAV\0\0\xe9\"\\\x01"[4 * (i % 5)], 4);
     if (i % 5) item->DB_filesize = quint64(i) * 1000003u * (i % 7 == 0 ? 1000000000u : 1u);
     item->DB_FileExists = i % 6 != 0;
     item->DB_isAMA = i % 11 == 0;
@@ -156,135 +169,98 @@ TEST(StreamedReport, SinkEncodesTextAsQtDoes) {
     }
 }
 
+// An empty view and a large one of awkward items: Qt's own indented JSON of
+// the same document, with the table's hash text and Qt's dates; a failing
+// device fails the report.
 TEST(StreamedReport, JsonReportHasTheBytesOfQtIndentedJson) {
-    TarnCore core;
-    QList<TarnItemPtr> items;
-    for (int i = 0; i < 1500; ++i) items.append(awkwardItem(i));
-    core.AddItemsFromArray(items);
-    core.LoadDefaults();
-    ASSERT_EQ(core.getFilteredIndexesCount(), 1500);
+    for (int count : {0, 1500}) {
+        SCOPED_TRACE(count);
+        TarnCore core;
+        QList<TarnItemPtr> items;
+        for (int i = 0; i < count; ++i) items.append(awkwardItem(i));
+        core.AddItemsFromArray(items);
+        core.LoadDefaults();
+        ASSERT_EQ(core.getFilteredIndexesCount(), count);
 
-    TrickleDevice device;
-    ASSERT_TRUE(TarnJsonReport::write(core, &device));
-    QJsonParseError error;
-    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes, &error);
-    ASSERT_EQ(error.error, QJsonParseError::NoError) << qPrintable(error.errorString());
-    // Qt writes members in key order, four blanks per level, its own escapes.
-    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
+        TestDevice device;
+        ASSERT_TRUE(TarnJsonReport::write(core, &device));
+        QJsonParseError error;
+        const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes, &error);
+        ASSERT_EQ(error.error, QJsonParseError::NoError) << qPrintable(error.errorString());
+        // Qt writes members in key order, four blanks per level, its own escapes.
+        EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
 
-    const QJsonArray rows = parsed.object().value(QStringLiteral("items")).toArray();
-    ASSERT_EQ(rows.size(), 1500);
-    // The texts the report makes itself are the table's and Qt's.
-    for (qsizetype row = 0; row < rows.size(); ++row) {
-        const TarnItemPtr item = core.ObjectAtIndexFiltered(row);
-        const QJsonObject o = rows.at(row).toObject();
-        ASSERT_EQ(o.value(QStringLiteral("path")).toString(), item->DB_itemPath);
-        EXPECT_EQ(o.value(QStringLiteral("hash")).toString(),
-                  TarnColumns::cellText(TarnColumn::Hash, *item));
-        EXPECT_EQ(o.value(QStringLiteral("date")).toString(),
-                  item->DB_Date.toUTC().toString(Qt::ISODate));
+        const QJsonArray rows = parsed.object().value(QStringLiteral("items")).toArray();
+        ASSERT_EQ(rows.size(), count);
+        for (qsizetype row = 0; row < rows.size(); ++row) {
+            const TarnItemPtr item = core.ObjectAtIndexFiltered(row);
+            const QJsonObject o = rows.at(row).toObject();
+            ASSERT_EQ(o.value(QStringLiteral("path")).toString(), item->DB_itemPath);
+            EXPECT_EQ(o.value(QStringLiteral("hash")).toString(),
+                      TarnColumns::cellText(TarnColumn::Hash, *item));
+            EXPECT_EQ(o.value(QStringLiteral("date")).toString(),
+                      item->DB_Date.toUTC().toString(Qt::ISODate));
+        }
+        TestDevice full(true);
+        EXPECT_FALSE(TarnJsonReport::write(core, &full));
     }
     TarnFilter::sharedFilter()->ResetFilter();
 }
 
-TEST(StreamedReport, EmptyViewIsAWholeDocument) {
-    TarnCore core;
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    ASSERT_TRUE(TarnJsonReport::write(core, &buffer));
-    const QJsonDocument parsed = QJsonDocument::fromJson(buffer.data());
-    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == buffer.data());
-    EXPECT_TRUE(parsed.object().value(QStringLiteral("items")).toArray().isEmpty());
-}
-
-// The header (or page head) of the empty table, each row as a one-row table
-// writes it, then the end: the large table must be exactly that.
-TEST(StreamedReport, LargeTableIsItsRowsWrittenAlone) {
-    const TarnExportTable large = tableOf(2500);
-    struct Format {
-        const char* name;
-        std::function<bool(const TarnReportRows&, QIODevice*)> write;
-        QString end;
-    };
-    const QList<Format> formats = {
-        {"csv",
-         [](const TarnReportRows& rows, QIODevice* device) {
-             return TarnExport::writeCsv(rows, QStringLiteral(";"), device);
-         },
-         QString()},
-        {"html", &TarnExport::writeHtml, QStringLiteral("</tbody></table></div></body></html>")},
-    };
-    for (const Format& format : formats) {
-        auto whole = [&](const TarnReportRows& rows) {
-            QBuffer buffer;
-            buffer.open(QIODevice::WriteOnly);
-            format.write(rows, &buffer);
-            return QString::fromUtf8(buffer.data());
-        };
-        const QString head = whole(tableOf(0)).chopped(format.end.size());
-        QString expected = head;
-        for (const QStringList& row : large.rows()) {
-            TarnExportTable one(large.title(), large.columns());
-            one.addRow(row);
-            const QString text = whole(one);
-            expected += text.mid(head.size(), text.size() - head.size() - format.end.size());
-        }
-        expected += format.end;
-
-        TrickleDevice device;
-        ASSERT_TRUE(format.write(large, &device)) << format.name;
-        EXPECT_TRUE(device.bytes == expected.toUtf8()) << format.name;
-    }
-
-    TrickleDevice device;
-    ASSERT_TRUE(TarnExport::writeJson(large, &device));
-    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes);
-    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
-    EXPECT_EQ(parsed.object().value(QStringLiteral("rows")).toArray().size(), 2500);
-}
-
-// The same rows, read by one thread only.
-class OneThreadRows : public TarnReportRows {
-  public:
-    explicit OneThreadRows(const TarnReportRows& rows) : rows_(rows) {}
-    QString title() const override { return rows_.title(); }
-    QStringList headers() const override { return rows_.headers(); }
-    qsizetype rowCount() const override { return rows_.rowCount(); }
-    void cells(qsizetype row, QStringList& cells) const override { rows_.cells(row, cells); }
-
-  private:
-    const TarnReportRows& rows_;
-};
-
-// Rows of the database are formatted on several threads: the report has the
-// bytes of the same rows formatted in turn, and a failing device still fails
-// it (and ends it).
-TEST(StreamedReport, ItemRowsFormattedTogetherAreTheRowsInTurn) {
+// Rows of the database are formatted on several threads and written through
+// the buffer: the report is the header (or page head) of no rows, each row as
+// a report of that row alone writes it, then the end. A failing device fails
+// the report (and ends it).
+TEST(StreamedReport, ItemRowsAreEachRowAsWrittenAlone) {
     QList<TarnItemPtr> items;
     for (int i = 0; i < 2100; ++i) items.append(awkwardItem(i));
     const TarnItemRows rows(items, QStringLiteral("Tarn"));
-    const OneThreadRows oneThread(rows);
-    const QList<std::pair<const char*, std::function<bool(const TarnReportRows&, QIODevice*)>>>
-        formats = {{"csv",
-                    [](const TarnReportRows& r, QIODevice* device) {
-                        return TarnExport::writeCsv(r, QStringLiteral(","), device);
-                    }},
-                   {"html", &TarnExport::writeHtml}};
-    for (const auto& [name, write] : formats) {
-        TrickleDevice together, inTurn;
-        ASSERT_TRUE(write(rows, &together)) << name;
-        ASSERT_TRUE(write(oneThread, &inTurn)) << name;
-        EXPECT_GT(together.bytes.size(), 100000) << name;
-        EXPECT_TRUE(together.bytes == inTurn.bytes) << name;
-        FullDevice full;
-        EXPECT_FALSE(write(rows, &full)) << name;
+    for (const Format& format : kFormats) {
+        SCOPED_TRACE(format.name);
+        auto whole = [&](const QList<TarnItemPtr>& some) {
+            QBuffer buffer;
+            buffer.open(QIODevice::WriteOnly);
+            format.write(TarnItemRows(some, QStringLiteral("Tarn")), &buffer);
+            return buffer.data();
+        };
+        const QByteArray head = whole({}).chopped(format.end.size());
+        QByteArray expected = head;
+        for (const TarnItemPtr& item : items)
+            expected += whole({item}).chopped(format.end.size()).mid(head.size());
+        expected += format.end.toUtf8();
+
+        TestDevice device, full(true);
+        ASSERT_TRUE(format.write(rows, &device));
+        EXPECT_GT(device.bytes.size(), 100000);
+        EXPECT_TRUE(device.bytes == expected);
+        EXPECT_FALSE(format.write(rows, &full));
     }
+
+    TestDevice device, full(true);
+    ASSERT_TRUE(TarnExport::writeJson(rows, &device));
+    EXPECT_FALSE(TarnExport::writeJson(rows, &full));
+    const QJsonDocument parsed = QJsonDocument::fromJson(device.bytes);
+    EXPECT_TRUE(parsed.toJson(QJsonDocument::Indented) == device.bytes);
+    EXPECT_EQ(parsed.object().value(QStringLiteral("rows")).toArray().size(), items.size());
 }
 
-TEST(StreamedReport, AFailedDeviceFailsTheReport) {
-    FullDevice device;
-    EXPECT_FALSE(TarnExport::writeCsv(tableOf(3), QStringLiteral(","), &device));
-    EXPECT_FALSE(TarnExport::writeHtml(tableOf(3), &device));
-    TarnCore core;
-    EXPECT_FALSE(TarnJsonReport::write(core, &device));
+// Values the scan tests do not reach: a missing path, clip name, size, code
+// or identifier is null; the rate texts are the vocabulary's.
+TEST(JsonReport, ItemValuesAndNulls) {
+    TarnDatabaseItem item;
+    item.setSampleRateNumerator(48000, 1);
+    item.setFrameRateNumerator(25, 1);
+    const QJsonObject facts{{"project", "_00_TRN_NULL_PROJECT_NAME"},
+                            {"path", QJsonValue::Null},
+                            {"clip_name", QJsonValue::Null},
+                            {"size", QJsonValue::Null},
+                            {"fourcc", QJsonValue::Null},
+                            {"file_package_uid", QJsonValue::Null},
+                            {"date", QJsonValue::Null},
+                            {"sample_rate_text", "48 kHz"},
+                            {"frame_rate_text", "25fps"}};
+    EXPECT_EQ(membersOf(item, facts), facts);
+    const QJsonObject noRates{{"frame_rate_text", QJsonValue::Null},
+                              {"sample_rate_text", QJsonValue::Null}};
+    EXPECT_EQ(membersOf(TarnDatabaseItem(), noRates), noRates);
 }
