@@ -166,11 +166,7 @@ void AppComponents::republish() {
 }
 
 QList<TarnItemPtr> AppComponents::selectedItems() const {
-    QList<qsizetype> rows;
-    for (const auto& span : app_->window()->databaseTable()->selectedRowSpans())
-        for (int row = span.first; row <= span.second; ++row) rows.append(row);
-    std::sort(rows.begin(), rows.end());
-    return app_->coreAccess()->view().itemsOfRows(rows);
+    return app_->window()->databaseTable()->getSelectedItemsArray();
 }
 
 QStringList AppComponents::selectedExistingPaths() const {

@@ -310,19 +310,14 @@ void AppDelegate::sortDescriptorsDidChange(const QList<TarnSortDescriptor>& desc
 
 void AppDelegate::tableViewSelectionDidChange() {
     DatabaseTableView* table = window_->databaseTable();
-    const TarnViewSnapshot& view = access_->view();
     qsizetype count = 0;
-    quint64 size = 0;
-    for (const auto& span : table->selectedRowSpans()) {
-        count += span.second - span.first + 1;
-        size += view.sizeOfRows(span.first, span.second);
-    }
-    summary_->setSelection(count, size);
+    for (const auto& span : table->selectedRowSpans()) count += span.second - span.first + 1;
+    summary_->setSelection(count, table->calculateSelectedSize());
     const int row = table->lastSelectedRow();
     if (row < 0) {
         table->setLastitem(nullptr);
         return;
     }
-    table->setLastitem(view.itemPtrAt(row));
+    table->setLastitem(table->databaseModel()->snapshot().itemPtrAt(row));
     table->updatePreviewWith(table->lastitem());
 }

@@ -130,12 +130,19 @@ QList<QPair<int, int>> DatabaseTableView::selectedRowSpans() const {
     return merged;
 }
 
-QList<qsizetype> DatabaseTableView::selectedRowList() const {
+QList<TarnItemPtr> DatabaseTableView::getSelectedItemsArray() const {
     QList<qsizetype> rows;
     for (const auto& span : selectedRowSpans()) {
         for (int row = span.first; row <= span.second; ++row) rows.append(row);
     }
-    return rows;
+    return model_->snapshot().itemsOfRows(rows);
+}
+
+quint64 DatabaseTableView::calculateSelectedSize() const {
+    quint64 size = 0;
+    for (const auto& span : selectedRowSpans())
+        size += model_->snapshot().sizeOfRows(span.first, span.second);
+    return size;
 }
 
 int DatabaseTableView::lastSelectedRow() const {

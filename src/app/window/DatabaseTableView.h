@@ -36,8 +36,10 @@ class DatabaseTableView : public QTableView {
 
     // The selected rows as merged spans of first and last row, in order.
     QList<QPair<int, int>> selectedRowSpans() const;
-    // The selected rows in order.
-    QList<qsizetype> selectedRowList() const;
+    // The items of the selected rows in order (none without a selection).
+    QList<TarnItemPtr> getSelectedItemsArray() const;
+    // The recorded size of the selected rows' items, missing files included.
+    quint64 calculateSelectedSize() const;
     // The row the user selected last, or -1 without a selection.
     int lastSelectedRow() const;
 

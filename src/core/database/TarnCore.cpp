@@ -153,7 +153,6 @@ void TarnCore::clear() {
     sorted_.clear();
     emit previewCleared();
     filteredSize_ = 0;
-    selectedSize_ = 0;
     projects_.clear();
     projectByName_.clear();
     invalidateCaches();
@@ -693,22 +692,4 @@ TarnItemPtr TarnCore::ObjectAtIndexFiltered(qsizetype row) const {
 TarnProjectPtr TarnCore::projectAtIndex(qsizetype row) const {
     if (row < 0 || row >= projects_.size()) return nullptr;
     return projects_.at(row);
-}
-
-QList<TarnItemPtr> TarnCore::getSelectedItemsArray(const QList<qsizetype>& rows) const {
-    QList<TarnItemPtr> selected;
-    selected.reserve(rows.size());
-    for (const qsizetype row : rows) {
-        if (auto item = ObjectAtIndexFiltered(row)) selected.append(item);
-    }
-    return selected;
-}
-
-quint64 TarnCore::calculateSelectedSize(const QList<qsizetype>& rows) {
-    quint64 size = 0;
-    for (const qsizetype row : rows) {
-        if (auto item = ObjectAtIndexFiltered(row)) size += item->DB_filesize.value_or(0);
-    }
-    selectedSize_ = size;
-    return size;
 }

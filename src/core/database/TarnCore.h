@@ -106,12 +106,7 @@ class TarnCore : public QObject {
     qsizetype getProjectsCount() const { return projects_.size(); }
     TarnItemPtr ObjectAtIndexFiltered(qsizetype row) const;
     TarnProjectPtr projectAtIndex(qsizetype row) const;
-    // The items of the given shown rows (rows out of range are skipped).
-    QList<TarnItemPtr> getSelectedItemsArray(const QList<qsizetype>& rows) const;
-    // The size of the given shown rows, kept as SelectedItemsSize().
-    quint64 calculateSelectedSize(const QList<qsizetype>& rows);
     quint64 FilteredItemsSize() const { return filteredSize_; }
-    quint64 SelectedItemsSize() const { return selectedSize_; }
 
     const QList<TarnItemPtr>& ItemsUnsorted() const { return items_; }
     const QList<quint32>& IndexesSorted() const { return sorted_; }
@@ -166,5 +161,4 @@ class TarnCore : public QObject {
     quint64 probeOrder_ = 0;
     QList<quint32> sortedFiltered_;
     quint64 filteredSize_ = 0;
-    quint64 selectedSize_ = 0;
 };

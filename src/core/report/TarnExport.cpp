@@ -160,17 +160,3 @@ QString TarnExport::genHtml(const TarnReportRows& rows) {
 QString TarnExport::genJson(const TarnReportRows& rows) {
     return toText([&](QIODevice* device) { return writeJson(rows, device); });
 }
-
-QString TarnExport::stringByEncodingXMLEntities(const QString& text) {
-    if (text.isEmpty()) return QString(QLatin1String(""));
-    QString out;
-    out.reserve(text.size());
-    for (const QChar c : text) {
-        if (const char* entity = c.unicode() < 0x80 ? kXmlEscapes.ascii[c.unicode()] : nullptr) {
-            out += QLatin1StringView(entity);
-        } else {
-            out += c;
-        }
-    }
-    return out;
-}

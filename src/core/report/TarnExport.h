@@ -25,7 +25,4 @@ class TarnExport {
     static QString genCsv(const TarnReportRows& rows, const QString& separator);
     static QString genHtml(const TarnReportRows& rows);
     static QString genJson(const TarnReportRows& rows);
-
-    // "&" first (so entities are not escaped twice), then ' " < >.
-    static QString stringByEncodingXMLEntities(const QString& text);
 };
