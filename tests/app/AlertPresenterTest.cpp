@@ -1,9 +1,3 @@
-#include <QApplication>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
-
-#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -15,90 +9,53 @@ using namespace apptest;
 
 namespace {
 
-// The buttons of a box from left to right.
-QStringList visualOrder(QMessageBox* box) {
-    QList<QAbstractButton*> buttons = box->buttons();
-    std::sort(buttons.begin(), buttons.end(), [box](QAbstractButton* a, QAbstractButton* b) {
-        return a->mapTo(box, QPoint()).x() < b->mapTo(box, QPoint()).x();
-    });
-    QStringList texts;
-    for (QAbstractButton* button : buttons) texts << button->text();
-    return texts;
-}
-
-TEST(AlertPresenter, EveryFormShowsItsButtonsInOrderAndAnswersByPosition) {
-    const auto error = [] {
-        TarnAlert::ShowDialog_with_errorName("Not implemented", "Maybe");
-        return 0;
-    };
-    const auto yesNo = [] { return TarnAlert::ShowDialog_with_YesNo("Really clear?", "Sure?"); };
-    const auto overwrite = [] { return TarnAlert::ShowDialog_with_NoYesYesToAll("Exists", "/t"); };
-    const auto okOrNever = [] {
-        return int(TarnAlert::ShowDialog_with_OkDoNotShowAgain("E", "/t"));
-    };
-    const auto five = [] {
-        return TarnAlert::ShowDialog_with_buttons(
-            "File can not be moved.\nCopy?", "/s",
-            {"Skip All", "No", "Yes", "Yes to All", "Cancel"});
-    };
+// A box shows its buttons left to right in the order asked, answers by the
+// position of the button pressed, and Escape presses the most cautious one.
+TEST(AlertPresenter, ButtonsShowInOrderAndAnswerByPosition) {
     const struct {
-        std::function<int()> ask;
-        const char* buttons;
+        QStringList buttons;
         const char* press;
-        int expected;
+        int answer;
+        int escape;  // kNoAnswer: Escape does nothing, the box is dismissed
     } cases[] = {
-        {error, "OK", "OK", 0},
-        {yesNo, "OK|Cancel", "Cancel", 1001},
-        {yesNo, "OK|Cancel", "OK", 1000},
-        {overwrite, "No|Yes|Yes to All", "Yes to All", 1002},
-        {okOrNever, "Ok|Do NotShow Again", "Do NotShow Again", 0},
-        {okOrNever, "Ok|Do NotShow Again", "Ok", 1},
-        {five, "Skip All|No|Yes|Yes to All|Cancel", "Yes to All", 1003},
+        {{"OK"}, "OK", 1000, 1000},
+        {{"OK", "Cancel"}, "Cancel", 1001, 1001},
+        {{"No", "Yes", "Yes to All"}, "Yes to All", 1002, 1000},
+        {{"Ok", "Do NotShow Again"}, "Ok", 1000, 1000},
+        {{"Skip All", "No", "Yes", "Yes to All", "Cancel"}, "Yes to All", 1003, 1004},
+        {{"Left", "Right"}, "Right", 1001, TarnAlert::kNoAnswer},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.buttons) + " " + c.press);
+        SCOPED_TRACE(c.buttons.join('|').toStdString());
         AnsweringPresenter answers(always(c.press));
-        QStringList order;
         answers.onShown([&](QMessageBox* box, const TarnAlert::Request& request) {
-            order = visualOrder(box);
-            EXPECT_EQ(box->icon(), QMessageBox::Warning);
-            EXPECT_EQ(box->text(), request.message);
-            EXPECT_EQ(box->informativeText(), request.detail);
-            EXPECT_EQ(box->defaultButton()->text(), request.buttons.first());
-            for (QAbstractButton* button : box->buttons()) {
+            QList<QAbstractButton*> buttons = box->buttons();
+            std::sort(buttons.begin(), buttons.end(), [box](auto* a, auto* b) {
+                return a->mapTo(box, QPoint()).x() < b->mapTo(box, QPoint()).x();
+            });
+            QStringList order;
+            for (QAbstractButton* button : buttons) {
+                order << button->text();
                 EXPECT_EQ(button->objectName(), button->text());
                 EXPECT_EQ(button->accessibleName(), button->text());
             }
+            EXPECT_EQ(order, request.buttons);
+            EXPECT_EQ(box->icon(), QMessageBox::Warning);
+            EXPECT_EQ(QStringList({box->text(), box->informativeText()}),
+                      QStringList({"Question", "/t"}));
+            EXPECT_EQ(box->defaultButton()->text(), request.buttons.first());
         });
-        EXPECT_EQ(c.ask(), c.expected);
-        EXPECT_EQ(answers.buttons(), QStringList({c.buttons}));
-        EXPECT_EQ(order.join('|'), c.buttons);
-        EXPECT_EQ(answers.presenter().openQuestions(), 0);
-    }
-}
+        EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "/t", c.buttons), c.answer);
 
-TEST(AlertPresenter, EscapeAnswersTheMostCautiousButton) {
-    const struct {
-        QStringList buttons;
-        int expected;
-    } cases[] = {
-        {{"No", "Yes", "Yes to All"}, 1000},
-        {{"Skip All", "No", "Yes", "Yes to All", "Cancel"}, 1004},
-        {{"OK", "Cancel"}, 1001},
-        {{"Ok", "Do NotShow Again"}, 1000},
-        {{"OK"}, 1000},
-        {{"Left", "Right"}, TarnAlert::kNoAnswer},  // Escape does nothing; dismissed
-    };
-    for (const auto& c : cases) {
-        AnsweringPresenter answers;
+        answers.setRule({});
         answers.onShown([&](QMessageBox* box, const TarnAlert::Request&) {
             if (box->escapeButton())
                 QTest::keyClick(box, Qt::Key_Escape);
             else
                 answers.presenter().dismissOpenQuestions();
         });
-        EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "", c.buttons), c.expected)
-            << c.buttons.join('|').toStdString();
+        EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "/t", c.buttons), c.escape);
+        EXPECT_EQ(answers.presenter().openQuestions(), 0);
     }
 }
 
@@ -147,52 +104,26 @@ TEST(AlertPresenter, ACancelledActionsQuestionIsDroppedOrClosed) {
     }
 }
 
-// Actions through the queue, as the window runs them.
+// Copies through the queue whose first target exists, so the worker asks
+// whether to overwrite it.
 struct QueueFixture : ::testing::Test {
     QTemporaryDir tmp;
     TarnActionManager manager;
-    QString src() const { return tmp.path() + "/Vol/Avid MediaFiles/MXF/1"; }
-    QString dst() const { return tmp.path() + "/Dst"; }
-    QString target(const QString& name) const { return dst() + "/Doc/MXF/" + name; }
-    TarnItemPtr file(const QString& name) {
-        EXPECT_TRUE(writeFile(src() + "/" + name, content(name)));
-        return makeItem(src() + "/" + name);
-    }
-    TarnActionManager::ActionPtr start(const QString& action, const QList<TarnItemPtr>& items) {
-        EXPECT_TRUE(writeFile(target("A.mxf"), "old target"));
+    QString target() const { return tmp.path() + "/Dst/A.mxf"; }
+    TarnActionManager::ActionPtr copy(const QStringList& names) {
+        EXPECT_TRUE(writeFile(target(), "old target"));
+        QList<TarnItemPtr> items;
+        for (const QString& name : names) {
+            EXPECT_TRUE(writeFile(tmp.path() + "/src/" + name, name.toUtf8()));
+            items << makeItem(tmp.path() + "/src/" + name);
+        }
         TarnActionOptions o(items);
-        o.Action = action;
-        o.Destination = dst();
-        o.Im_sure = true;
-        o.mediaFolderRoots = {tmp.path() + "/Vol/Avid MediaFiles/MXF"};
+        o.Destination = tmp.path() + "/Dst";
+        o.Create_projects_folders = o.Create_mxf_folders = false;
+        o.mediaFolderRoots = {tmp.path() + "/src"};
         return manager.SetUpNewActionWithOptions(o);
     }
-    bool finished(const TarnActionManager::ActionPtr& action) {
-        return action->Action_Operation()->isFinished();
-    }
 };
-
-TEST_F(QueueFixture, AMovesOverwriteQuestionIsAnsweredThroughTheDialog) {
-    // A refused overwrite leaves the file "not moveable", which asks again.
-    const QString overwrite = "File exists at destination.\nOverwrite?";
-    const struct {
-        const char* press;
-        bool moved;
-        QStringList asked;
-    } cases[] = {{"Yes", true, {overwrite}},
-                 {"No", false, {overwrite, "File can not be moved.\nCopy?"}}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.press);
-        AnsweringPresenter answers(always(c.press));
-        auto action = start("Move", {file("A.mxf")});
-        waitUntil([&] { return finished(action); });
-        EXPECT_EQ(answers.messages(), c.asked);
-        EXPECT_EQ(answers.details().value(0), target("A.mxf"));
-        EXPECT_EQ(readFile(target("A.mxf")), c.moved ? content("A.mxf") : "old target");
-        EXPECT_EQ(QFileInfo::exists(src() + "/A.mxf"), !c.moved);
-        QFile::remove(src() + "/A.mxf");
-    }
-}
 
 TEST_F(QueueFixture, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
     bool cleared = false;
@@ -204,17 +135,17 @@ TEST_F(QueueFixture, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
         clearReturned = true;
         return QString();
     });
-    auto action = start("Copy", {file("A.mxf"), file("B.mxf")});
+    auto action = copy({"A.mxf", "B.mxf"});
     waitUntil([&] { return clearReturned && answers.presenter().openQuestions() == 0; });
     EXPECT_TRUE(cleared);
     EXPECT_EQ(manager.numberOfRows(), 0);
-    EXPECT_TRUE(finished(action));
+    EXPECT_TRUE(action->Action_Operation()->isFinished());
     EXPECT_TRUE(action->Action_Operation()->isCancelled());
     EXPECT_EQ(answers.messages(),
               QStringList({"File exists at destination.\nOverwrite?", "Really clear queue?"}));
     // Nothing overwritten, nothing half-written, nothing after the cancel.
-    EXPECT_EQ(readFile(target("A.mxf")), "old target");
-    EXPECT_EQ(entries(dst() + "/Doc/MXF"), QStringList({"A.mxf"}));
+    EXPECT_EQ(readFile(target()), "old target");
+    EXPECT_EQ(entries(tmp.path() + "/Dst"), QStringList({"A.mxf"}));
 }
 
 TEST_F(QueueFixture, ClosingThePresenterAnswersAWaitingWorkerCautiously) {
@@ -222,10 +153,10 @@ TEST_F(QueueFixture, ClosingThePresenterAnswersAWaitingWorkerCautiously) {
     answers->onShown([&](QMessageBox*, const TarnAlert::Request&) {
         QTimer::singleShot(0, [&] { answers.reset(); });
     });
-    auto action = start("Copy", {file("A.mxf")});
-    waitUntil([&] { return finished(action); });
+    auto action = copy({"A.mxf"});
+    waitUntil([&] { return action->Action_Operation()->isFinished(); });
     // "No": the old target stays.
-    EXPECT_EQ(readFile(target("A.mxf")), "old target");
+    EXPECT_EQ(readFile(target()), "old target");
     EXPECT_TRUE(action->Action_Operation()->actionLog().contains(":: SKIPPING"));
 }
 
