@@ -2,8 +2,6 @@
 #include <thread>
 
 #include "AppTestKit.h"
-#include "actions/TarnActionManager.h"
-#include "actions/TarnActionOperation.h"
 
 using namespace apptest;
 
@@ -26,36 +24,32 @@ TEST(AlertPresenter, ButtonsShowInOrderAndAnswerByPosition) {
         {{"Left", "Right"}, "Right", 1001, TarnAlert::kNoAnswer},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.buttons.join('|').toStdString());
-        AnsweringPresenter answers(always(c.press));
-        answers.onShown([&](QMessageBox* box, const TarnAlert::Request& request) {
-            QList<QAbstractButton*> buttons = box->buttons();
-            std::sort(buttons.begin(), buttons.end(), [box](auto* a, auto* b) {
-                return a->mapTo(box, QPoint()).x() < b->mapTo(box, QPoint()).x();
+        for (bool escape : {false, true}) {
+            SCOPED_TRACE(c.buttons.join('|').toStdString() + (escape ? " Escape" : ""));
+            AnsweringPresenter answers(always(escape ? QString() : c.press));
+            answers.onShown([&](QMessageBox* box, const TarnAlert::Request& request) {
+                QList<QAbstractButton*> buttons = box->buttons();
+                std::sort(buttons.begin(), buttons.end(), [box](auto* a, auto* b) {
+                    return a->mapTo(box, QPoint()).x() < b->mapTo(box, QPoint()).x();
+                });
+                QStringList order;
+                for (QAbstractButton* button : buttons) {
+                    order << button->text();
+                    EXPECT_EQ(QStringList({button->objectName(), button->accessibleName()}),
+                              QStringList(2, button->text()));
+                }
+                EXPECT_EQ(order, request.buttons);
+                EXPECT_EQ(box->icon(), QMessageBox::Warning);
+                EXPECT_EQ(QStringList({box->text(), box->informativeText()}),
+                          QStringList({"Question", "/t"}));
+                EXPECT_EQ(box->defaultButton()->text(), request.buttons.first());
+                if (escape && box->escapeButton()) QTest::keyClick(box, Qt::Key_Escape);
+                if (escape && !box->escapeButton()) answers.presenter().dismissOpenQuestions();
             });
-            QStringList order;
-            for (QAbstractButton* button : buttons) {
-                order << button->text();
-                EXPECT_EQ(button->objectName(), button->text());
-                EXPECT_EQ(button->accessibleName(), button->text());
-            }
-            EXPECT_EQ(order, request.buttons);
-            EXPECT_EQ(box->icon(), QMessageBox::Warning);
-            EXPECT_EQ(QStringList({box->text(), box->informativeText()}),
-                      QStringList({"Question", "/t"}));
-            EXPECT_EQ(box->defaultButton()->text(), request.buttons.first());
-        });
-        EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "/t", c.buttons), c.answer);
-
-        answers.setRule({});
-        answers.onShown([&](QMessageBox* box, const TarnAlert::Request&) {
-            if (box->escapeButton())
-                QTest::keyClick(box, Qt::Key_Escape);
-            else
-                answers.presenter().dismissOpenQuestions();
-        });
-        EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "/t", c.buttons), c.escape);
-        EXPECT_EQ(answers.presenter().openQuestions(), 0);
+            EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "/t", c.buttons),
+                      escape ? c.escape : c.answer);
+            EXPECT_EQ(answers.presenter().openQuestions(), 0);
+        }
     }
 }
 
@@ -102,62 +96,6 @@ TEST(AlertPresenter, ACancelledActionsQuestionIsDroppedOrClosed) {
         EXPECT_EQ(answer, TarnAlert::kNoAnswer);
         EXPECT_EQ(answers.messages().size(), shownFirst ? 1 : 0);
     }
-}
-
-// Copies through the queue whose first target exists, so the worker asks
-// whether to overwrite it.
-struct QueueFixture : ::testing::Test {
-    QTemporaryDir tmp;
-    TarnActionManager manager;
-    QString target() const { return tmp.path() + "/Dst/A.mxf"; }
-    TarnActionManager::ActionPtr copy(const QStringList& names) {
-        EXPECT_TRUE(writeFile(target(), "old target"));
-        QList<TarnItemPtr> items;
-        for (const QString& name : names) {
-            EXPECT_TRUE(writeFile(tmp.path() + "/src/" + name, name.toUtf8()));
-            items << makeItem(tmp.path() + "/src/" + name);
-        }
-        TarnActionOptions o(items);
-        o.Destination = tmp.path() + "/Dst";
-        o.Create_projects_folders = o.Create_mxf_folders = false;
-        o.mediaFolderRoots = {tmp.path() + "/src"};
-        return manager.SetUpNewActionWithOptions(o);
-    }
-};
-
-TEST_F(QueueFixture, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
-    bool cleared = false;
-    bool clearReturned = false;
-    AnsweringPresenter answers([&](const TarnAlert::Request& request) -> QString {
-        if (request.message == "Really clear queue?") return "OK";
-        // The worker waits on this box: clear the queue meanwhile.
-        cleared = manager.clearQueue();
-        clearReturned = true;
-        return QString();
-    });
-    auto action = copy({"A.mxf", "B.mxf"});
-    waitUntil([&] { return clearReturned && answers.presenter().openQuestions() == 0; });
-    EXPECT_TRUE(cleared);
-    EXPECT_EQ(manager.numberOfRows(), 0);
-    EXPECT_TRUE(action->Action_Operation()->isFinished());
-    EXPECT_TRUE(action->Action_Operation()->isCancelled());
-    EXPECT_EQ(answers.messages(),
-              QStringList({"File exists at destination.\nOverwrite?", "Really clear queue?"}));
-    // Nothing overwritten, nothing half-written, nothing after the cancel.
-    EXPECT_EQ(readFile(target()), "old target");
-    EXPECT_EQ(entries(tmp.path() + "/Dst"), QStringList({"A.mxf"}));
-}
-
-TEST_F(QueueFixture, ClosingThePresenterAnswersAWaitingWorkerCautiously) {
-    auto answers = std::make_unique<AnsweringPresenter>();
-    answers->onShown([&](QMessageBox*, const TarnAlert::Request&) {
-        QTimer::singleShot(0, [&] { answers.reset(); });
-    });
-    auto action = copy({"A.mxf"});
-    waitUntil([&] { return action->Action_Operation()->isFinished(); });
-    // "No": the old target stays.
-    EXPECT_EQ(readFile(target()), "old target");
-    EXPECT_TRUE(action->Action_Operation()->actionLog().contains(":: SKIPPING"));
 }
 
 }  // namespace

@@ -91,16 +91,20 @@ inline AnsweringPresenter::Rule always(const QString& text) {
     return [text](const TarnAlert::Request&) { return text; };
 }
 
-// The demo volume, written once for the whole suite.
-inline const QString& demoRoot() {
+// The demo volume, written once for the whole suite, and what it holds.
+inline const fixtures::DemoVolumeDescription& demo() {
     static QTemporaryDir folder;
-    static const QString root = [] {
-        const QString path = folder.filePath("Demo Volume");
+    static const fixtures::DemoVolumeDescription written = [] {
+        fixtures::DemoVolumeDescription description;
         QString error;
-        if (!fixtures::DemoVolume::write(path, &error)) ADD_FAILURE() << error.toStdString();
-        return path;
+        if (!fixtures::DemoVolume::write(folder.filePath("Demo Volume"), &error, &description))
+            ADD_FAILURE() << error.toStdString();
+        return description;
     }();
-    return root;
+    return written;
+}
+inline const QString& demoRoot() {
+    return demo().root;
 }
 
 inline QString text(const QAbstractItemModel& model, int row, int column) {
