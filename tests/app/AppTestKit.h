@@ -142,7 +142,6 @@ class AppTest : public ::testing::Test {
         ASSERT_EQ(app_->start({"tarn-app"}), AppDelegate::StartResult::Started);
         app_->setRevealHandler([this](const QString& path) { revealed_ << path; });
     }
-    void TearDown() override { app_.reset(); }
 
     // Runs a scan command and waits for its end on the GUI thread.
     template <typename Command>

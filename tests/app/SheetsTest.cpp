@@ -54,8 +54,6 @@ TEST_F(AppTest, PreferencesAreStoredAsTheyChange) {
     EXPECT_EQ(TarnPreferences::shared()->integer("ShowOnlyExistingFiles"), 0);
     EXPECT_GT(table().rowCount(), existing);
 
-    sheet->propertiesScanMDB()->click();
-    EXPECT_EQ(TarnPreferences::shared()->integer("ScanMDB"), 0);
     sheet->externalBundleTextField()->setText("org.example.player");
     emit sheet->externalBundleTextField()->editingFinished();
     EXPECT_EQ(TarnPreferences::shared()->string("ExternalAppBundleID"), "org.example.player");
@@ -70,7 +68,7 @@ TEST_F(AppTest, PreferencesAreStoredAsTheyChange) {
     app_->preferences()->ResetPreferencesToDefaults();
     EXPECT_TRUE(quit);
     EXPECT_FALSE(sheet->isVisible());
-    EXPECT_EQ(TarnPreferences::shared()->integer("ScanMDB"), 1);
+    EXPECT_EQ(TarnPreferences::shared()->integer("ShowOnlyExistingFiles"), 1);
 }
 
 // While a scan runs (held here by a task ahead of it in the scanner's queue),

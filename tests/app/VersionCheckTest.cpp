@@ -10,52 +10,40 @@ using namespace apptest;
 namespace {
 
 // The maker's site on 127.0.0.1: answers its one request with `status` and
-// `body`, a held site only once opened.
+// `body`; without a status it never answers.
 class LocalSite : public QTcpServer {
   public:
-    LocalSite(const QByteArray& status, const QByteArray& body, bool held = false)
-        : reply_("HTTP/1.1 " + status + "\r\nContent-Type: text/plain; charset=utf-8\r\n" +
-                 "Content-Length: " + QByteArray::number(body.size()) +
-                 "\r\nConnection: close\r\n\r\n" + body),
-          open_(!held) {
+    explicit LocalSite(const QByteArray& status = {}, const QByteArray& body = {}) {
         EXPECT_TRUE(listen(QHostAddress::LocalHost, 0));
-        connect(this, &QTcpServer::newConnection, [this] {
-            socket_ = nextPendingConnection();
-            connect(socket_, &QTcpSocket::readyRead, [this] {
-                request_ += socket_->readAll();
-                answer();
+        connect(this, &QTcpServer::newConnection, [=, this] {
+            QTcpSocket* socket = nextPendingConnection();  // a child of the site
+            connect(socket, &QTcpSocket::readyRead, [=, this] {
+                request_ += socket->readAll();
+                if (status.isEmpty() || !request_.contains("\r\n\r\n")) return;
+                socket->write("HTTP/1.1 " + status +
+                              "\r\nContent-Type: text/plain; charset=utf-8\r\nContent-Length: " +
+                              QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" +
+                              body);
+                socket->disconnectFromHost();
             });
         });
     }
     QString url() const { return QString("http://127.0.0.1:%1").arg(serverPort()); }
     QByteArray requestLine() const { return request_.left(request_.indexOf("\r\n")); }
-    void open() {
-        open_ = true;
-        answer();
-    }
 
   private:
-    void answer() {
-        if (!open_ || !socket_ || !request_.contains("\r\n\r\n")) return;
-        socket_->write(reply_);
-        socket_->disconnectFromHost();
-    }
-    QByteArray reply_, request_;
-    bool open_;
-    QTcpSocket* socket_ = nullptr;
+    QByteArray request_;
 };
 
 struct VersionCheckFixture : ::testing::Test {
     QList<QUrl> opened;
     TarnVersionChecker checker;
-    QString status;  // the last check's status line
+    QSignalSpy finished{&checker, &TarnVersionChecker::finished};
     void SetUp() override {
         TarnAppCommands::setUrlOpener([this](const QUrl& url) {
             opened << url;
             return true;
         });
-        QObject::connect(&checker, &TarnVersionChecker::finished,
-                         [this](const QString& text) { status = text; });
     }
     void TearDown() override {
         TarnAppCommands::setUrlOpener({});
@@ -64,10 +52,10 @@ struct VersionCheckFixture : ::testing::Test {
     // Runs one check against `base` and returns its status line.
     QString check(const QString& base) {
         TarnVersionCheck::setSiteBaseUrl(base);
-        status.clear();
+        finished.clear();
         EXPECT_TRUE(checker.checkTarnVersion());
-        waitUntil([&] { return !status.isEmpty(); });
-        return status;
+        waitUntil([&] { return !finished.isEmpty(); });
+        return finished.at(0).at(0).toString();
     }
 };
 
@@ -103,24 +91,22 @@ TEST_F(VersionCheckFixture, RepliesAskOnlyWhenTheVersionsDiffer) {
         EXPECT_EQ(opened, c.opens ? QList<QUrl>({QUrl(site.url() + "/trn")}) : QList<QUrl>());
     }
     // A port nobody listens on any more.
-    QString closedUrl = LocalSite("200 OK", "v1").url();
-    EXPECT_EQ(check(closedUrl), "Error in http request");
+    EXPECT_EQ(check(LocalSite().url()), "Error in http request");
 }
 
 TEST_F(VersionCheckFixture, TheGuiThreadRunsOnWhileTheSiteIsSlow) {
-    LocalSite site("200 OK", TarnVersionCheck::installedVersion().toUtf8(), /*held=*/true);
-    TarnVersionCheck::setSiteBaseUrl(site.url());
+    auto site = std::make_unique<LocalSite>();
+    TarnVersionCheck::setSiteBaseUrl(site->url());
     ASSERT_TRUE(checker.checkTarnVersion());
     EXPECT_FALSE(checker.checkTarnVersion());  // one at a time
-    // Timer ticks arrive while the request is out.
-    int ticks = 0;
+    int ticks = 0;                             // timer ticks arrive while the request is out
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] { ++ticks; });
     timer.start(1);
-    waitUntil([&] { return !site.requestLine().isEmpty() && ticks >= 3; });
-    EXPECT_TRUE(status.isEmpty());
-    site.open();
-    waitUntil([&] { return !status.isEmpty(); });
+    waitUntil([&] { return !site->requestLine().isEmpty() && ticks >= 3; });
+    EXPECT_TRUE(finished.isEmpty());
+    site.reset();  // the connection drops
+    waitUntil([&] { return !finished.isEmpty(); });
     EXPECT_FALSE(checker.isChecking());
 }
 
