@@ -61,19 +61,14 @@ struct ActionWindowsTest : ::testing::Test {
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
                           TarnActionCellDelegate::buttonRect(cell, button).center());
     }
-    template <typename T = QAbstractButton>
-    static T* control(const QWidget& sheet, const char* name) {
-        T* found = sheet.findChild<T*>(QString::fromLatin1(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
+    // Near the left edge: a check box takes clicks on its box and label only.
     static void click(const QWidget& sheet, const char* name) {
-        // Near the left edge: a check box takes clicks on its box and label only.
-        QAbstractButton* button = control(sheet, name);
+        auto* button = sheet.findChild<QAbstractButton*>(QString::fromLatin1(name));
+        ASSERT_NE(button, nullptr) << name;
         QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
     }
     static void typeDestination(const QWidget& sheet, const QString& text) {
-        auto* field = control<QLineEdit>(sheet, "destinationText");
+        auto* field = sheet.findChild<QLineEdit*>("destinationText");
         field->selectAll();
         QTest::keyClicks(field, text);
         QTest::keyClick(field, Qt::Key_Return);
@@ -84,12 +79,12 @@ TEST_F(ActionWindowsTest, SheetControlsEditTheOptionsAndTheLiveSummary) {
     TarnNewActionWindow sheet(QList<TarnItemPtr>{file("clip1.mxf", 1000), file("clip2.mxf", 2000)});
     sheet.show();
     EXPECT_EQ(sheet.summary(), "will Copy \n2 items of 3.00 kB size\ndestination: Invalid path");
-    QStringList ticked;
-    for (const char* name : {"RadioCopy", "RadioMove", "RadioDelete", "CheckProjects", "CheckMXF",
-                             "CheckKeepOriginalFolders", "CheckKeepPMR", "CheckImSure"})
-        if (control(sheet, name)->isChecked()) ticked << name;
+    QStringList ticked;  // in the order of the sheet
+    for (const QAbstractButton* button : sheet.findChildren<QAbstractButton*>())
+        if (button->isChecked()) ticked << button->objectName();
     EXPECT_EQ(ticked, QStringList({"RadioCopy", "CheckProjects", "CheckMXF"}));
-    EXPECT_TRUE(control(sheet, "CheckKeepPMR")->isHidden());
+    auto* keepPmr = sheet.findChild<QAbstractButton*>("CheckKeepPMR");
+    EXPECT_TRUE(keepPmr->isHidden());
 
     click(sheet, "RadioDelete");
     EXPECT_EQ(sheet.ActionProperties().Action, "Delete");
@@ -99,7 +94,7 @@ TEST_F(ActionWindowsTest, SheetControlsEditTheOptionsAndTheLiveSummary) {
     click(sheet, "CheckProjects");
     click(sheet, "CheckMXF");
     click(sheet, "CheckKeepOriginalFolders");
-    EXPECT_TRUE(control(sheet, "CheckKeepPMR")->isEnabled());
+    EXPECT_TRUE(keepPmr->isEnabled());
     const TarnActionOptions& o = sheet.ActionProperties();
     EXPECT_EQ(
         QList<bool>({o.Create_projects_folders, o.Create_mxf_folders, o.Keep_original_folders}),

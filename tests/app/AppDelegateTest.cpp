@@ -5,6 +5,8 @@
 #include "console/xLog.h"
 #include "databases/TarnMDBB_Delete.h"
 #include "log/xConsole.h"
+#include "shell/TarnAboutBox.h"
+#include "shell/TarnAppResources.h"
 #include "window/AppComponents.h"
 #include "window/UncaughtErrorHandler.h"
 
@@ -144,4 +146,21 @@ TEST(UncaughtError, AlertNamesTheErrorAndItsReason) {
         UncaughtErrorHandler::describe(c.error, &name, &reason);
         EXPECT_EQ(QStringList({name, reason}), QStringList({c.name, c.reason}));
     }
+}
+
+// The images come from a resource file inside a static library: a link that
+// drops its registration leaves them empty.
+TEST(AppResources, IconsAndTheAboutBoxAreThere) {
+    for (const auto& [icon, size] :
+         {std::pair{TarnAppResources::videoIcon(), 32}, {TarnAppResources::applicationIcon(), 256}})
+        EXPECT_EQ(icon.pixmap(size, size).size(), QSize(size, size)) << size;
+    TarnAppResources::applyApplicationIdentity();
+    EXPECT_EQ(QGuiApplication::desktopFileName(), "tarn");
+    EXPECT_FALSE(QApplication::windowIcon().isNull());
+
+    TarnAboutBox about;
+    EXPECT_TRUE(about.findChild<QLabel*>("aboutVersion")
+                    ->text()
+                    .contains(QRegularExpression("^v\\d+\\.\\d+\\.\\d+ build \\d+$")));
+    EXPECT_TRUE(about.findChild<QLabel*>("aboutLicence")->text().contains(qVersion()));
 }

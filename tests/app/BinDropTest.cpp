@@ -17,14 +17,6 @@ constexpr Qt::KeyboardModifiers kAddKeys = Qt::ShiftModifier;
 constexpr Qt::KeyboardModifiers kSubtractKeys = Qt::ControlModifier | Qt::ShiftModifier;
 #endif
 
-QMimeData* filesData(const QStringList& paths) {
-    auto* data = new QMimeData;
-    QList<QUrl> urls;
-    for (const QString& path : paths) urls.append(QUrl::fromLocalFile(path));
-    data->setUrls(urls);
-    return data;
-}
-
 // The demo volume scanned into the window, whose table area takes dropped
 // bins.
 class BinDropTest : public AppTest {
@@ -32,17 +24,12 @@ class BinDropTest : public AppTest {
     void SetUp() override {
         AppTest::SetUp();
         scanDemo();
-        scanned = shownPaths();
+        scanned = shown();
         area()->resize(640, 400);
     }
     QWidget* area() { return window().databaseArea(); }
     BinCommands& commands() { return *app_->components()->bins(); }
-    QStringList shownPaths() const {
-        QStringList paths;
-        for (qsizetype row = 0; row < core_.getItemsCount(); ++row)
-            paths.append(core_.ObjectAtIndexFiltered(row)->DB_itemPath);
-        return paths;
-    }
+    QStringList shown() const { return columnTexts(*app_, TarnColumn::Path); }
     // The scanned rows, in their order, that are (or are not) in bin `index`.
     QStringList scannedInBin(int index, bool in = true) const {
         QStringList paths;
@@ -50,21 +37,22 @@ class BinDropTest : public AppTest {
             if (demo().bins.at(index).referencedPaths.contains(path) == in) paths.append(path);
         return paths;
     }
-    // Whether the table area is veiled: dark on the whole.
-    bool veiled() {
-        const QImage image = area()->grab().toImage();
-        return image.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                   .pixelColor(0, 0)
-                   .lightness() < 110;
+    bool veiled() {  // dark on the whole
+        const QImage whole =
+            area()->grab().toImage().scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        return whole.pixelColor(0, 0).lightness() < 110;
     }
-    // A drag that enters the area and is dropped, as the platform delivers
-    // it; the operation runs once the drop has been answered. Takes `data`.
-    bool drop(QMimeData* data, Qt::KeyboardModifiers keys = Qt::NoModifier) {
-        std::unique_ptr<QMimeData> owned(data);
-        QDragEnterEvent enter(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
+    // Files dragged onto the area and dropped, as the platform delivers it;
+    // the operation runs once the drop has been answered.
+    bool drop(const QStringList& paths, Qt::KeyboardModifiers keys = Qt::NoModifier) {
+        QList<QUrl> urls;
+        for (const QString& path : paths) urls << QUrl::fromLocalFile(path);
+        QMimeData data;
+        data.setUrls(urls);
+        QDragEnterEvent enter(QPoint(100, 100), kAll, &data, Qt::LeftButton, keys);
         QCoreApplication::sendEvent(area(), &enter);
         veiledDuringDrag = veiled();
-        QDropEvent dropped(QPoint(100, 100), kAll, data, Qt::LeftButton, keys);
+        QDropEvent dropped(QPoint(100, 100), kAll, &data, Qt::LeftButton, keys);
         QCoreApplication::sendEvent(area(), &dropped);
         QCoreApplication::sendPostedEvents();
         return dropped.isAccepted();
@@ -108,21 +96,20 @@ TEST_F(BinDropTest, DroppedBinIntersectsTheTable) {
     EXPECT_EQ(view->geometry(), area()->rect());
     testsupport::LogCapture log;
     EXPECT_FALSE(veiled());
-    EXPECT_TRUE(drop(filesData({demo().bins.at(0).path})));
+    EXPECT_TRUE(drop({demo().bins.at(0).path}));
     EXPECT_TRUE(veiledDuringDrag);
     EXPECT_FALSE(veiled());
     ASSERT_FALSE(scannedInBin(0).isEmpty());
-    EXPECT_EQ(shownPaths(), scannedInBin(0));
-    waitUntil([&] { return table().rowCount() == scannedInBin(0).size(); });
+    EXPECT_EQ(shown(), scannedInBin(0));
     EXPECT_EQ(summary("Filtered Items"), QString::number(table().rowCount()));
     EXPECT_TRUE(log.contains("Tarn:: Accepted 1 bins"));
 }
 
 TEST_F(BinDropTest, KeysSubtractAndAddBack) {
-    drop(filesData({demo().bins.at(1).path}), kSubtractKeys);
-    EXPECT_EQ(shownPaths(), scannedInBin(1, false));
-    drop(filesData({demo().bins.at(1).path}), kAddKeys);
-    EXPECT_EQ(shownPaths(), scanned);
+    drop({demo().bins.at(1).path}, kSubtractKeys);
+    EXPECT_EQ(shown(), scannedInBin(1, false));
+    drop({demo().bins.at(1).path}, kAddKeys);
+    EXPECT_EQ(shown(), scanned);
 }
 
 // Only files ending in ".avb", in any case, are taken; the rest beep.
@@ -137,13 +124,13 @@ TEST_F(BinDropTest, OnlyFilesEndingInAvbAreTaken) {
     const QStringList refusedDrops[] = {
         {dir.filePath("Old Bins.avb")}, {clip}, {misnamed}, {bin, clip}};
     for (const QStringList& paths : refusedDrops) {
-        EXPECT_FALSE(drop(filesData(paths))) << qPrintable(paths.join(' '));
+        EXPECT_FALSE(drop(paths)) << qPrintable(paths.join(' '));
         EXPECT_FALSE(veiledDuringDrag);
     }
     EXPECT_EQ(refused.size(), 4);
-    EXPECT_EQ(shownPaths(), scanned);
-    EXPECT_TRUE(drop(filesData({upper})));
-    EXPECT_EQ(shownPaths(), scannedInBin(0));
+    EXPECT_EQ(shown(), scanned);
+    EXPECT_TRUE(drop({upper}));
+    EXPECT_EQ(shown(), scannedInBin(0));
 }
 
 // A drop is answered as a copy (or a link), never as a move that would let
@@ -155,9 +142,10 @@ TEST_F(BinDropTest, DropNeverMovesTheBin) {
     } cases[] = {{kAll, Qt::CopyAction},
                  {Qt::MoveAction | Qt::LinkAction, Qt::LinkAction},
                  {Qt::MoveAction, Qt::IgnoreAction}};
-    std::unique_ptr<QMimeData> data(filesData({demo().bins.at(0).path}));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(demo().bins.at(0).path)});
     for (const auto& c : cases) {
-        QDragEnterEvent enter(QPoint(5, 5), c.offered, data.get(), Qt::LeftButton, Qt::NoModifier);
+        QDragEnterEvent enter(QPoint(5, 5), c.offered, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(area(), &enter);
         EXPECT_EQ(enter.isAccepted() ? enter.dropAction() : Qt::IgnoreAction, c.answer);
     }
@@ -176,7 +164,7 @@ TEST_F(BinDropTest, OpenPanelTagChoosesTheOperation) {
         ASSERT_NE(panel, nullptr);
         panel->selectFile(demo().bins.at(0).path);
         static_cast<QDialog*>(panel)->accept();  // as the panel's own button does
-        EXPECT_EQ(shownPaths(), c.shown) << c.tag;
+        EXPECT_EQ(shown(), c.shown) << c.tag;
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }
@@ -187,5 +175,5 @@ TEST_F(BinDropTest, BusyScanLeavesTheDatabaseAlone) {
     ASSERT_TRUE(status->tryStartRunning());
     commands().DoAVBIntersect({demo().bins.at(0).path});
     status->setIsRunning(false);
-    EXPECT_EQ(shownPaths(), scanned);
+    EXPECT_EQ(shown(), scanned);
 }
