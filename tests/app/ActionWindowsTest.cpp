@@ -128,7 +128,7 @@ TEST_F(ActionWindowsTest, CopyFromTheSheetCompletesInTheQueue) {
     typeDestination(*sheet, dst());
     AnsweringPresenter answers(always("OK"));
     click(*sheet, "GO");
-    EXPECT_EQ(answers.messages(), QStringList{"Please don't hurry, be patient..."});
+    EXPECT_EQ(answers.messages, QStringList{"Please don't hurry, be patient..."});
     EXPECT_TRUE(sheet->isVisible());
     click(*sheet, "CheckImSure");
     click(*sheet, "GO");
@@ -162,11 +162,11 @@ TEST_F(ActionWindowsTest, CancelAndClearButtonsStopTheActions) {
     AnsweringPresenter answers(always("Cancel"));
     QTest::mouseClick(clear, Qt::LeftButton);
     EXPECT_EQ(model->rowCount(), 1);
-    answers.setRule(always("OK"));
+    answers.rule = always("OK");
     QTest::mouseClick(clear, Qt::LeftButton);
     EXPECT_EQ(model->rowCount(), 0);
     QTest::mouseClick(clear, Qt::LeftButton);  // an empty queue asks nothing
-    EXPECT_EQ(answers.messages(), QStringList(2, "Really clear queue?"));
+    EXPECT_EQ(answers.messages, QStringList(2, "Really clear queue?"));
     EXPECT_EQ(entries(dst()), QStringList());  // neither targets nor partial files
 }
 
@@ -211,12 +211,12 @@ TEST_F(ActionWindowsTest, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
         return QString();
     });
     auto action = copy({file("A.mxf"), file("B.mxf")});
-    waitUntil([&] { return clearReturned && answers.presenter().openQuestions() == 0; });
+    waitUntil([&] { return clearReturned && answers.presenter.openQuestions() == 0; });
     EXPECT_TRUE(cleared);
     EXPECT_EQ(manager.numberOfRows(), 0);
     EXPECT_TRUE(action->Action_Operation()->isFinished());
     EXPECT_TRUE(action->Action_Operation()->isCancelled());
-    EXPECT_EQ(answers.messages(),
+    EXPECT_EQ(answers.messages,
               QStringList({"File exists at destination.\nOverwrite?", "Really clear queue?"}));
     // Nothing overwritten, nothing half-written, nothing after the cancel.
     EXPECT_EQ(readFile(dst() + "/A.mxf"), "old target");
@@ -226,9 +226,9 @@ TEST_F(ActionWindowsTest, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
 TEST_F(ActionWindowsTest, ClosingThePresenterAnswersAWaitingWorkerCautiously) {
     ASSERT_TRUE(writeFile(dst() + "/A.mxf", "old target"));
     auto answers = std::make_unique<AnsweringPresenter>();
-    answers->onShown([&](QMessageBox*, const TarnAlert::Request&) {
+    answers->onShown = [&](QMessageBox*, const TarnAlert::Request&) {
         QTimer::singleShot(0, [&] { answers.reset(); });
-    });
+    };
     auto action = copy({file("A.mxf")});
     waitUntil([&] { return action->Action_Operation()->isFinished(); });
     // "No": the old target stays.

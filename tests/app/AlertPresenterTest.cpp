@@ -27,7 +27,7 @@ TEST(AlertPresenter, ButtonsShowInOrderAndAnswerByPosition) {
         for (bool escape : {false, true}) {
             SCOPED_TRACE(c.buttons.join('|').toStdString() + (escape ? " Escape" : ""));
             AnsweringPresenter answers(always(escape ? QString() : c.press));
-            answers.onShown([&](QMessageBox* box, const TarnAlert::Request& request) {
+            answers.onShown = [&](QMessageBox* box, const TarnAlert::Request& request) {
                 QList<QAbstractButton*> buttons = box->buttons();
                 std::sort(buttons.begin(), buttons.end(), [box](auto* a, auto* b) {
                     return a->mapTo(box, QPoint()).x() < b->mapTo(box, QPoint()).x();
@@ -44,11 +44,11 @@ TEST(AlertPresenter, ButtonsShowInOrderAndAnswerByPosition) {
                           QStringList({"Question", "/t"}));
                 EXPECT_EQ(box->defaultButton()->text(), request.buttons.first());
                 if (escape && box->escapeButton()) QTest::keyClick(box, Qt::Key_Escape);
-                if (escape && !box->escapeButton()) answers.presenter().dismissOpenQuestions();
-            });
+                if (escape && !box->escapeButton()) answers.presenter.dismissOpenQuestions();
+            };
             EXPECT_EQ(TarnAlert::ShowDialog_with_buttons("Question", "/t", c.buttons),
                       escape ? c.escape : c.answer);
-            EXPECT_EQ(answers.presenter().openQuestions(), 0);
+            EXPECT_EQ(answers.presenter.openQuestions(), 0);
         }
     }
 }
@@ -56,9 +56,9 @@ TEST(AlertPresenter, ButtonsShowInOrderAndAnswerByPosition) {
 TEST(AlertPresenter, AWorkersQuestionIsAnsweredOnTheGuiThread) {
     AnsweringPresenter answers(always("Yes"));
     bool onGuiThread = false;
-    answers.onShown([&](QMessageBox*, const TarnAlert::Request&) {
+    answers.onShown = [&](QMessageBox*, const TarnAlert::Request&) {
         onGuiThread = QThread::currentThread() == qApp->thread();
-    });
+    };
     std::atomic<int> answer{-1};
     std::thread worker([&] {
         answer = TarnAlert::ShowDialog_with_NoYesYesToAll("File exists at destination.\nOverwrite?",
@@ -68,7 +68,7 @@ TEST(AlertPresenter, AWorkersQuestionIsAnsweredOnTheGuiThread) {
     worker.join();
     EXPECT_EQ(answer, TarnAlert::kSecondButton);
     EXPECT_TRUE(onGuiThread);
-    EXPECT_EQ(answers.details(), QStringList({"/dst/a.mxf"}));
+    EXPECT_EQ(answers.details, QStringList({"/dst/a.mxf"}));
 }
 
 // A question whose action is cancelled goes unanswered: one cancelled before
@@ -80,13 +80,13 @@ TEST(AlertPresenter, ACancelledActionsQuestionIsDroppedOrClosed) {
         AnsweringPresenter answers;  // nobody answers
         std::atomic<bool> cancelled{false};
         std::atomic<int> answer{-1};
-        answers.onShown([&](QMessageBox*, const TarnAlert::Request&) { cancelled = true; });
+        answers.onShown = [&](QMessageBox*, const TarnAlert::Request&) { cancelled = true; };
         std::thread worker([&] {
             answer = TarnAlert::ShowDialog_with_NoYesYesToAll("Overwrite?", "/t",
                                                               [&] { return cancelled.load(); });
         });
         if (shownFirst) {
-            waitUntil([&] { return answer != -1 && answers.presenter().openQuestions() == 0; });
+            waitUntil([&] { return answer != -1 && answers.presenter.openQuestions() == 0; });
         } else {
             QThread::msleep(20);
             cancelled = true;
@@ -94,7 +94,7 @@ TEST(AlertPresenter, ACancelledActionsQuestionIsDroppedOrClosed) {
         worker.join();
         QCoreApplication::processEvents();
         EXPECT_EQ(answer, TarnAlert::kNoAnswer);
-        EXPECT_EQ(answers.messages().size(), shownFirst ? 1 : 0);
+        EXPECT_EQ(answers.messages.size(), shownFirst ? 1 : 0);
     }
 }
 

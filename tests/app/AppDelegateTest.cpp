@@ -19,10 +19,7 @@ using namespace apptest;
 TEST_F(AppTest, NamedControlsCarryTheirNames) {
     AppComponents& parts = *app_->components();
     TarnNewActionWindow sheet(QList<TarnItemPtr>{});
-    const struct {
-        QWidget* root;
-        const char* names;
-    } cases[] = {
+    const std::pair<QWidget*, const char*> cases[] = {
         {&window(),
          "DatabaseTable SummaryTable searchField itemsCountText VersionLabel BigRedButton "
          "SmallRedButton ToolsButton ServiceView InfoTextField CentralProgressWheel FilterSheet "
@@ -40,9 +37,9 @@ TEST_F(AppTest, NamedControlsCarryTheirNames) {
         {parts.actions()->Queue(), "QueueTable Clear popover popoverText"},
         {parts.databaseWindow(), "tableView Close Delete summaryText"},
     };
-    for (const auto& c : cases) {
-        for (const QString& name : QString(c.names).split(' ')) {
-            QWidget* widget = c.root->findChild<QWidget*>(name);
+    for (const auto& [root, names] : cases) {
+        for (const QString& name : QString(names).split(' ')) {
+            QWidget* widget = root->findChild<QWidget*>(name);
             ASSERT_NE(widget, nullptr) << name.toStdString();
             EXPECT_EQ(widget->accessibleName(), name);
         }
@@ -52,20 +49,17 @@ TEST_F(AppTest, NamedControlsCarryTheirNames) {
 TEST_F(AppTest, ArgumentsNameWhatToScan) {
     using Result = AppDelegate::StartResult;
     const QString root = demoRoot();
-    const struct {
-        QStringList args;
-        Result result;
-    } cases[] = {
+    const std::pair<QStringList, Result> cases[] = {
         {{"--volume", root}, Result::Started}, {{root + "/Avid MediaFiles"}, Result::Started},
         {{"--volume"}, Result::BadArguments},  {{"--bogus"}, Result::BadArguments},
         {{"--help"}, Result::HelpShown},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.args.join(' ').toStdString());
+    for (const auto& [args, result] : cases) {
+        SCOPED_TRACE(args.join(' ').toStdString());
         TarnCore core;
         AppDelegate app(&core);
-        ASSERT_EQ(app.start(QStringList{"tarn-app"} + c.args), c.result);
-        if (c.result != Result::Started) continue;
+        ASSERT_EQ(app.start(QStringList{"tarn-app"} + args), result);
+        if (result != Result::Started) continue;
         waitUntil([&] {
             return !TarnStatusViewController::getTheController()->isRunning() &&
                    app.databaseModel()->rowCount() > 0;

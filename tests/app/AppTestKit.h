@@ -52,38 +52,27 @@ void waitUntil(Condition done) {
     }
 }
 
-// A presenter whose boxes are answered by a rule: `answer` gets each box's
-// request and returns the text of the button to press, or a null string to
-// leave the box open. Every box shown is recorded.
-class AnsweringPresenter {
-  public:
+// A presenter whose boxes are answered by `rule`: it gets each box's request
+// and returns the text of the button to press, or a null string to leave the
+// box open. `onShown` sees each box first. Every box shown is recorded.
+struct AnsweringPresenter {
     using Rule = std::function<QString(const TarnAlert::Request&)>;
-
-    explicit AnsweringPresenter(Rule rule = {}) : rule_(std::move(rule)) {
-        presenter_.setShownHook([this](QMessageBox* box, const TarnAlert::Request& request) {
-            messages_ << request.message;
-            details_ << request.detail;
-            if (onShown_) onShown_(box, request);
-            const QString text = rule_ ? rule_(request) : QString();
+    explicit AnsweringPresenter(Rule answer = {}) : rule(std::move(answer)) {
+        presenter.setShownHook([this](QMessageBox* box, const TarnAlert::Request& request) {
+            messages << request.message;
+            details << request.detail;
+            if (onShown) onShown(box, request);
+            const QString text = rule ? rule(request) : QString();
             if (text.isNull()) return;
             for (QAbstractButton* button : box->buttons())
                 if (button->text() == text) return button->click();
             ADD_FAILURE() << "no button " << text.toStdString();
         });
     }
-    void setRule(Rule rule) { rule_ = std::move(rule); }
-    // Also called for every box, before the rule.
-    void onShown(TarnAlertPresenter::ShownHook hook) { onShown_ = std::move(hook); }
-
-    TarnAlertPresenter& presenter() { return presenter_; }
-    QStringList messages() const { return messages_; }
-    QStringList details() const { return details_; }
-
-  private:
-    TarnAlertPresenter presenter_;
-    Rule rule_;
-    TarnAlertPresenter::ShownHook onShown_;
-    QStringList messages_, details_;
+    TarnAlertPresenter presenter;
+    Rule rule;
+    TarnAlertPresenter::ShownHook onShown;
+    QStringList messages, details;
 };
 
 // Presses `text` on every box.

@@ -136,35 +136,31 @@ TEST_F(BinDropTest, OnlyFilesEndingInAvbAreTaken) {
 // A drop is answered as a copy (or a link), never as a move that would let
 // the file manager remove the bin.
 TEST_F(BinDropTest, DropNeverMovesTheBin) {
-    const struct {
-        Qt::DropActions offered;
-        Qt::DropAction answer;
-    } cases[] = {{kAll, Qt::CopyAction},
-                 {Qt::MoveAction | Qt::LinkAction, Qt::LinkAction},
-                 {Qt::MoveAction, Qt::IgnoreAction}};
+    const std::pair<Qt::DropActions, Qt::DropAction> cases[] = {
+        {kAll, Qt::CopyAction},
+        {Qt::MoveAction | Qt::LinkAction, Qt::LinkAction},
+        {Qt::MoveAction, Qt::IgnoreAction}};
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(demo().bins.at(0).path)});
-    for (const auto& c : cases) {
-        QDragEnterEvent enter(QPoint(5, 5), c.offered, &data, Qt::LeftButton, Qt::NoModifier);
+    for (const auto& [offered, answer] : cases) {
+        QDragEnterEvent enter(QPoint(5, 5), offered, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(area(), &enter);
-        EXPECT_EQ(enter.isAccepted() ? enter.dropAction() : Qt::IgnoreAction, c.answer);
+        EXPECT_EQ(enter.isAccepted() ? enter.dropAction() : Qt::IgnoreAction, answer);
     }
 }
 
 // Tag 1 intersects (starting again from the whole filtered database), 2
 // subtracts, 3 adds; others do nothing.
 TEST_F(BinDropTest, OpenPanelTagChoosesTheOperation) {
-    const struct {
-        int tag;
-        QStringList shown;
-    } cases[] = {{0, scanned}, {2, scannedInBin(0, false)}, {3, scanned}, {1, scannedInBin(0)}};
-    for (const auto& c : cases) {
-        commands().OpenAVB(c.tag);
+    const std::pair<int, QStringList> cases[] = {
+        {0, scanned}, {2, scannedInBin(0, false)}, {3, scanned}, {1, scannedInBin(0)}};
+    for (const auto& [tag, shownAfter] : cases) {
+        commands().OpenAVB(tag);
         auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
         ASSERT_NE(panel, nullptr);
         panel->selectFile(demo().bins.at(0).path);
         static_cast<QDialog*>(panel)->accept();  // as the panel's own button does
-        EXPECT_EQ(shown(), c.shown) << c.tag;
+        EXPECT_EQ(shown(), shownAfter) << tag;
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }

@@ -95,8 +95,8 @@ TEST_F(ConsoleWindowTest, SearchSelectsEveryLiteralCaseSensitiveHit) {
 }
 
 // The next hit goes round after the last one; Return steps too. Clear
-// empties the log and the search.
-TEST_F(ConsoleWindowTest, NextHitGoesRoundAndClearEmptiesTheSearch) {
+// empties the log and the search; Help and Readme show their pages.
+TEST_F(ConsoleWindowTest, NextHitGoesRoundClearHelpAndReadme) {
     xConsole::xPrint("one hit\ntwo hit\nthree hit\n");
     shown();
     click("GotoNextSelection");  // nothing searched: nothing happens
@@ -118,9 +118,6 @@ TEST_F(ConsoleWindowTest, NextHitGoesRoundAndClearEmptiesTheSearch) {
     EXPECT_TRUE(xConsole::sharedInstance()->contents().isEmpty());
     EXPECT_TRUE(log()->hits().isEmpty());
     EXPECT_TRUE(window.HowManyFound()->text().isEmpty());
-}
-
-TEST_F(ConsoleWindowTest, HelpAndReadmeShowInTheLog) {
     click("pushHelp");
     EXPECT_TRUE(shown().contains("Ctrl+Shift = Subtract"));
     click("pushReadme");

@@ -45,11 +45,11 @@ TEST_F(DatabaseWindowFixture, DeleteMovesExactlyTheTickedFilesToTheTrashOnceConf
 
     AnsweringPresenter answers(always("Cancel"));
     deleteButton()->click();
-    EXPECT_EQ(answers.messages(), QStringList({"Really delete 2 database files?"}));
+    EXPECT_EQ(answers.messages, QStringList({"Really delete 2 database files?"}));
     EXPECT_TRUE(testsupport::trashedPaths(tmp.path() + "/data").isEmpty());
     EXPECT_EQ(listedPaths(), before);
 
-    answers.setRule(always("OK"));
+    answers.rule = always("OK");
     deleteButton()->click();
     EXPECT_EQ(testsupport::trashedPaths(tmp.path() + "/data"),
               QStringList({before.at(1), before.at(4)}));

@@ -45,7 +45,7 @@ TEST_F(LauncherFixture, AnApplicationThatCannotBeStartedShowsExternalAppNotFound
         EXPECT_EQ(launcher.OpenInExternalApp({"/m/a.mxf", "/m/b c.mxf"}), c.opened)
             << c.application;
         EXPECT_EQ(
-            answers.messages() + answers.details(),
+            answers.messages + answers.details,
             c.opened ? QStringList() : QStringList({"External App not found", c.application}));
     }
     ASSERT_EQ(started.size(), 2);

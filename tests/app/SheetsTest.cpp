@@ -43,12 +43,20 @@ TEST_F(AppTest, FilterSheetBoxesFilterTheTable) {
     EXPECT_FALSE(sheet->isVisible());
 }
 
-TEST_F(AppTest, PreferencesAreStoredAsTheyChange) {
+TEST_F(AppTest, PreferencesAreStoredAsTheyChangeAndNoSecondSheetOpens) {
     scanDemo();
     const int existing = table().rowCount();
     app_->preferences()->ShowPreferences();
     PreferencesSheet* sheet = app_->preferences()->preferencesSheet();
     ASSERT_TRUE(sheet->isVisible());
+    // A second sheet is refused with the "Pop" sound.
+    const int pops = app_->guard()->popCount();
+    app_->filters()->ShowFilter();
+    app_->scans()->beginAllScan();
+    app_->ShowProjectsSummary();
+    EXPECT_EQ(app_->guard()->popCount(), pops + 3);
+    EXPECT_FALSE(app_->filters()->filterSheet()->isVisible());
+    EXPECT_FALSE(app_->guard()->busy());
     // Showing missing files too brings their rows in at once.
     sheet->propertiesExistingFiles()->click();
     EXPECT_EQ(TarnPreferences::shared()->integer("ShowOnlyExistingFiles"), 0);
@@ -113,21 +121,4 @@ TEST_F(AppTest, CommandsDoNothingWhileAScanRuns) {
     EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
     window().searchField()->clear();
     EXPECT_EQ(columnTexts(*app_, TarnColumn::Path), before);
-}
-
-// A second sheet is refused with the "Pop" sound.
-TEST_F(AppTest, ASecondSheetPops) {
-    app_->preferences()->ShowPreferences();
-    ASSERT_TRUE(app_->preferences()->preferencesSheet()->isVisible());
-    const int pops = app_->guard()->popCount();
-    app_->filters()->ShowFilter();
-    app_->scans()->beginAllScan();
-    app_->ShowProjectsSummary();
-    EXPECT_EQ(app_->guard()->popCount(), pops + 3);
-    EXPECT_FALSE(app_->filters()->filterSheet()->isVisible());
-    EXPECT_FALSE(app_->guard()->busy());
-    app_->preferences()->ClosePreferences();
-    app_->filters()->ShowFilter();
-    EXPECT_TRUE(app_->filters()->filterSheet()->isVisible());
-    app_->filters()->CloseFilter();
 }
