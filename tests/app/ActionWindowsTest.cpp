@@ -110,7 +110,8 @@ TEST_F(ActionWindowsTest, SheetControlsEditTheOptionsAndTheLiveSummary) {
 }
 
 // One sheet at a time on the window; Cancel queues nothing; GO refuses (and
-// says why) until "I'm sure" is ticked, then queues the action.
+// says why) until "I'm sure" is ticked, then queues the action, whose row
+// follows it to its end.
 TEST_F(ActionWindowsTest, CopyFromTheSheetCompletesInTheQueue) {
     const QList<TarnItemPtr> items = {file("A.mxf"), file("B.wav")};
     commands.setMediaFolderRoots([this] { return QStringList{tmp.path() + "/src"}; });
@@ -140,6 +141,24 @@ TEST_F(ActionWindowsTest, CopyFromTheSheetCompletesInTheQueue) {
     EXPECT_TRUE(model->index(0, 0).data().toString().startsWith("Copy 2 of 2 items"));
     EXPECT_EQ(readFile(dst() + "/Doc/MXF/A.mxf"), readFile(tmp.path() + "/src/A.mxf"));
     EXPECT_EQ(readFile(dst() + "/Doc/WAV/B.wav"), readFile(tmp.path() + "/src/B.wav"));
+
+    // The row reveals its target folder on a double click, shows its log, and
+    // reads aloud.
+    QStringList revealed;
+    TarnQueueWindow::setRevealer([&](const QString& folder) { revealed.append(folder); });
+    QTableView* table = queue->QueueTable();
+    const QPoint inside = table->visualRect(model->index(0, 0)).center();
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, inside);
+    QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, inside);
+    TarnQueueWindow::setRevealer({});
+    EXPECT_EQ(revealed, QStringList{dst()});
+    clickButton(0, TarnActionCellDelegate::Button::Info);
+    EXPECT_TRUE(queue->popover()->isVisible());
+    EXPECT_TRUE(queue->popover()->popoverText()->toPlainText().contains(":: Action :: Copy"));
+    QAccessibleInterface* access = QAccessible::queryAccessibleInterface(table);
+    ASSERT_TRUE(access && access->tableInterface());
+    EXPECT_EQ(access->tableInterface()->cellAt(0, 1)->text(QAccessible::Name), "Done");
+    EXPECT_TRUE(access->tableInterface()->cellAt(0, 0)->text(QAccessible::Name).startsWith("Copy"));
 }
 
 // A row's Cancel button stops its action, and the row stays until the worker
@@ -168,33 +187,6 @@ TEST_F(ActionWindowsTest, CancelAndClearButtonsStopTheActions) {
     QTest::mouseClick(clear, Qt::LeftButton);  // an empty queue asks nothing
     EXPECT_EQ(answers.messages, QStringList(2, "Really clear queue?"));
     EXPECT_EQ(entries(dst()), QStringList());  // neither targets nor partial files
-}
-
-TEST_F(ActionWindowsTest, RowsRevealTheirTargetShowTheirLogAndReadAloud) {
-    QStringList revealed;
-    TarnQueueWindow::setRevealer([&](const QString& folder) { revealed.append(folder); });
-    TarnActionOptions gone({makeItem(tmp.path() + "/missing.mxf")});
-    gone.Action = TarnActionOptions::deleteWord();
-    commands.ContinueActionSetup(gone);
-    copy({file("C.mxf")});
-    waitUntil([&] { return status(1) == "Done" && status(0) == "Done"; });
-    QTableView* table = queue->QueueTable();
-    for (int row : {0, 1}) {
-        QPoint inside = table->visualRect(model->index(row, 0)).center();
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, inside);
-        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, inside);
-    }
-    TarnQueueWindow::setRevealer({});
-    EXPECT_EQ(revealed, QStringList{dst()});  // the Delete row has no folder
-
-    clickButton(0, TarnActionCellDelegate::Button::Info);
-    EXPECT_TRUE(queue->popover()->isVisible());
-    EXPECT_TRUE(queue->popover()->popoverText()->toPlainText().contains(":: Action :: Copy"));
-
-    QAccessibleInterface* access = QAccessible::queryAccessibleInterface(table);
-    ASSERT_TRUE(access && access->tableInterface());
-    EXPECT_EQ(access->tableInterface()->cellAt(1, 1)->text(QAccessible::Name), "Done");
-    EXPECT_TRUE(access->tableInterface()->cellAt(0, 0)->text(QAccessible::Name).startsWith("Copy"));
 }
 
 // The overwrite question of a copy whose target exists, open while the

@@ -29,7 +29,14 @@ struct DatabaseWindowFixture : ::testing::Test {
     QString summary() { return window.findChild<QLabel*>("summaryText")->text(); }
 };
 
+// Not while another sheet is up; then Delete moves exactly the ticked files to
+// the Trash once confirmed.
 TEST_F(DatabaseWindowFixture, DeleteMovesExactlyTheTickedFilesToTheTrashOnceConfirmed) {
+    QDialog other(&main);
+    other.setWindowModality(Qt::WindowModal);
+    other.show();
+    EXPECT_FALSE(window.showWindow(&main));
+    other.hide();
     ASSERT_TRUE(window.showWindow(&main));
     EXPECT_EQ(window.windowModality(), Qt::WindowModal);
     // The indexes and databases of the volume's media folders, none ticked.
@@ -58,16 +65,6 @@ TEST_F(DatabaseWindowFixture, DeleteMovesExactlyTheTickedFilesToTheTrashOnceConf
     EXPECT_EQ(summary(), "4 database files, 0 ticked (2 moved to the Trash)");
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
-}
-
-TEST_F(DatabaseWindowFixture, NotOpenedWhileAnotherSheetIsUp) {
-    QDialog other(&main);
-    other.setWindowModality(Qt::WindowModal);
-    other.show();
-    EXPECT_FALSE(window.showWindow(&main));
-    EXPECT_FALSE(window.isVisible());
-    other.hide();
-    EXPECT_TRUE(window.showWindow(&main));
 }
 
 }  // namespace

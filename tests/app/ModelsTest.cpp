@@ -33,25 +33,3 @@ TEST(VolumeListModel, ChecksEveryVolumeAndHandsBackTheTickedOnes) {
     EXPECT_EQ(model.delectDeselectAll(true), "Deselect all");
     EXPECT_EQ(model.selector().createResultingArray().size(), 3);
 }
-
-// Rows go out as the files they stand for; a missing file gives nothing.
-TEST_F(AppTest, DraggedRowsAreTheirExistingFiles) {
-    TarnPreferences::shared()->setValue("ShowOnlyExistingFiles", 0);
-    scanDemo();
-    const DatabaseTableModel& model = *app_->databaseModel();
-    int present = -1, missing = -1;
-    for (int row = 0; row < model.rowCount(); ++row) {
-        const TarnDatabaseItem* item = model.snapshot().itemAt(row);
-        if (item->DB_FileExists && present < 0) present = row;
-        if (!item->DB_FileExists && !item->DB_isAMA && missing < 0) missing = row;
-    }
-    ASSERT_GE(present, 0);
-    ASSERT_GE(missing, 0);
-    const QString path = model.snapshot().itemAt(present)->DB_itemPath;
-    std::unique_ptr<QMimeData> dragged(model.mimeData({model.index(present, 0)}));
-    ASSERT_NE(dragged, nullptr);
-    EXPECT_EQ(dragged->urls(), QList<QUrl>{QUrl::fromLocalFile(path)});
-    EXPECT_EQ(dragged->text(), QFileInfo(path).fileName());
-    EXPECT_EQ(model.mimeData({model.index(missing, 0)}), nullptr);
-    EXPECT_EQ(model.supportedDragActions(), Qt::CopyAction);
-}

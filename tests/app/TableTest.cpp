@@ -82,28 +82,24 @@ TEST_F(AppTest, HiddenColumnsAreRememberedForTheNextWindow) {
     EXPECT_EQ(hiddenInNextWindow(), QList<TarnColumn>({TarnColumn::Path, TarnColumn::Size}));
 }
 
-TEST_F(AppTest, SpaceBarPreviewsTheLastSelectedItem) {
+// The selection fills the summary (missing files with their recorded size)
+// and the preview; a double click reveals the file; rows are dragged out as
+// the files they stand for, a missing file as nothing.
+TEST_F(AppTest, SelectionPreviewRevealAndDrag) {
+    TarnPreferences::shared()->setValue("ShowOnlyExistingFiles", 0);
     scanDemo();
     DatabaseTableView* view = window().databaseTable();
+    const TarnViewSnapshot& shown = view->databaseModel()->snapshot();
     view->setFocus();
     QTest::keyClick(view, Qt::Key_Space);
     ASSERT_TRUE(view->previewPanel()->isShown());
     EXPECT_EQ(view->previewPanel()->text(), "no item selected");
     view->selectRow(2);
-    EXPECT_EQ(view->previewPanel()->text(),
-              view->databaseModel()->snapshot().itemAt(2)->description());
+    EXPECT_EQ(view->previewPanel()->text(), shown.itemAt(2)->description());
     QTest::keyClick(view, Qt::Key_Space);
     EXPECT_FALSE(view->previewPanel()->isShown());
-}
-
-TEST_F(AppTest, SelectionFillsTheSummaryAndDoubleClickRevealsTheFile) {
-    TarnPreferences::shared()->setValue("ShowOnlyExistingFiles", 0);
-    scanDemo();
-    DatabaseTableView* view = window().databaseTable();
-    const TarnViewSnapshot& shown = view->databaseModel()->snapshot();
     view->selectAll();
     EXPECT_EQ(summary("Selected Items"), QString::number(table().rowCount()));
-    // Missing files count with their recorded size.
     EXPECT_EQ(summary("Selected Size"),
               TarnFileSize::toHumanBytes(double(shown.sizeOfRows(0, table().rowCount() - 1))));
 
@@ -113,4 +109,19 @@ TEST_F(AppTest, SelectionFillsTheSummaryAndDoubleClickRevealsTheFile) {
     QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
     EXPECT_EQ(revealed_, QStringList{shown.itemAt(1)->DB_itemPath});
     EXPECT_EQ(summary("Selected Items"), "1");
+
+    int present = -1, missing = -1;
+    for (int row = 0; row < table().rowCount(); ++row) {
+        const TarnDatabaseItem* item = shown.itemAt(row);
+        if (item->DB_FileExists && present < 0) present = row;
+        if (!item->DB_FileExists && !item->DB_isAMA && missing < 0) missing = row;
+    }
+    ASSERT_TRUE(present >= 0 && missing >= 0);
+    const QString path = shown.itemAt(present)->DB_itemPath;
+    std::unique_ptr<QMimeData> dragged(table().mimeData({table().index(present, 0)}));
+    ASSERT_NE(dragged, nullptr);
+    EXPECT_EQ(dragged->urls(), QList<QUrl>{QUrl::fromLocalFile(path)});
+    EXPECT_EQ(dragged->text(), QFileInfo(path).fileName());
+    EXPECT_EQ(table().mimeData({table().index(missing, 0)}), nullptr);
+    EXPECT_EQ(table().supportedDragActions(), Qt::CopyAction);
 }
