@@ -139,8 +139,8 @@ TEST_F(ActionWindowsTest, CopyFromTheSheetCompletesInTheQueue) {
     waitUntil([&] { return status(0) == "Done"; });
     waitUntil([&] { return model->index(0, 2).data(TarnQueueModel::ProgressBusyRole).toBool(); });
     EXPECT_TRUE(model->index(0, 0).data().toString().startsWith("Copy 2 of 2 items"));
-    EXPECT_EQ(readFile(dst() + "/Doc/MXF/A.mxf"), readFile(tmp.path() + "/src/A.mxf"));
-    EXPECT_EQ(readFile(dst() + "/Doc/WAV/B.wav"), readFile(tmp.path() + "/src/B.wav"));
+    EXPECT_EQ(contentOf(dst() + "/Doc/MXF/A.mxf"), contentOf(tmp.path() + "/src/A.mxf"));
+    EXPECT_EQ(contentOf(dst() + "/Doc/WAV/B.wav"), contentOf(tmp.path() + "/src/B.wav"));
 
     // The row reveals its target folder on a double click, shows its log, and
     // reads aloud.
@@ -211,7 +211,7 @@ TEST_F(ActionWindowsTest, AClearWhileTheWorkerWaitsOnAQuestionDoesNotDeadlock) {
     EXPECT_EQ(answers.messages,
               QStringList({"File exists at destination.\nOverwrite?", "Really clear queue?"}));
     // Nothing overwritten, nothing half-written, nothing after the cancel.
-    EXPECT_EQ(readFile(dst() + "/A.mxf"), "old target");
+    EXPECT_EQ(contentOf(dst() + "/A.mxf"), "old target");
     EXPECT_EQ(entries(dst()), QStringList({"A.mxf"}));
 }
 
@@ -224,7 +224,7 @@ TEST_F(ActionWindowsTest, ClosingThePresenterAnswersAWaitingWorkerCautiously) {
     auto action = copy({file("A.mxf")});
     waitUntil([&] { return action->Action_Operation()->isFinished(); });
     // "No": the old target stays.
-    EXPECT_EQ(readFile(dst() + "/A.mxf"), "old target");
+    EXPECT_EQ(contentOf(dst() + "/A.mxf"), "old target");
     EXPECT_TRUE(action->Action_Operation()->actionLog().contains(":: SKIPPING"));
 }
 

@@ -126,19 +126,16 @@ TEST_F(AppTest, NewActionButtonOpensTheSheetOnTheSelection) {
 // The alert of an error nothing handled names the error and its reason; a
 // throw of anything but an exception is "UncaughtException".
 TEST(UncaughtError, AlertNamesTheErrorAndItsReason) {
-    const struct {
-        std::exception_ptr error;
-        QString name, reason;
-    } cases[] = {
+    const std::tuple<std::exception_ptr, QString, QString> cases[] = {
         {std::make_exception_ptr(std::runtime_error("disk gone")), "std::runtime_error",
          "disk gone"},
         {std::make_exception_ptr(std::bad_alloc()), "std::bad_alloc", "std::bad_alloc"},
         {std::make_exception_ptr(42), QString(), QString()},
     };
-    for (const auto& c : cases) {
-        QString name, reason;
-        UncaughtErrorHandler::describe(c.error, &name, &reason);
-        EXPECT_EQ(QStringList({name, reason}), QStringList({c.name, c.reason}));
+    for (const auto& [error, name, reason] : cases) {
+        QString shownName, shownReason;
+        UncaughtErrorHandler::describe(error, &shownName, &shownReason);
+        EXPECT_EQ(QStringList({shownName, shownReason}), QStringList({name, reason}));
     }
 }
 

@@ -36,11 +36,9 @@
 namespace apptest {
 
 using fixtures::writeFile;
+using testsupport::contentOf;
 using testsupport::entries;
 using testsupport::makeItem;
-inline QByteArray readFile(const QString& path) {
-    return testsupport::contentOf(path);
-}
 
 // Runs the GUI thread's events until `done` holds (no time limit: a test
 // that never gets there is stopped by ctest's timeout).

@@ -67,11 +67,7 @@ class BinDropTest : public AppTest {
 // Copy intersects, else generic adds, else link subtracts; the keys narrow
 // what the source offers.
 TEST(BinDropMask, OperationFromTheOfferAndTheKeys) {
-    const struct {
-        Qt::DropActions offered;
-        Qt::KeyboardModifiers keys;
-        Op operation;
-    } cases[] = {
+    const std::tuple<Qt::DropActions, Qt::KeyboardModifiers, Op> cases[] = {
         {kAll, Qt::NoModifier, Op::Intersect},
         {Qt::MoveAction | Qt::LinkAction, Qt::NoModifier, Op::Add},        // mask 6
         {Qt::CopyAction | Qt::LinkAction, Qt::NoModifier, Op::Intersect},  // mask 3
@@ -80,10 +76,10 @@ TEST(BinDropMask, OperationFromTheOfferAndTheKeys) {
         {kAll, kSubtractKeys, Op::Subtract},
         {Qt::CopyAction | Qt::LinkAction, kAddKeys, Op::None},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(int(c.offered) * 1000 + int(c.keys >> 24));
-        EXPECT_EQ(TarnDragDropView::operationForMask(TarnDragDropView::dragMask(c.offered, c.keys)),
-                  c.operation);
+    for (const auto& [offered, keys, operation] : cases) {
+        EXPECT_EQ(TarnDragDropView::operationForMask(TarnDragDropView::dragMask(offered, keys)),
+                  operation)
+            << int(offered) << " " << int(keys >> 24);
     }
 }
 

@@ -68,26 +68,23 @@ TEST_F(ConsoleWindowTest, LinesFromOtherThreadsArriveInOrder) {
 }
 
 TEST_F(ConsoleWindowTest, SearchSelectsEveryLiteralCaseSensitiveHit) {
-    const struct {
-        const char* log;
-        const char* needle;
-        int hits;
-    } cases[] = {
+    const std::tuple<const char*, const char*, int> cases[] = {
+        // log, searched text, hits
         {"aaaa", "aa", 2},  // hits don't overlap
         {"Scan one\nscan two\nScan three\nScan", "Scan", 3},
         {"a.b axb a.b", "a.b", 2},  // literal, not a pattern
         {"nothing here", "missing", 0},
         {"some text", "", 0},
     };
-    for (const auto& c : cases) {
+    for (const auto& [text, needle, hits] : cases) {
         window.Reset();
-        xConsole::xPrint(QString::fromLatin1(c.log));
+        xConsole::xPrint(QString::fromLatin1(text));
         shown();
-        window.searchField()->setText(QString::fromLatin1(c.needle));
-        EXPECT_EQ(log()->hits().size(), c.hits) << c.log;
-        EXPECT_EQ(window.HowManyFound()->text(), c.hits ? QString("%1 found").arg(c.hits) : "");
+        window.searchField()->setText(QString::fromLatin1(needle));
+        EXPECT_EQ(log()->hits().size(), hits) << text;
+        EXPECT_EQ(window.HowManyFound()->text(), hits ? QString("%1 found").arg(hits) : "");
         for (const QTextCursor& hit : log()->hits())
-            EXPECT_EQ(hit.selectedText(), QString::fromLatin1(c.needle));
+            EXPECT_EQ(hit.selectedText(), QString::fromLatin1(needle));
     }
 }
 

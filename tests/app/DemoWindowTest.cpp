@@ -1,5 +1,6 @@
 #include "AppTestKit.h"
 #include "items/TarnFileSize.h"
+#include "models/VolumeListModel.h"
 #include "sheets/ProjectsSummarySheet.h"
 #include "sheets/VolumeSelectorSheet.h"
 
@@ -72,4 +73,17 @@ TEST_F(AppTest, ScanAllVolumesShowsWhatTheCommandLineShows) {
     EXPECT_TRUE(window().statusStrip()->text().startsWith("Execution Time: "));
     EXPECT_TRUE(app_->projectsSummarySheet()->isVisible());
     EXPECT_EQ(app_->projectSummaryModel()->rowCount(), json.value("projects").toArray().size());
+}
+
+TEST(VolumeListModel, ChecksEveryVolumeAndHandsBackTheTickedOnes) {
+    VolumeListModel model({"/", "/Volumes/Media", "/Volumes/Backup"});
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    EXPECT_EQ(model.data(model.index(1, 1)).toString(), "/Volumes/Media");
+    model.setData(model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
+    EXPECT_EQ(model.selector().createResultingArray(),
+              (QStringList{"/Volumes/Media", "/Volumes/Backup"}));
+    EXPECT_EQ(model.delectDeselectAll(false), "Select all");
+    EXPECT_TRUE(model.selector().createResultingArray().isEmpty());
+    EXPECT_EQ(model.delectDeselectAll(true), "Deselect all");
+    EXPECT_EQ(model.selector().createResultingArray().size(), 3);
 }

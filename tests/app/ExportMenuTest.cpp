@@ -30,9 +30,9 @@ class ExportMenuTest : public ::testing::Test {
     // What the export of `tag` writes of the menu's table.
     QByteArray expected(int tag) const {
         const TarnExportTable rows = menu.exportTable();
-        const QString text = tag == 1 || tag == 2 ? TarnExport::genCsv(rows, tag == 1 ? ";" : ",")
-                                                  : TarnExport::genHtml(rows);
-        return text.toUtf8();
+        return (tag == 3 ? TarnExport::genHtml(rows)
+                         : TarnExport::genCsv(rows, tag == 1 ? ";" : ","))
+            .toUtf8();
     }
 
     QTemporaryDir dir;
@@ -57,7 +57,7 @@ TEST_F(ExportMenuTest, WritesTheTablesColumnOrderAndRows) {
     for (int tag : {1, 2, 3}) {
         const QString out = dir.filePath(QString("out-%1").arg(tag));
         ASSERT_TRUE(menu.writeExport(tag, out));
-        EXPECT_EQ(apptest::readFile(out), expected(tag)) << tag;
+        EXPECT_EQ(apptest::contentOf(out), expected(tag)) << tag;
     }
     EXPECT_TRUE(expected(1).startsWith("\"Size\";\"Name\";\"Project\";"));
     EXPECT_FALSE(menu.writeExport(4, dir.filePath("four")));
@@ -69,20 +69,16 @@ TEST_F(ExportMenuTest, WritesTheTablesColumnOrderAndRows) {
 // extension; the file is written even when the menu is gone by then (a
 // popped-up menu is).
 TEST_F(ExportMenuTest, SavePanelWritesWithTheFixedExtension) {
-    const struct {
-        int tag;
-        const char* typed;
-        const char* written;
-    } cases[] = {
+    const std::tuple<int, const char*, const char*> cases[] = {
         {1, "list", "list.csv"}, {2, "list.txt", "list.txt.csv"}, {3, "page.HTML", "page.HTML"}};
-    for (const auto& c : cases) {
-        ExportMenu(table, ExportMenu::displayTexts(table)).onMenuClick(c.tag);
+    for (const auto& [tag, typed, written] : cases) {
+        ExportMenu(table, ExportMenu::displayTexts(table)).onMenuClick(tag);
         auto* panel = window.findChild<QFileDialog*>("ExportSavePanel");
         ASSERT_NE(panel, nullptr);
         EXPECT_EQ(QFileInfo(panel->selectedFiles().value(0)).completeBaseName(), "export");
-        panel->selectFile(dir.filePath(QString::fromLatin1(c.typed)));
+        panel->selectFile(dir.filePath(QString::fromLatin1(typed)));
         static_cast<QDialog*>(panel)->accept();  // as the panel's own button does
-        EXPECT_EQ(apptest::readFile(dir.filePath(QString::fromLatin1(c.written))), expected(c.tag));
+        EXPECT_EQ(apptest::contentOf(dir.filePath(QString::fromLatin1(written))), expected(tag));
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 }
@@ -98,6 +94,6 @@ TEST_F(ExportMenuTest, ViewAsHtmlOpensAPageInTheTemporaryFolder) {
     const QFileInfo page(desktop.source().toLocalFile());
     EXPECT_EQ(page.absolutePath(), QFileInfo(QDir::tempPath()).absoluteFilePath());
     EXPECT_TRUE(page.fileName().contains(QRegularExpression("^\\d{8}-\\d{6}export\\.html$")));
-    EXPECT_EQ(apptest::readFile(page.filePath()), expected(3));
+    EXPECT_EQ(apptest::contentOf(page.filePath()), expected(3));
     QFile::remove(page.filePath());
 }

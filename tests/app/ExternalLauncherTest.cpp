@@ -28,25 +28,20 @@ struct LauncherFixture : ::testing::Test {
 TEST_F(LauncherFixture, AnApplicationThatCannotBeStartedShowsExternalAppNotFound) {
     writeFile(tmp.path() + "/data/applications/tarn-test-viewer.desktop",
               "[Desktop Entry]\nName=Viewer\nExec=sh -c true %F\n");
-    const struct {
-        const char* application;
-        bool startSucceeds;
-        bool opened;
-    } cases[] = {
+    const std::tuple<const char*, bool, bool> cases[] = {
+        // application, whether its start succeeds, whether it opens
         {"tarn-no-such-application", true, false},
         {"", true, false},
         {"tarn-test-viewer", false, false},  // found, but the start fails
         {"tarn-test-viewer", true, true},
     };
-    for (const auto& c : cases) {
-        startSucceeds = c.startSucceeds;
-        prefer(TarnPreferences::kExternalAppBundleID, c.application);
+    for (const auto& [application, starts, opened] : cases) {
+        startSucceeds = starts;
+        prefer(TarnPreferences::kExternalAppBundleID, application);
         AnsweringPresenter answers(always("OK"));
-        EXPECT_EQ(launcher.OpenInExternalApp({"/m/a.mxf", "/m/b c.mxf"}), c.opened)
-            << c.application;
-        EXPECT_EQ(
-            answers.messages + answers.details,
-            c.opened ? QStringList() : QStringList({"External App not found", c.application}));
+        EXPECT_EQ(launcher.OpenInExternalApp({"/m/a.mxf", "/m/b c.mxf"}), opened) << application;
+        EXPECT_EQ(answers.messages + answers.details,
+                  opened ? QStringList() : QStringList({"External App not found", application}));
     }
     ASSERT_EQ(started.size(), 2);
     EXPECT_EQ(started.last().arguments, QStringList({"-c", "true", "/m/a.mxf", "/m/b c.mxf"}));
@@ -68,7 +63,7 @@ TEST_F(LauncherFixture, TheScriptGetsThePathsOnTheClipboardAndAsArguments) {
     ASSERT_TRUE(launcher.ExecuteApplescript({"/m/a b.mxf", "/m/c.mxf"}));
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "/m/a b.mxf\r/m/c.mxf");
     waitUntil([&] { return QFileInfo::exists(out); });
-    EXPECT_EQ(readFile(out), "viewer|/m/a b.mxf|/m/c.mxf|");
+    EXPECT_EQ(contentOf(out), "viewer|/m/a b.mxf|/m/c.mxf|");
 }
 
 }  // namespace

@@ -27,6 +27,23 @@ void clickHeader(DatabaseTableView* table, TarnColumn column) {
 
 }  // namespace
 
+// The four views of the database stay consistent models through a scan, a
+// filter, a sort and a clear.
+TEST_F(AppTest, ModelsOfTheDatabaseKeepTheirContracts) {
+    using Tester = QAbstractItemModelTester;
+    const Tester::FailureReportingMode fatal = Tester::FailureReportingMode::Fatal;
+    Tester database(app_->databaseModel(), fatal), summary(app_->summaryModel(), fatal),
+        projects(app_->projectSummaryModel(), fatal), filter(app_->projectFilterModel(), fatal);
+    scanDemo();
+    EXPECT_GT(table().rowCount(), 0);
+    EXPECT_GT(app_->projectFilterModel()->rowCount(), 0);
+    app_->sortDescriptorsDidChange({{"filesize", false}});
+    window().searchField()->setText("harbour");
+    window().searchField()->clear();
+    app_->ClearDatabase();
+    EXPECT_EQ(table().rowCount(), 0);
+}
+
 TEST_F(AppTest, HeaderClickSortsAndASecondClickTurnsTheOrder) {
     scanDemo();
     DatabaseTableView* view = window().databaseTable();
