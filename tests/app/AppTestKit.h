@@ -2,19 +2,10 @@
 
 // Shared pieces of the app suite: waiting for the GUI thread's events,
 // answering the message boxes from the test (through the presenter's hook,
-// not by clicks on the screen), real files and items, and a window on the
-// demo volume.
+// not by clicks on the screen), and a window on the demo volume.
 
-#include <QAbstractButton>
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QMessageBox>
-#include <QProcess>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QThread>
+#include <QtTest>
+#include <QtWidgets>
 
 #include <functional>
 #include <memory>
@@ -22,13 +13,12 @@
 #include <gtest/gtest.h>
 
 #include "DemoVolume.h"
+#include "FixtureFiles.h"
 #include "QtPrinters.h"
 #include "TestSupport.h"
 #include "alerts/TarnAlertPresenter.h"
 #include "database/TarnCore.h"
 #include "database/TarnFilter.h"
-#include "database/TarnScanner.h"
-#include "items/TarnDatabaseItem.h"
 #include "models/DatabaseTableModel.h"
 #include "models/ProjectsModel.h"
 #include "models/SummaryTableModel.h"
@@ -37,7 +27,6 @@
 #include "support/TarnPreferences.h"
 #include "window/AppDelegate.h"
 #include "window/CommandGuard.h"
-#include "window/CoreAccess.h"
 #include "window/DatabaseTableView.h"
 #include "window/FilterCommands.h"
 #include "window/MainWindow.h"
@@ -46,6 +35,8 @@
 
 namespace apptest {
 
+using fixtures::writeFile;
+using testsupport::contentOf;
 using testsupport::entries;
 using testsupport::makeItem;
 
@@ -59,60 +50,27 @@ void waitUntil(Condition done) {
     }
 }
 
-inline bool writeFile(const QString& path, const QByteArray& bytes) {
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           file.write(bytes) == bytes.size();
-}
-
-inline QByteArray readFile(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-// A distinct, recognisable content for each name.
-inline QByteArray content(const QString& name, int size = 4096) {
-    QByteArray bytes;
-    const QByteArray seed = name.toUtf8();
-    for (int i = 0; bytes.size() < size; ++i) bytes.append(char(seed.at(i % seed.size()) ^ i));
-    return bytes;
-}
-
-// A presenter whose boxes are answered by a rule: `answer` gets each box's
-// request and returns the text of the button to press, or a null string to
-// leave the box open. Every box shown is recorded (message, buttons).
-class AnsweringPresenter {
-  public:
+// A presenter whose boxes are answered by `rule`: it gets each box's request
+// and returns the text of the button to press, or a null string to leave the
+// box open. `onShown` sees each box first. Every box shown is recorded.
+struct AnsweringPresenter {
     using Rule = std::function<QString(const TarnAlert::Request&)>;
-
-    explicit AnsweringPresenter(Rule rule = {}) : rule_(std::move(rule)) {
-        presenter_.setShownHook([this](QMessageBox* box, const TarnAlert::Request& request) {
-            messages_ << request.message;
-            details_ << request.detail;
-            buttons_ << request.buttons.join('|');
-            if (onShown_) onShown_(box, request);
-            const QString text = rule_ ? rule_(request) : QString();
+    explicit AnsweringPresenter(Rule answer = {}) : rule(std::move(answer)) {
+        presenter.setShownHook([this](QMessageBox* box, const TarnAlert::Request& request) {
+            messages << request.message;
+            details << request.detail;
+            if (onShown) onShown(box, request);
+            const QString text = rule ? rule(request) : QString();
             if (text.isNull()) return;
             for (QAbstractButton* button : box->buttons())
                 if (button->text() == text) return button->click();
             ADD_FAILURE() << "no button " << text.toStdString();
         });
     }
-    void setRule(Rule rule) { rule_ = std::move(rule); }
-    // Also called for every box, before the rule.
-    void onShown(TarnAlertPresenter::ShownHook hook) { onShown_ = std::move(hook); }
-
-    TarnAlertPresenter& presenter() { return presenter_; }
-    QStringList messages() const { return messages_; }
-    QStringList details() const { return details_; }
-    QStringList buttons() const { return buttons_; }
-
-  private:
-    TarnAlertPresenter presenter_;
-    Rule rule_;
-    TarnAlertPresenter::ShownHook onShown_;
-    QStringList messages_, details_, buttons_;
+    TarnAlertPresenter presenter;
+    Rule rule;
+    TarnAlertPresenter::ShownHook onShown;
+    QStringList messages, details;
 };
 
 // Presses `text` on every box.
@@ -120,42 +78,20 @@ inline AnsweringPresenter::Rule always(const QString& text) {
     return [text](const TarnAlert::Request&) { return text; };
 }
 
-// Every control named in `names` (separated by spaces) is found under `root`
-// (or is `root`) by that object name and carries it as accessible name, for
-// screen readers and UI tests.
-inline void expectNamedControls(QWidget& root, const char* names) {
-    for (const QString& name : QString(names).split(' ', Qt::SkipEmptyParts)) {
-        SCOPED_TRACE(name.toStdString());
-        QWidget* widget = root.objectName() == name ? &root : root.findChild<QWidget*>(name);
-        ASSERT_NE(widget, nullptr);
-        EXPECT_EQ(widget->accessibleName(), name);
-    }
-}
-
-// The demo volume, written once for the whole suite.
-inline const QString& demoRoot() {
+// The demo volume, written once for the whole suite, and what it holds.
+inline const fixtures::DemoVolumeDescription& demo() {
     static QTemporaryDir folder;
-    static const QString root = [] {
-        const QString path = folder.filePath("Demo Volume");
+    static const fixtures::DemoVolumeDescription written = [] {
+        fixtures::DemoVolumeDescription description;
         QString error;
-        if (!fixtures::DemoVolume::write(path, &error)) ADD_FAILURE() << error.toStdString();
-        return path;
+        if (!fixtures::DemoVolume::write(folder.filePath("Demo Volume"), &error, &description))
+            ADD_FAILURE() << error.toStdString();
+        return description;
     }();
-    return root;
+    return written;
 }
-
-// The existing media of a freshly written demo volume at `root`, as a scan
-// shows them.
-inline QList<TarnItemPtr> scannedDemoMedia(const QString& root, TarnCore& core) {
-    QString error;
-    if (!fixtures::DemoVolume::write(root, &error)) return {};
-    TarnScanner(&core).run(TarnScanner::Kind::SingleFolder, {root});
-    QList<TarnItemPtr> items;
-    for (qsizetype row = 0; row < core.getFilteredIndexesCount(); ++row) {
-        TarnItemPtr item = core.ObjectAtIndexFiltered(row);
-        if (item && item->DB_FileExists && QFileInfo(item->DB_itemPath).isFile()) items << item;
-    }
-    return items;
+inline const QString& demoRoot() {
+    return demo().root;
 }
 
 inline QString text(const QAbstractItemModel& model, int row, int column) {
@@ -176,11 +112,10 @@ inline QStringList columnTexts(const AppDelegate& app, TarnColumn column) {
 
 // `tarn scan ARGS...` with the suite's settings; its standard output.
 inline QString tarnScan(const QStringList& args) {
-    QProcess process;
-    process.start(TARN_CLI_PATH, QStringList{"scan"} + args);
-    process.waitForFinished(-1);
-    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    return QString::fromUtf8(process.readAllStandardOutput());
+    const testsupport::ProcessRun run =
+        testsupport::runProcess(TARN_CLI_PATH, QStringList{"scan"} + args);
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    return QString::fromUtf8(run.out);
 }
 
 // A window on a database of its own, with the preferences at their defaults.
@@ -194,7 +129,6 @@ class AppTest : public ::testing::Test {
         ASSERT_EQ(app_->start({"tarn-app"}), AppDelegate::StartResult::Started);
         app_->setRevealHandler([this](const QString& path) { revealed_ << path; });
     }
-    void TearDown() override { app_.reset(); }
 
     // Runs a scan command and waits for its end on the GUI thread.
     template <typename Command>

@@ -1,7 +1,6 @@
-#include <QTableView>
-
 #include "AppTestKit.h"
 #include "MediaItems.h"
+#include "window/CoreAccess.h"
 
 using namespace apptest;
 
@@ -49,6 +48,5 @@ TEST_F(AppTest, TheViewIsReadWhileAScanRewritesTheDatabase) {
     waitUntil([&] { return ended.count() > 0; });
     EXPECT_GT(passes, 0);
     EXPECT_GT(table().rowCount(), items.size());
-    EXPECT_EQ(app_->summaryModel()->text("Items In Database"),
-              QString::number(core_.getAllItemsCount()));
+    EXPECT_EQ(summary("Items In Database"), QString::number(core_.getAllItemsCount()));
 }
