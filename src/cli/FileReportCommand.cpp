@@ -16,6 +16,7 @@
 #include "readers/TarnMXF.h"
 #include "readers/TarnMediafile.h"
 #include "readers/TarnOMFI.h"
+#include "report/TarnJsonReport.h"
 #include "support/TarnFileName.h"
 #include "support/TarnRegularFile.h"
 
@@ -28,11 +29,6 @@ const char* kUsage =
 
 QString hex(const void* bytes, qsizetype length) {
     return QString::fromLatin1(QByteArray(static_cast<const char*>(bytes), length).toHex());
-}
-
-// The identifiers an item holds: 32 bytes, or the short form in bytes 16..23.
-QString uidHex(const quint8* uid, quint32 sizeInWords) {
-    return sizeInWords == 8 ? hex(uid, 32) : hex(uid + 16, 8);
 }
 
 QJsonValue textOrNull(const QString& text) {
@@ -59,9 +55,9 @@ QJsonObject inspectPmr(QJsonObject facts, const QString& path) {
         entry.insert(QStringLiteral("name"), textOrNull(item->DB_ClipName));
         entry.insert(QStringLiteral("project"), textOrNull(item->DB_ProjectName));
         entry.insert(QStringLiteral("file_package_uid"),
-                     uidHex(item->filePackageUID, item->DB_SizeofUID));
+                     TarnJsonReport::uidHex(item->filePackageUID, item->DB_SizeofUID));
         entry.insert(QStringLiteral("material_package_uid"),
-                     uidHex(item->materialPackageUID, item->DB_SizeofUID));
+                     TarnJsonReport::uidHex(item->materialPackageUID, item->DB_SizeofUID));
         entries.append(entry);
     }
     facts.insert(QStringLiteral("entries_read"), entries.size());
@@ -77,7 +73,8 @@ QJsonObject inspectBin(QJsonObject facts, const QString& path) {
         return failure(facts, QStringLiteral("not an Avid bin (shorter than 119 bytes or no bin "
                                              "header)"));
     QJsonArray uids;
-    for (const auto& item : bin.getUIDS()) uids.append(uidHex(item->filePackageUID, 2));
+    for (const auto& item : bin.getUIDS())
+        uids.append(TarnJsonReport::uidHex(item->filePackageUID, 2));
     facts.insert(QStringLiteral("references"), uids.size());
     facts.insert(QStringLiteral("short_uids"), uids);
     return facts;

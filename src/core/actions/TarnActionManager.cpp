@@ -191,7 +191,3 @@ void TarnActionManager::updateProgress() {
             emit action->progressChanged(double(operation->BytesDone()), true);
     }
 }
-
-void TarnActionManager::waitForIdle() {
-    pool_.waitForDone();
-}

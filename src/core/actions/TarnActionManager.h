@@ -48,9 +48,6 @@ class TarnActionManager : public QObject {
     // nothing (indeterminate) once its run is over, else empty.
     static std::optional<double> progressValue(const TarnAction& action);
 
-    // Waits until the worker has nothing left to run (for tools and tests).
-    void waitForIdle();
-
   signals:
     void rowInserted(int row);
     void rowRemoved(int row);

@@ -65,8 +65,6 @@ class TarnActionOperation : public QObject {
     QString targetURL() const { return targetURL_; }  // null: none
     QString validPath() const { return validPath_; }
     bool YesToAll() const { return yesToAll_; }
-    bool ShowAllErrorDialogs() const { return showAllErrorDialogs_; }
-    bool lastDelegateResponce() const { return lastDelegateResponce_; }
     QString actionLog() const;
     // Files whose copy, move or removal failed (not those skipped by an
     // answer, nor the one a cancellation stopped).

@@ -25,7 +25,6 @@ class TarnItemComparator {
   public:
     TarnItemComparator(const QString& key, bool ascending, bool invalidLast);
 
-    bool isKnownKey() const { return key_.has_value(); }
 
     // <0, 0 or >0 as `a` orders before, with or after `b`.
     int compare(const TarnDatabaseItem* a, const TarnDatabaseItem* b) const;

@@ -51,9 +51,6 @@ class TarnRBTree {
     void setEQBlock(Rule rule) { m_eq = std::move(rule); }
     void setLTBlock(Rule rule) { m_lt = std::move(rule); }
     void setAllowEQNodes(bool allow) { m_allowEQNodes = allow; }
-    // Every new tree node (not chain entries) is appended to this list. Not
-    // owned; absent by default.
-    void setNonEQNodeArray(std::vector<TarnTreeNode*>* array) { m_nonEQNodeArray = array; }
 
     // The new node; the existing equal node when equal keys are not allowed;
     // null when a node cannot be made or a rule is missing (tree unchanged).
@@ -120,7 +117,6 @@ class TarnRBTree {
     TarnTreeNode m_sentinel{};
     TarnTreeNode* m_root = nullptr;
     TarnTreeNode* m_cursor = nullptr;
-    std::vector<TarnTreeNode*>* m_nonEQNodeArray = nullptr;
     bool m_allowEQNodes = true;
     quint64 m_nodeCount = 0;
     quint64 m_equalNodeCount = 0;
@@ -211,14 +207,6 @@ typename TarnRBTree<T>::TarnTreeNode* TarnRBTree<T>::TreeInsertNode(T x) {
         return node;
     }
 
-    // Make room in the list first, so that nothing can fail after linking.
-    if (m_nonEQNodeArray != nullptr && m_nonEQNodeArray->size() == m_nonEQNodeArray->capacity()) {
-        try {
-            m_nonEQNodeArray->reserve(std::max<std::size_t>(16, m_nonEQNodeArray->capacity() * 2));
-        } catch (const std::exception&) {
-            return nullptr;
-        }
-    }
     TarnTreeNode* node = makeNode(std::move(x), parent);
     if (node == nullptr) return nullptr;
     ++m_nodeCount;
@@ -230,7 +218,6 @@ typename TarnRBTree<T>::TarnTreeNode* TarnRBTree<T>::TreeInsertNode(T x) {
         parent->NodeRight = node;
     }
     Links::insertRepair(m_root, s, node);
-    if (m_nonEQNodeArray != nullptr) m_nonEQNodeArray->push_back(node);
     return node;
 }
 
@@ -339,7 +326,6 @@ std::optional<std::vector<T>> TarnRBTree<T>::Tree_v2_GetNonEqDataArray() {
 
 template <typename T>
 void TarnRBTree<T>::TreeDelete() {
-    if (m_nonEQNodeArray != nullptr) m_nonEQNodeArray->clear();
     if (!isEmpty()) {
         Links::teardown(m_root, nil(), [](TarnTreeNode* n) { n->NodeData = T{}; });
     }
@@ -354,5 +340,4 @@ void TarnRBTree<T>::TreeSetNil() {
     m_sentinel.NodeParent = nullptr;
     m_root = nullptr;
     m_cursor = nullptr;
-    m_nonEQNodeArray = nullptr;
 }

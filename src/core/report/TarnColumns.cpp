@@ -70,13 +70,6 @@ QString TarnColumns::identifier(TarnColumn column) {
     return QString::fromLatin1(info(column).identifier);
 }
 
-std::optional<TarnColumn> TarnColumns::fromIdentifier(const QString& identifier) {
-    for (const ColumnInfo& c : kColumns) {
-        if (identifier == QLatin1String(c.identifier)) return c.column;
-    }
-    return std::nullopt;
-}
-
 QString TarnColumns::title(TarnColumn column) {
     return QString::fromLatin1(info(column).title);
 }

@@ -41,7 +41,6 @@ class TarnColumns {
     static const QList<TarnColumn>& all();
     // "IconCellID", "FilenameCellID", ... "sourceTapeID".
     static QString identifier(TarnColumn column);
-    static std::optional<TarnColumn> fromIdentifier(const QString& identifier);
     // The header title ("File Name", "Clip Name", ...).
     static QString title(TarnColumn column);
 
