@@ -95,6 +95,11 @@ TEST_F(ActionWindowsTest, SheetControlsEditTheOptionsAndTheLiveSummary) {
     click(sheet, "CheckMXF");
     click(sheet, "CheckKeepOriginalFolders");
     EXPECT_TRUE(keepPmr->isEnabled());
+    keepPmr->click();
+    EXPECT_TRUE(sheet.ActionProperties().Keep_pmr);
+    click(sheet, "CheckKeepOriginalFolders");  // off: the index files cannot be kept
+    EXPECT_FALSE(keepPmr->isEnabled() || keepPmr->isChecked() || sheet.ActionProperties().Keep_pmr);
+    click(sheet, "CheckKeepOriginalFolders");
     const TarnActionOptions& o = sheet.ActionProperties();
     EXPECT_EQ(
         QList<bool>({o.Create_projects_folders, o.Create_mxf_folders, o.Keep_original_folders}),

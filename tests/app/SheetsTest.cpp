@@ -70,6 +70,14 @@ TEST_F(AppTest, PreferencesAreStoredAsTheyChangeAndNoSecondSheetOpens) {
     EXPECT_EQ(TarnPreferences::shared()->string("ExtApplescript"), "echo mine");
     app_->preferences()->ResetScript();
     EXPECT_EQ(sheet->applescriptTextview()->toPlainText(), TarnPreferences::basescript());
+    // Which files a scan reads.
+    sheet->propertiesScanMDB()->click();
+    sheet->propertiesScanMXF()->click();
+    EXPECT_EQ(TarnPreferences::shared()->integer("ScanMDB"), 0);
+    EXPECT_EQ(TarnPreferences::shared()->integer("ScanMXF"), 0);
+    sheet->findChild<QPushButton*>("ClosePreferences")->click();
+    EXPECT_FALSE(sheet->isVisible());
+    app_->preferences()->ShowPreferences();
 
     bool quit = false;
     app_->preferences()->setTerminate([&quit] { quit = true; });
@@ -77,6 +85,7 @@ TEST_F(AppTest, PreferencesAreStoredAsTheyChangeAndNoSecondSheetOpens) {
     EXPECT_TRUE(quit);
     EXPECT_FALSE(sheet->isVisible());
     EXPECT_EQ(TarnPreferences::shared()->integer("ShowOnlyExistingFiles"), 1);
+    EXPECT_EQ(TarnPreferences::shared()->integer("ScanMDB"), 1);
 }
 
 // While a scan runs (held here by a task ahead of it in the scanner's queue),

@@ -109,6 +109,20 @@ TEST_F(CoreViewTest, MakeUniqueKeepsTheFirstOfItemsEqualInIdentifierAndPath) {
     EXPECT_EQ(projects, QStringList({"_00_TRN_NULL_PROJECT_NAME", "first", "third"}));
 }
 
+// The order that decides which item of an identifier is kept: by path within
+// one identifier, but a missing path on the left is never below anything and
+// one on the right reads as empty; two items without a path are never equal.
+TEST_F(CoreViewTest, UniqueOrderTestsOnlyTheFirstItemsPathForAbsence) {
+    auto a = makeItem(7, "a.mxf"), b = makeItem(7, "b.mxf"), none = makeItem(7, "n.mxf");
+    none->DB_itemPath = QString();
+    EXPECT_TRUE(TarnCore::uniqueLess(a, b));
+    EXPECT_FALSE(TarnCore::uniqueLess(b, a));
+    EXPECT_FALSE(TarnCore::uniqueLess(none, a));
+    EXPECT_FALSE(TarnCore::uniqueLess(a, none));
+    EXPECT_TRUE(TarnCore::uniqueLess(none, makeItem(8, "z.mxf")));
+    EXPECT_FALSE(TarnCore::uniqueEqual(none, none));
+}
+
 // Items ordered by one key: ranks 1..3 valid, rank 0 not valid.
 struct SortCase {
     const char* key;

@@ -144,3 +144,23 @@ TEST(ConsoleFormat, MacroNamesTheCallingFunctionAndFile) {
                              "(ConsoleTest.cpp:%1) :: hello\n")
                   .arg(line, 8, 10, QLatin1Char('0')));
 }
+
+// Byte dumps: " | " after every fourth byte (the class form trimmed), the
+// printable text with controls as ".", and lines of 32 bytes whose text
+// column lines up on a short last line.
+TEST(ConsoleFormat, ByteDumps) {
+    const unsigned char bytes[] = {0x41, 0x00, 0x0A, 0x20, 0x7E, 0x7F, 0xE9, 0xA0, 0xA9};
+    xConsole* console = xConsole::sharedInstance();
+    EXPECT_EQ(xConsole::hexlifyRawBytes(bytes, 9), "41 00 0a 20 | 7e 7f e9 a0 | a9");
+    EXPECT_EQ(console->hexlifyRawBytes(bytes, 4, xConsole::kUntrimmed), "41 00 0a 20 | ");
+    EXPECT_TRUE(xConsole::hexlifyRawBytes(bytes, 0).isEmpty());
+    EXPECT_EQ(console->RawBytesToString(bytes, 9), QString::fromUtf8("A.. ~.\u00e9.\u00a9"));
+    EXPECT_EQ(console->hexlifyAndShowRawBytes(bytes, 5), "41 00 0a 20 | 7e A.. ~");
+    const QByteArray abc = QByteArray("ABCDEFGHIJKLMNOPQRSTUVWXYZ").repeated(3).left(70);
+    const QStringList lines =
+        console->hexlifyAndShowRawBytesBy20(abc.constData(), 70).split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_EQ(lines[0].size(), 112 + 32);
+    EXPECT_EQ(lines[0].mid(109, 3), " | ");
+    EXPECT_EQ(lines[2].indexOf(" | MNOPQR"), 109);
+}
