@@ -156,7 +156,3 @@ QString TarnExport::genCsv(const TarnReportRows& rows, const QString& separator)
 QString TarnExport::genHtml(const TarnReportRows& rows) {
     return toText([&](QIODevice* device) { return writeHtml(rows, device); });
 }
-
-QString TarnExport::genJson(const TarnReportRows& rows) {
-    return toText([&](QIODevice* device) { return writeJson(rows, device); });
-}

@@ -24,5 +24,4 @@ class TarnExport {
     // The same documents as one text, for small tables.
     static QString genCsv(const TarnReportRows& rows, const QString& separator);
     static QString genHtml(const TarnReportRows& rows);
-    static QString genJson(const TarnReportRows& rows);
 };
